@@ -1,0 +1,28 @@
+# The libraries that the product links; each is named with its reason in docs/dependencies.md.
+
+find_package(Threads REQUIRED)
+find_package(fmt REQUIRED)
+find_package(ZLIB REQUIRED)
+find_package(CLI11 REQUIRED)
+find_package(nlohmann_json REQUIRED)
+
+# target from a library and a header; as quirepress_NAME_library
+function(quirepress_find_library name header)
+    find_library(${name}_LIBRARY NAMES ${ARGN} REQUIRED)
+    find_path(${name}_INCLUDE ${header} REQUIRED)
+    add_library(quirepress_${name}_library INTERFACE)
+    target_include_directories(quirepress_${name}_library SYSTEM INTERFACE ${${name}_INCLUDE})
+    target_link_libraries(quirepress_${name}_library INTERFACE ${${name}_LIBRARY})
+endfunction()
+
+quirepress_find_library(qpdf qpdf/QPDF.hh qpdf)
+target_compile_definitions(quirepress_qpdf_library INTERFACE POINTERHOLDER_TRANSITION=4)
+quirepress_find_library(archive archive.h archive)
+quirepress_find_library(deflate libdeflate.h deflate)
+
+if(WIN32)
+    find_library(JPEG_STATIC_LIBRARY NAMES jpeg REQUIRED)
+    target_link_libraries(quirepress_qpdf_library INTERFACE ${JPEG_STATIC_LIBRARY} ZLIB::ZLIB)
+    target_compile_definitions(quirepress_archive_library INTERFACE LIBARCHIVE_STATIC)
+    target_link_libraries(quirepress_archive_library INTERFACE ZLIB::ZLIB bcrypt)
+endif()

@@ -1,0 +1,165 @@
+#include "base/text.h"
+
+#include <array>
+#include <cstdint>
+
+namespace quirepress {
+
+namespace {
+
+char LowerAscii(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+// Length of the UTF-8 sequence at `position`, 0 when there is none: overlong forms, surrogates and values
+// above U+10FFFF are none.
+std::size_t Utf8SequenceLength(std::string_view text, std::size_t position) {
+    const auto byteAt = [&](std::size_t i) {
+        return i < text.size() ? static_cast<unsigned char>(text[i]) : 0U;
+    };
+    const unsigned first = byteAt(position);
+    if (first < 0x80) return 1;
+    std::size_t length = 0;
+    unsigned lowest = 0x80;
+    unsigned highest = 0xBF;
+    if (first >= 0xC2 && first <= 0xDF) {
+        length = 2;
+    } else if (first >= 0xE0 && first <= 0xEF) {
+        length = 3;
+        if (first == 0xE0) lowest = 0xA0;
+        if (first == 0xED) highest = 0x9F;
+    } else if (first >= 0xF0 && first <= 0xF4) {
+        length = 4;
+        if (first == 0xF0) lowest = 0x90;
+        if (first == 0xF4) highest = 0x8F;
+    } else {
+        return 0;
+    }
+    const unsigned second = byteAt(position + 1);
+    if (second < lowest || second > highest) return 0;
+    for (std::size_t i = 2; i < length; ++i)
+        if ((byteAt(position + i) & 0xC0U) != 0x80) return 0;
+    return length;
+}
+
+void AppendCodePoint(std::string& out, unsigned codePoint) {
+    if (codePoint < 0x80) {
+        out += static_cast<char>(codePoint);
+    } else if (codePoint < 0x800) {
+        out += static_cast<char>(0xC0U | (codePoint >> 6U));
+        out += static_cast<char>(0x80U | (codePoint & 0x3FU));
+    } else {
+        out += static_cast<char>(0xE0U | (codePoint >> 12U));
+        out += static_cast<char>(0x80U | ((codePoint >> 6U) & 0x3FU));
+        out += static_cast<char>(0x80U | (codePoint & 0x3FU));
+    }
+}
+
+// Windows-1252, bytes 0x80 to 0x9F; the rest equals Latin-1.
+constexpr std::array<std::uint16_t, 32> kWindows1252 = {
+    0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
+    0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
+    0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
+
+}  // namespace
+
+bool StartsWith(std::string_view text, std::string_view start) {
+    return text.substr(0, start.size()) == start;
+}
+
+bool EndsWith(std::string_view text, std::string_view end) {
+    return text.size() >= end.size() && text.substr(text.size() - end.size()) == end;
+}
+
+bool Contains(std::string_view text, std::string_view part) {
+    return text.find(part) != std::string_view::npos;
+}
+
+std::string ToLowerAscii(std::string_view text) {
+    std::string result(text);
+    for (char& c : result) c = LowerAscii(c);
+    return result;
+}
+
+bool EqualIgnoringAsciiCase(std::string_view left, std::string_view right) {
+    if (left.size() != right.size()) return false;
+    for (std::size_t i = 0; i < left.size(); ++i)
+        if (LowerAscii(left[i]) != LowerAscii(right[i])) return false;
+    return true;
+}
+
+std::string_view TrimTrailingBlanks(std::string_view text) {
+    const std::size_t last = text.find_last_not_of(' ');
+    return last == std::string_view::npos ? std::string_view() : text.substr(0, last + 1);
+}
+
+std::vector<std::string_view> SplitAt(std::string_view text, char separator) {
+    std::vector<std::string_view> parts;
+    std::size_t start = 0;
+    for (;;) {
+        const std::size_t end = text.find(separator, start);
+        if (end == std::string_view::npos) break;
+        parts.push_back(text.substr(start, end - start));
+        start = end + 1;
+    }
+    parts.push_back(text.substr(start));
+    return parts;
+}
+
+std::string ReplaceAll(std::string_view text, std::string_view from, std::string_view to) {
+    std::string result;
+    std::size_t start = 0;
+    for (;;) {
+        const std::size_t found = text.find(from, start);
+        if (found == std::string_view::npos) break;
+        result.append(text.substr(start, found - start));
+        result.append(to);
+        start = found + from.size();
+    }
+    result.append(text.substr(start));
+    return result;
+}
+
+bool IsValidUtf8(std::string_view text) {
+    for (std::size_t i = 0; i < text.size();) {
+        const std::size_t length = Utf8SequenceLength(text, i);
+        if (length == 0) return false;
+        i += length;
+    }
+    return true;
+}
+
+std::string ToUtf8ForDisplay(std::string_view text) {
+    if (IsValidUtf8(text)) return std::string(text);
+    std::string result;
+    result.reserve(text.size() * 2);
+    for (const char c : text) {
+        const unsigned byte = static_cast<unsigned char>(c);
+        AppendCodePoint(result, byte >= 0x80 && byte < 0xA0 ? kWindows1252[byte - 0x80] : byte);
+    }
+    return result;
+}
+
+std::string ToPrintableLine(std::string_view text) {
+    constexpr std::string_view kHex = "0123456789ABCDEF";
+    std::string result;
+    for (const char c : ToUtf8ForDisplay(text)) {
+        const unsigned byte = static_cast<unsigned char>(c);
+        if (c == '\n') {
+            result += "\\n";
+        } else if (c == '\r') {
+            result += "\\r";
+        } else if (c == '\t') {
+            result += "\\t";
+        } else if (byte < 0x20 || byte == 0x7F) {
+            result += "\\x";
+            result += kHex[byte >> 4U];
+            result += kHex[byte & 0xFU];
+        } else {
+            result += c;
+        }
+    }
+    return result;
+}
+
+}  // namespace quirepress

@@ -1,0 +1,69 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace quirepress {
+
+// The columns of the print list; their numbers are fixed.
+enum Column : int {
+    kColumnSelected = 0,
+    kColumnFilename,
+    kColumnPages,
+    kColumnStatus,
+    kColumnMoveTo,
+    kColumnCreated,
+    kColumnModified,
+    kColumnAddonParameters,
+    kColumnFromDirectory,
+    kColumnSizeKb,
+    kColumnProcessingParameters,
+    kColumnBalancedPrinterUsed,
+    kColumnBalancedPrinters,
+    kColumnPriority,
+    kColumnPrintDirect,
+    kColumnMoveToOnError,
+    kColumnFileTitle,
+    kColumnExtraOptions,
+    kColumnProfiling,
+};
+constexpr int kColumnCount = 19;
+
+struct ColumnInfo {
+    const char* heading;
+    int width;  // pixels at first
+};
+extern const std::array<ColumnInfo, kColumnCount> kColumns;
+
+constexpr std::string_view kSeparatorText = "-------Separator-------";
+
+enum class ItemKind { kDocument, kCommand, kDownload, kSeparator };
+
+// Exact, and in this order: texts anywhere in the path, then endings.
+bool IsCommandItem(std::string_view path);
+bool IsDownloadEntry(std::string_view path);
+ItemKind KindOfItem(std::string_view path);
+
+// One row: its column texts are its whole state. All texts lie in one piece of memory, so that a list of
+// 100,000 rows stays small.
+class ListItem {
+public:
+    std::string_view Text(int column) const;  // valid until the item changes
+    void SetText(int column, std::string_view text);
+
+    // Grows the item once for texts of `bytes` altogether.
+    void Reserve(std::size_t bytes) { m_texts.reserve(bytes); }
+
+    // A count kept beside the column texts for the next refresh; -1: none.
+    std::int32_t KeptPages() const { return m_keptPages; }
+    void KeepPages(std::int32_t pages) { m_keptPages = pages; }
+
+private:
+    std::string m_texts;
+    std::array<std::uint32_t, kColumnCount> m_ends{};
+    std::int32_t m_keptPages = -1;
+};
+
+}  // namespace quirepress
