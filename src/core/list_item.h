@@ -46,6 +46,15 @@ bool IsCommandItem(std::string_view path);
 bool IsDownloadEntry(std::string_view path);
 ItemKind KindOfItem(std::string_view path);
 
+enum class RowOutcome { kNotSelected, kDone, kFailed, kSkipped };
+
+// What a run remembers of a row; it goes with the row wherever that moves while the run waits.
+struct RunMark {
+    std::int32_t pass = 0;  // the last walk over the list that reached the row, from 1
+    RowOutcome outcome = RowOutcome::kNotSelected;  // the worst of all walks
+    bool isAtWork = false;                          // one row at most
+};
+
 // One row: its column texts are its whole state. All texts lie in one piece of memory, so that a list of
 // 100,000 rows stays small.
 class ListItem {
@@ -60,10 +69,13 @@ public:
     std::int32_t KeptPages() const { return m_keptPages; }
     void KeepPages(std::int32_t pages) { m_keptPages = pages; }
 
+    RunMark& Mark() { return m_mark; }
+
 private:
     std::string m_texts;
     std::array<std::uint32_t, kColumnCount> m_ends{};
     std::int32_t m_keptPages = -1;
+    RunMark m_mark;
 };
 
 }  // namespace quirepress

@@ -68,6 +68,7 @@ public:
     int RowCount() const { return static_cast<int>(m_rows.size()); }
     std::string_view Text(int row, int column) const { return m_rows[row].Text(column); }
     void SetText(int row, int column, std::string_view text);
+    RunMark& MarkOf(int row) { return m_rows[row].Mark(); }  // good until the list changes
     void RemoveRow(int row);
     void Clear();
 

@@ -92,6 +92,9 @@ public:
     virtual int MakeDefaultPrinter(std::string_view printer) = 0;
     // Null when it does not exist or cannot be opened; `systemError` says why.
     virtual std::unique_ptr<RawPrinter> OpenRawPrinter(std::string_view printer, int& systemError) = 0;
+    // Whether PrintDocument makes something of a file of this name; it is not opened. By default what every
+    // system with document jobs knows: PDF, the common images and plain text, in any capitals.
+    virtual bool TakesDocument(std::string_view path);
     // Hands over a whole file that the print system can render or store by itself. The job's id, or -1.
     virtual std::int64_t PrintDocument(std::string_view printer, std::string_view path,
                                        const DocumentInfo& document, int& systemError) = 0;
