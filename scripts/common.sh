@@ -1,0 +1,43 @@
+# Shared by the scripts beside it; to be sourced. Sets $top, the project's folder, and goes there.
+set -euo pipefail
+top=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+cd "$top"
+export DEBIAN_FRONTEND=noninteractive
+
+say() { printf '== %s\n' "$*"; }
+fail() { printf '== %s\n' "$*" >&2; exit 1; }
+
+as_root() {
+    if [ "$(id -u)" = 0 ]; then "$@"
+    elif command -v sudo >/dev/null; then sudo --preserve-env=DEBIAN_FRONTEND "$@"
+    else fail "Packages have to be installed: run this as root, or install sudo."
+    fi
+}
+
+# need PACKAGE...: installs what is missing of them.
+need() {
+    local missing=() package
+    for package in "$@"; do
+        dpkg-query -W -f='${db:Status-Status}\n' "$package" 2>/dev/null | grep -qx installed || missing+=("$package")
+    done
+    [ ${#missing[@]} -eq 0 ] && return 0
+    say "Installing ${missing[*]}"
+    as_root apt-get -qq update
+    as_root apt-get -qq install -y --no-install-recommends "${missing[@]}" >/dev/null
+}
+
+build_packages=(g++ cmake ninja-build ccache libqpdf-dev libarchive-dev libdeflate-dev zlib1g-dev libfmt-dev
+    libcli11-dev nlohmann-json3-dev)
+test_packages=(libgtest-dev libgmock-dev git)
+
+# configure PRESET [cmake arguments]: only when it has not been done.
+configure() {
+    local preset=$1
+    shift
+    [ -f "build/$preset/build.ninja" ] || cmake --preset "$preset" "$@" >"/tmp/quirepress-configure.$$" 2>&1 || {
+        cat "/tmp/quirepress-configure.$$" >&2
+        rm -f "/tmp/quirepress-configure.$$"
+        fail "Configuring $preset failed."
+    }
+    rm -f "/tmp/quirepress-configure.$$"
+}
