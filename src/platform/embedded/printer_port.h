@@ -1,0 +1,23 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace quirepress {
+
+// Where a printer's documents go.
+struct PrinterPort {
+    enum class Kind { kFolder, kSocket, kNull } kind = Kind::kFolder;
+    std::string folder;  // kFolder; empty: the printer's own "Output"
+    std::string host;    // kSocket
+    int port = 9100;     // kSocket
+};
+
+// Reads "folder:", "folder:DIR", "socket://HOST", "socket://HOST:PORT" (an IPv6 address in brackets) or
+// "null:". False when it is none of them; `message` then says so in a sentence.
+bool ParsePrinterPort(std::string_view text, PrinterPort& port, std::string& message);
+
+// Whether a printer may be called `name`; if not, `message` says why in a sentence.
+bool CheckPrinterName(std::string_view name, std::string& message);
+
+}  // namespace quirepress
