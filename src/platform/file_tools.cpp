@@ -1,0 +1,130 @@
+#include "platform/file_tools.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include "base/path.h"
+
+namespace quirepress {
+
+namespace {
+
+constexpr std::size_t kChunkSize = 256 * 1024;
+
+// A new file beside `path`, under a name that is free. It has this name until it is complete.
+class UnfinishedFile {
+public:
+    UnfinishedFile(Files& files, std::string_view path, FileAccess access) : m_files(files), m_target(path) {
+        constexpr int kMostTries = 1000;
+        // The name is short, so that it can be made wherever `path` can.
+        const std::string stem = std::string(FolderOf(path)) + "~qpr";
+        for (int i = 0; i < kMostTries; ++i) {
+            m_path = stem + std::to_string(i) + ".tmp";
+            m_file = files.OpenForWriting(m_path, OpenMode::kCreateNew, access, m_result);
+            if (m_result != FileResult::kExists) break;
+        }
+    }
+
+    ~UnfinishedFile() {
+        if (!m_file) return;
+        m_file.reset();
+        m_files.Erase(m_path);
+    }
+
+    UnfinishedFile(const UnfinishedFile&) = delete;
+    UnfinishedFile& operator=(const UnfinishedFile&) = delete;
+
+    // Once one call has failed, the later ones answer that failure.
+    FileResult Write(const void* data, std::size_t size) {
+        if (m_result == FileResult::kDone) m_result = m_file->Write(data, size);
+        return m_result;
+    }
+
+    FileResult Finish(bool replace) {
+        if (m_result == FileResult::kDone) m_result = m_file->FlushToDisk();
+        if (m_result == FileResult::kDone) m_result = m_file->Close();
+        if (m_result == FileResult::kDone) m_result = m_files.Rename(m_path, m_target, replace);
+        if (m_result == FileResult::kDone) m_file.reset();
+        return m_result;
+    }
+
+private:
+    Files& m_files;
+    std::string m_target;
+    std::string m_path;
+    FileResult m_result = FileResult::kFailed;
+    std::unique_ptr<OutputFile> m_file;
+};
+
+}  // namespace
+
+bool ReadWholeFile(Files& files, std::string_view path, std::int64_t limit, std::string& out,
+                   FileResult& result) {
+    const std::unique_ptr<InputFile> file = files.OpenForReading(path, result);
+    if (!file) return false;
+    result = FileResult::kFailed;
+    // Not by its size alone: some files tell none, and any file may grow meanwhile.
+    constexpr std::int64_t kLeast = 4096;
+    std::string bytes;
+    std::int64_t size = 0;
+    for (;;) {
+        const std::int64_t wanted = std::min(std::max(file->Size() - size, kLeast), limit - size) + 1;
+        bytes.resize(static_cast<std::size_t>(size + wanted));
+        const std::int64_t count = file->ReadAt(size, bytes.data() + size, static_cast<std::size_t>(wanted));
+        if (count < 0 || size + count > limit) return false;
+        size += count;
+        if (count < wanted) break;
+    }
+    bytes.resize(static_cast<std::size_t>(size));
+    out = std::move(bytes);
+    result = FileResult::kDone;
+    return true;
+}
+
+FileResult ReplaceFileDurably(Files& files, std::string_view path, std::string_view bytes,
+                              FileAccess access) {
+    // A link stays one: what it stands for is replaced.
+    const std::string resolved = files.ResolvePath(path);
+    UnfinishedFile file(files, resolved.empty() ? path : resolved, access);
+    file.Write(bytes.data(), bytes.size());
+    return file.Finish(true);
+}
+
+FileResult CopyFileDurably(Files& files, std::string_view from, std::string_view to,
+                           const std::function<bool()>& keepGoing) {
+    FileResult result = FileResult::kFailed;
+    const std::unique_ptr<InputFile> source = files.OpenForReading(from, result);
+    if (!source) return result;
+    if (files.Inspect(to).kind != FileKind::kMissing) return FileResult::kExists;
+    UnfinishedFile target(files, to, FileAccess::kShared);
+    std::vector<char> chunk(kChunkSize);
+    for (std::int64_t position = 0;;) {
+        const std::int64_t count = source->ReadAt(position, chunk.data(), chunk.size());
+        if (count < 0) return FileResult::kFailed;
+        if (count == 0) break;
+        result = target.Write(chunk.data(), static_cast<std::size_t>(count));
+        if (result != FileResult::kDone) return result;
+        if (keepGoing && !keepGoing()) return FileResult::kFailed;
+        position += count;
+    }
+    return target.Finish(false);
+}
+
+FileResult EraseTree(Files& files, std::string_view path) {
+    // Only a folder that is not empty is gone into, which a link to one never is.
+    FileResult result = files.Erase(path);
+    if (result == FileResult::kMissing) return FileResult::kDone;
+    if (result != FileResult::kExists) return result;
+    std::vector<FolderEntry> entries;
+    result = files.ListFolder(path, entries);
+    for (const FolderEntry& entry : entries) {
+        const FileResult erased = EraseTree(files, JoinPath(path, entry.name));
+        if (erased != FileResult::kDone) result = erased;
+    }
+    return result == FileResult::kDone ? files.Erase(path) : result;
+}
+
+}  // namespace quirepress
