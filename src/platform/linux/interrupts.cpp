@@ -13,7 +13,7 @@ namespace quirepress {
 
 namespace {
 
-constexpr int kLastInterrupt = 3;
+constexpr int kLastInterrupt = 2;
 
 std::atomic<int> g_interruptCount = 0;
 int g_wakePipe[2] = {-1, -1};
