@@ -1,20 +1,23 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
+
+#include "core/list_item.h"
 
 namespace quirepress {
 
-class Clock;
 class DebugLog;
 class DirectPrinter;
 class ErrorLog;
 class EventLoop;
 class Files;
-class PdfCounter;
 class PrintList;
 class Prompts;
+class RunWay;
 class Spooler;
 struct GeneralOptions;
 
@@ -28,23 +31,23 @@ struct RunProgress {
     std::int64_t secondsLeft = -1;  // -1: unknown
 };
 
-enum class RowOutcome { kDone, kFailed, kSkipped, kNotSelected };
-
-// Told of everything that happens in a run; implemented by the console's progress and by the window.
+// Told of everything that happens in a run; `progress.row` is always a row of the list.
 class RunObserver {
 public:
     virtual ~RunObserver() = default;
-    virtual void OnRunStarted(int rows, int copies) = 0;
-    virtual void OnRowStarted(const RunProgress& progress) = 0;
-    virtual void OnProgress(const RunProgress& progress) = 0;
-    virtual void OnRowFinished(const RunProgress& progress, RowOutcome outcome) = 0;
+    virtual void OnRunStarted(int /*rows*/, int /*copies*/) {}
+    virtual void OnRowStarted(const RunProgress& /*progress*/) {}  // ticked rows
+    virtual void OnProgress(const RunProgress& /*progress*/) {}
+    // Every row, once in each walk; not one that was taken from the list while it was at work.
+    virtual void OnRowFinished(const RunProgress& /*progress*/, RowOutcome /*outcome*/) {}
 };
 
-// How a run ended.
+// How a run ended. Rows are counted once, however many copies were printed; one failure makes a row a failed
+// one. A row whose file is missing, empty or no file counts as failed even when it is not ticked.
 struct RunSummary {
     enum class End { kFinished, kNothingToPrint, kNoPrinter, kStopped, kRefused } end = End::kFinished;
     int done = 0;
-    int failed = 0;  // every row whose status is an error, missing and empty files included
+    int failed = 0;
     int skipped = 0;
     double seconds = 0;
 };
@@ -55,7 +58,6 @@ struct PrintRunServices {
     DirectPrinter& directPrinter;
     Files& files;
     EventLoop& loop;
-    Clock& clock;
     Prompts& prompts;
     DebugLog& debugLog;
     ErrorLog& errorLog;
@@ -66,23 +68,33 @@ struct PrintRunServices {
 class PrintRun {
 public:
     explicit PrintRun(PrintRunServices services);
+    ~PrintRun();
 
-    void UseObserver(RunObserver* observer) { m_observer = observer; }
-    void UsePrinter(std::string_view printer) { m_printer = printer; }
-    const std::string& Printer() const { return m_printer; }
-    void SetCopies(int copies) { m_copies = copies; }
+    void UseObserver(RunObserver* observer) { m_observer = observer; }        // null: nobody listens
+    void UsePrinter(std::string_view printer) { m_chosenPrinter = printer; }  // empty: the default one
+    const std::string& Printer() const { return m_printer; }  // of the last run, or the one at work
+    void SetCopies(int copies) { m_copies = copies; }         // 0: as the options say
 
     // One run over the whole list. A run inside a run is refused. May pump.
     RunSummary OnButtonPrint();
 
-    void Stop() { m_stop = true; }  // orderly: the document at work is finished or taken back whole
+    // Orderly: the document at work is finished or taken back whole. Nothing when no run is on.
+    void Stop() { m_stop = m_isRunning; }
     bool IsRunning() const { return m_isRunning; }
 
 private:
+    RunSummary RunList();
+    bool HasWork();
+    bool CheckPrinterIsValid();
+    int CountPasses() const;
+    void RemoveDoneRows(int passes);
+
     PrintRunServices m_services;
+    std::vector<std::unique_ptr<RunWay>> m_ways;
     RunObserver* m_observer = nullptr;
+    std::string m_chosenPrinter;
     std::string m_printer;
-    int m_copies = 0;  // 0: as the options say
+    int m_copies = 0;
     bool m_stop = false;
     bool m_isRunning = false;
 };

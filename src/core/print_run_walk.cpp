@@ -1,0 +1,299 @@
+#include "core/print_run_walk.h"
+
+#include <algorithm>
+
+#include "base/format.h"
+#include "base/text.h"
+#include "core/print_list.h"
+#include "core/print_run_source.h"
+#include "logs/debug_log.h"
+#include "logs/error_log.h"
+#include "platform/event_loop.h"
+#include "platform/prompts.h"
+#include "settings/general_options.h"
+
+namespace quirepress {
+
+namespace {
+
+constexpr int kMillisecondsInPauseStep = 250;
+constexpr int kPauseStepsInSecond = 4;
+
+// A row keeps the worst that any walk brought it.
+RowOutcome WorseOutcome(RowOutcome left, RowOutcome right) {
+    const auto badness = [](RowOutcome outcome) {
+        switch (outcome) {
+            case RowOutcome::kNotSelected:
+                return 0;
+            case RowOutcome::kDone:
+                return 1;
+            case RowOutcome::kSkipped:
+                return 2;
+            case RowOutcome::kFailed:
+                return 3;
+        }
+        return 0;
+    };
+    return badness(left) >= badness(right) ? left : right;
+}
+
+RowOutcome OutcomeOf(const WayResult& result) {
+    if (result.end == WayResult::End::kPrinted) return RowOutcome::kDone;
+    return result.status == kStatusSkipped ? RowOutcome::kSkipped : RowOutcome::kFailed;
+}
+
+}  // namespace
+
+RunWalk::RunWalk(PrintRunServices services, WalkRequest request)
+    : m_services(services), m_request(std::move(request)) {}
+
+RunSummary RunWalk::WalkList() {
+    PrintList& list = m_services.list;
+    ForgetEarlierRuns();
+    m_startedAt = m_services.loop.MonotonicMilliseconds();
+    m_progress.copies = m_request.passes;
+    m_request.observer.OnRunStarted(list.RowCount(), m_request.passes);
+    bool isWhole = true;
+    while (isWhole && m_progress.copy < m_request.passes) {
+        ++m_progress.copy;
+        isWhole = WalkOnce();
+    }
+    list.SetCurrentRow(-1);
+    if (m_errorLogFailed) m_services.prompts.ShowBox("Log File Error", "Can't open error.log for writing");
+    m_summary.end = isWhole ? RunSummary::End::kFinished : RunSummary::End::kStopped;
+    m_summary.seconds = static_cast<double>(m_services.loop.MonotonicMilliseconds() - m_startedAt) / 1000.0;
+    return m_summary;
+}
+
+void RunWalk::ForgetEarlierRuns() {
+    int ticked = 0;
+    for (int row = 0; row < m_services.list.RowCount(); ++row) {
+        m_services.list.MarkOf(row) = {};
+        if (IsTicked(row)) ++ticked;
+    }
+    m_plannedPrints = static_cast<long long>(ticked) * m_request.passes;
+}
+
+bool RunWalk::WalkOnce() {
+    for (int row = FindNextRow(); row >= 0; row = FindNextRow()) {
+        BeginRow(row);
+        if (!KeepGoing()) return false;
+        if (FindRowAtWork() >= 0) ProcessRow();
+    }
+    return !IsStopped();
+}
+
+int RunWalk::FindRowAtWork() {
+    PrintList& list = m_services.list;
+    const int count = list.RowCount();
+    if (m_progress.row >= 0 && m_progress.row < count && list.MarkOf(m_progress.row).isAtWork)
+        return m_progress.row;
+    m_progress.row = -1;
+    for (int row = 0; row < count && m_progress.row < 0; ++row)
+        if (list.MarkOf(row).isAtWork) m_progress.row = row;
+    return m_progress.row;
+}
+
+// The first row below the one at work that this walk has not reached; when there is none, the first above,
+// where rows may have been inserted or moved to.
+int RunWalk::FindNextRow() {
+    PrintList& list = m_services.list;
+    const int count = list.RowCount();
+    const int start = FindRowAtWork() + 1;
+    const auto findFrom = [&](int row, int end) {
+        while (row < end && list.MarkOf(row).pass == m_progress.copy) ++row;
+        return row < end ? row : -1;
+    };
+    const int below = findFrom(start, count);
+    return below >= 0 ? below : findFrom(0, std::min(start, count));
+}
+
+void RunWalk::BeginRow(int row) {
+    PrintList& list = m_services.list;
+    const int before = FindRowAtWork();
+    if (before >= 0) list.MarkOf(before).isAtWork = false;
+    list.MarkOf(row).isAtWork = true;
+    list.MarkOf(row).pass = m_progress.copy;
+    list.SetCurrentRow(row);
+    m_progress.row = row;
+    m_progress.file = row + 1;
+    m_progress.files = list.RowCount();
+    m_progress.bytesDone = m_progress.bytesTotal = 0;
+}
+
+bool RunWalk::IsTicked(int row) const {
+    return m_services.list.Text(row, kColumnSelected) == "Yes";
+}
+
+bool RunWalk::HasFurtherRow() {
+    if (m_progress.copy < m_request.passes) return true;
+    for (int row = 0; row < m_services.list.RowCount(); ++row)
+        if (IsTicked(row) && m_services.list.MarkOf(row).pass != m_progress.copy) return true;
+    return false;
+}
+
+RunItem RunWalk::ItemOfRow(int row) const {
+    const PrintList& list = m_services.list;
+    const auto text = [&](Column column) { return std::string(list.Text(row, column)); };
+    RunItem item;
+    item.path = text(kColumnFilename);
+    item.kind = KindOfItem(item.path);
+    // The list treats these like command items.
+    if (EndsWith(item.path, ".printer")) item.kind = ItemKind::kCommand;
+    item.printer = m_request.printer;
+    item.pages = text(kColumnPages);
+    item.printDirect = text(kColumnPrintDirect);
+    item.processingParameters = text(kColumnProcessingParameters);
+    item.addonParameters = text(kColumnAddonParameters);
+    item.extraOptions = text(kColumnExtraOptions);
+    return item;
+}
+
+void RunWalk::ProcessRow() {
+    const RunItem item = ItemOfRow(m_progress.row);
+    const bool isTicked = IsTicked(m_progress.row);
+    m_statusBefore = m_services.list.Text(m_progress.row, kColumnStatus);
+    m_services.prompts.ShowStatus(Format("File: %d of %d, Copy: %d/%d", m_progress.file, m_progress.files,
+                                         m_progress.copy, m_progress.copies));
+    m_services.debugLog.Trace("Check is to print: %s\r\n", item.path);
+    const WayResult obstacle = FindSourceObstacle(m_services.files, item);
+    if (isTicked) {
+        m_services.debugLog.Trace("Check is to print OK\r\n");
+        PrintRow(item, obstacle);
+        return;
+    }
+    // A row whose file could not be opened was left unticked when it came in; it must not be missed silently.
+    const bool isMissed = !obstacle.status.empty() && m_progress.copy == 1;
+    FinishRow(item, isMissed ? OutcomeOf(obstacle) : RowOutcome::kNotSelected, obstacle);
+}
+
+void RunWalk::PrintRow(const RunItem& item, const WayResult& obstacle) {
+    const GeneralOptions& options = m_services.options;
+    m_request.observer.OnRowStarted(m_progress);
+    WayResult result = obstacle.status.empty() ? FindPagesObstacle(item) : obstacle;
+    m_services.debugLog.Trace("badFile check? %d, %s\r\n", result.status.empty() ? 0 : 1, item.path);
+    const bool isGood = result.status.empty();
+    if (isGood) {
+        if (!Pause(options.m_pauseBefore, true)) {
+            ShowRowStatus(m_statusBefore);
+            return;
+        }
+        result = AttemptRow(item);
+        if (MayRetry(item, result) && KeepGoing()) {
+            ShowRowStatus("Retrying...");
+            result = AttemptRow(item);
+        }
+    }
+    ++m_finishedPrints;
+    FinishRow(item, OutcomeOf(result), result);
+    if (isGood && options.m_pauseAfter > 0 && HasFurtherRow()) Pause(options.m_pauseAfter, false);
+}
+
+WayResult RunWalk::FindPagesObstacle(const RunItem& item) {
+    const GeneralOptions& options = m_services.options;
+    if (item.kind != ItemKind::kDocument || !IsPdf(item.path)) return {};
+    m_services.debugLog.Trace("gs.m_noPdfPages %d, gs.m_dontPrintPDFzero: %d\r\n", options.m_noPdfPages,
+                              options.m_dontPrintPdfZero);
+    WayResult result;
+    if (IsPassedOverPdf(options, item)) result.status = kStatusSkipped;
+    return result;
+}
+
+WayResult RunWalk::AttemptRow(const RunItem& item) {
+    // It may have vanished in a pause or since the attempt before.
+    WayResult result = FindSourceObstacle(m_services.files, item);
+    if (!result.status.empty()) return result;
+    if (item.kind == ItemKind::kDocument) ShowRowStatus("Printing file:");
+    result = OfferToWays(item);
+    if (result.status == kStatusDidNotSpool) m_services.debugLog.Trace("Can't Print - did not spool\r\n");
+    const bool isPrinted = result.end == WayResult::End::kPrinted;
+    m_services.debugLog.Trace("g_didspool: %d and g_bError: %d\r\n", isPrinted, !isPrinted);
+    return result;
+}
+
+WayResult RunWalk::OfferToWays(const RunItem& item) {
+    for (const std::unique_ptr<RunWay>& way : m_request.ways)
+        if (way->Takes(item)) return way->Process(item, *this);
+    return NoWayFor(item);
+}
+
+bool RunWalk::MayRetry(const RunItem& item, const WayResult& result) const {
+    const GeneralOptions& options = m_services.options;
+    if (!options.m_onErrorPrintOneMoreTime || !result.canRetry) return false;
+    return !(options.m_dontRetryPdf && IsPdf(item.path));
+}
+
+void RunWalk::FinishRow(const RunItem& item, RowOutcome outcome, const WayResult& result) {
+    if (outcome == RowOutcome::kFailed || !result.remark.empty())
+        RecordError(item.path, result.remark.empty() ? result.status : result.remark);
+    UpdatePace();
+    const int row = FindRowAtWork();
+    if (row < 0) {
+        CountRows(outcome, 1);
+        return;
+    }
+    RunMark& mark = m_services.list.MarkOf(row);
+    const RowOutcome worst = WorseOutcome(mark.outcome, outcome);
+    CountRows(mark.outcome, -1);
+    CountRows(worst, 1);
+    mark.outcome = worst;
+    if (outcome != RowOutcome::kNotSelected)
+        ShowRowStatus(worst == outcome ? std::string_view(result.status) : m_statusBefore);
+    m_request.observer.OnRowFinished(m_progress, outcome);
+}
+
+void RunWalk::CountRows(RowOutcome outcome, int rows) {
+    if (outcome == RowOutcome::kDone) m_summary.done += rows;
+    if (outcome == RowOutcome::kFailed) m_summary.failed += rows;
+    if (outcome == RowOutcome::kSkipped) m_summary.skipped += rows;
+}
+
+void RunWalk::RecordError(const std::string& path, const std::string& error) {
+    if (!m_services.options.m_errorLog) return;
+    ErrorRecord record;
+    record.source = path;
+    record.error = error;
+    record.printer = m_request.printer;
+    if (m_services.errorLog.Append(record) != 0) m_errorLogFailed = true;
+}
+
+bool RunWalk::Pause(int seconds, bool showInRow) {
+    for (int left = seconds; left > 0; --left) {
+        const std::string text = Format("Pausing: %d", left);
+        m_services.prompts.ShowStatus(text);
+        if (showInRow) ShowRowStatus(text);
+        for (int step = 0; step < kPauseStepsInSecond && !IsStopped(); ++step)
+            m_services.loop.Wait(kMillisecondsInPauseStep);
+        if (IsStopped()) return false;
+    }
+    return true;
+}
+
+void RunWalk::UpdatePace() {
+    const long long elapsed = m_services.loop.MonotonicMilliseconds() - m_startedAt;
+    if (m_finishedPrints == 0 || elapsed <= 0) return;
+    const long long left = std::max(0LL, m_plannedPrints - m_finishedPrints);
+    m_progress.documentsPerMinute = 60'000.0 * m_finishedPrints / static_cast<double>(elapsed);
+    m_progress.secondsLeft = elapsed * left / m_finishedPrints / 1000;
+}
+
+void RunWalk::ShowRowStatus(std::string_view status) {
+    const int row = FindRowAtWork();
+    if (row < 0) return;
+    m_services.list.SetText(row, kColumnStatus, status);
+    m_request.observer.OnProgress(m_progress);
+}
+
+void RunWalk::ShowBytes(std::int64_t done, std::int64_t total) {
+    m_progress.bytesDone = done;
+    m_progress.bytesTotal = total;
+    UpdatePace();
+    if (FindRowAtWork() >= 0) m_request.observer.OnProgress(m_progress);
+}
+
+bool RunWalk::KeepGoing() {
+    m_services.loop.Pump();
+    return !IsStopped();
+}
+
+}  // namespace quirepress

@@ -1,0 +1,70 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "core/print_run.h"
+#include "core/print_run_ways.h"
+
+namespace quirepress {
+
+// What the walks of one run need.
+struct WalkRequest {
+    const std::vector<std::unique_ptr<RunWay>>& ways;
+    RunObserver& observer;
+    const bool& stop;
+    std::string printer;
+    int passes = 1;  // how often the whole list is walked
+};
+
+// Takes a run through the list, row by row. The list may change under every pump: rows are found again by
+// their marks, and every ticked row gets its turn once in each walk, wherever it has moved.
+class RunWalk : private WayFeedback {
+public:
+    RunWalk(PrintRunServices services, WalkRequest request);
+
+    // The summary's counts, end and time; the printer was checked. May pump.
+    RunSummary WalkList();
+
+private:
+    // WayFeedback
+    void ShowRowStatus(std::string_view status) override;
+    void ShowBytes(std::int64_t done, std::int64_t total) override;
+    bool IsStopped() const override { return m_request.stop; }
+    bool KeepGoing() override;
+
+    void ForgetEarlierRuns();
+    bool WalkOnce();  // false when Stop ended it
+    int FindRowAtWork();
+    int FindNextRow();
+    void BeginRow(int row);
+    bool IsTicked(int row) const;
+    bool HasFurtherRow();
+    RunItem ItemOfRow(int row) const;
+
+    void ProcessRow();
+    void PrintRow(const RunItem& item, const WayResult& obstacle);
+    WayResult FindPagesObstacle(const RunItem& item);
+    WayResult AttemptRow(const RunItem& item);
+    WayResult OfferToWays(const RunItem& item);
+    bool MayRetry(const RunItem& item, const WayResult& result) const;
+    void FinishRow(const RunItem& item, RowOutcome outcome, const WayResult& result);
+    void CountRows(RowOutcome outcome, int rows);
+    void RecordError(const std::string& path, const std::string& error);
+    bool Pause(int seconds, bool showInRow);
+    void UpdatePace();
+
+    PrintRunServices m_services;
+    WalkRequest m_request;
+    RunProgress m_progress;
+    RunSummary m_summary;
+    std::string m_statusBefore;     // of the row at work
+    long long m_plannedPrints = 0;  // ticked rows in all walks, as they were at the start
+    long long m_finishedPrints = 0;
+    long long m_startedAt = 0;
+    bool m_errorLogFailed = false;
+};
+
+}  // namespace quirepress

@@ -1,0 +1,139 @@
+#include "core/print_run_ways.h"
+
+#include <algorithm>
+#include <array>
+
+#include "backends/direct_print.h"
+#include "base/format.h"
+#include "base/text.h"
+#include "core/print_run.h"
+#include "logs/debug_log.h"
+#include "platform/spooler.h"
+
+namespace quirepress {
+
+namespace {
+
+constexpr std::string_view kSourceBroke =
+    "Can't Print - the file could not be read whole, or changed meanwhile";
+
+WayResult DidNotSpool(std::string_view reason, int systemError) {
+    return {WayResult::End::kFailed, std::string(kStatusDidNotSpool),
+            Format("Can't Print - did not spool: %s (error %d)", reason, systemError), true};
+}
+
+WayResult Printed(std::string remark) {
+    return {WayResult::End::kPrinted, std::string(kStatusDone), std::move(remark), false};
+}
+
+bool IsSaidYes(std::string_view text) {
+    constexpr std::array<std::string_view, 4> kYes = {"yes", "1", "true", "on"};
+    return std::find(kYes.begin(), kYes.end(), ToLowerAscii(text)) != kYes.end();
+}
+
+// Printer-ready files go to the spooler as they are, as often as the row asks for.
+class DirectWay : public RunWay {
+public:
+    explicit DirectWay(const PrintRunServices& services)
+        : m_printer(services.directPrinter), m_debugLog(services.debugLog), m_options(services.options) {}
+
+    bool Takes(const RunItem& item) override {
+        if (item.kind != ItemKind::kDocument) return false;
+        m_debugLog.Trace("Check for internal printing of file: %s\r\n", item.path);
+        return IsSaidYes(item.printDirect) || IsDirectPrintFile(m_options, item.path);
+    }
+
+    WayResult Process(const RunItem& item, WayFeedback& feedback) override {
+        const int times =
+            DirectRepeatCount({item.processingParameters, item.addonParameters, item.extraOptions});
+        m_debugLog.Trace("Sending file directly to printer: %s\r\n", item.path);
+        feedback.ShowRowStatus("Spooling");
+        int printed = 0;
+        WayResult flaw;  // the last call that was not as it should be
+        for (int i = 0; i < times; ++i) {
+            if (i > 0 && !feedback.KeepGoing()) return Stopped(printed, times);
+            const WayResult call = SendOnce(item, feedback);
+            if (call.end == WayResult::End::kStopped) return Stopped(printed, times);
+            if (call.end == WayResult::End::kPrinted) ++printed;
+            if (call.end != WayResult::End::kPrinted || !call.remark.empty()) flaw = call;
+        }
+        if (printed == 0) return flaw;
+        if (printed == times) return Printed(flaw.remark);
+        return Printed(Format("Printed %d of %d times: %s", printed, times, flaw.remark));
+    }
+
+private:
+    WayResult SendOnce(const RunItem& item, WayFeedback& feedback) {
+        const auto onChunk = [&feedback](std::int64_t done, std::int64_t total) {
+            feedback.ShowBytes(done, total);
+            return !feedback.IsStopped();
+        };
+        DirectOutcome outcome;
+        const int result = m_printer.PrintExtPS(item.printer, item.path, onChunk, outcome);
+        if (outcome.stopped) return Stopped(0, 1);
+        if (result == -1) return DidNotSpool("the printer can't be opened", outcome.systemError);
+        if (result != 0) return DidNotSpool("the document can't be started", outcome.systemError);
+        if (!outcome.sourceWhole)
+            return {WayResult::End::kFailed, "Error - " + std::string(kSourceBroke),
+                    std::string(kSourceBroke), true};
+        if (!outcome.accepted)
+            return DidNotSpool("the spooler did not keep the document", outcome.systemError);
+        if (outcome.failedChunks == 0) return Printed({});
+        return Printed(Format("%d parts of the file did not reach the spooler (error %d)",
+                              outcome.failedChunks, outcome.systemError));
+    }
+
+    static WayResult Stopped(int printed, int times) {
+        WayResult result;
+        result.end = WayResult::End::kStopped;
+        result.status = printed == 0 ? "Error - Stopped, nothing was printed"
+                                     : Format("Error - Stopped, printed %d of %d times", printed, times);
+        return result;
+    }
+
+    DirectPrinter& m_printer;
+    DebugLog& m_debugLog;
+    const GeneralOptions& m_options;
+};
+
+// Documents that the print system renders, or stores, by itself.
+class SpoolerDocumentWay : public RunWay {
+public:
+    explicit SpoolerDocumentWay(const PrintRunServices& services) : m_spooler(services.spooler) {}
+
+    bool Takes(const RunItem& item) override {
+        return item.kind == ItemKind::kDocument && m_spooler.TakesDocument(item.path);
+    }
+
+    WayResult Process(const RunItem& item, WayFeedback& feedback) override {
+        feedback.ShowRowStatus("Spooling");
+        DocumentInfo document;
+        document.name = item.path;
+        int systemError = 0;
+        if (m_spooler.PrintDocument(item.printer, item.path, document, systemError) < 0)
+            return DidNotSpool("the spooler did not take the document", systemError);
+        return Printed({});
+    }
+
+private:
+    Spooler& m_spooler;
+};
+
+}  // namespace
+
+std::vector<std::unique_ptr<RunWay>> MakeRunWays(const PrintRunServices& services) {
+    std::vector<std::unique_ptr<RunWay>> ways;
+    ways.push_back(std::make_unique<DirectWay>(services));
+    ways.push_back(std::make_unique<SpoolerDocumentWay>(services));
+    return ways;
+}
+
+WayResult NoWayFor(const RunItem& item) {
+    WayResult result;
+    result.status = item.kind == ItemKind::kDocument
+                        ? "Error - this kind of file can't be printed on this print system yet"
+                        : "Error - this kind of item can't be applied on this print system yet";
+    return result;
+}
+
+}  // namespace quirepress
