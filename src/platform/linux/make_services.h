@@ -10,7 +10,7 @@ namespace quirepress {
 std::unique_ptr<Clock> MakeClock();
 std::unique_ptr<EventLoop> MakeEventLoop();
 std::unique_ptr<Files> MakeFiles();
-std::unique_ptr<Libraries> MakeLibraries();
+std::unique_ptr<Libraries> MakeLibraries(Files& files);
 std::unique_ptr<Machine> MakeMachine();
 std::unique_ptr<Network> MakeNetwork();
 std::unique_ptr<Processes> MakeProcesses();
