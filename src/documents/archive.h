@@ -27,7 +27,8 @@ struct ArchiveOutcome {
 // Unpacks a zip, rar, 7z or tar archive into `folder` (made when missing). Entries stay below the folder
 // whatever their names say; a file that exists is never replaced (the new one gets "_2", "_3" ... before its
 // extension); a file that could not be unpacked whole is not there. `keepGoing` is asked between blocks;
-// when it answers false the unpacking ends with the message "Stopped". Never throws.
+// when it answers false the unpacking ends with the message "Stopped". Never throws. May pump, as `keepGoing`
+// does.
 ArchiveOutcome UnpackArchive(Files& files, std::string_view archive, std::string_view folder,
                              const ArchiveLimits& limits, const std::function<bool()>& keepGoing);
 
