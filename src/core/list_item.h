@@ -39,11 +39,14 @@ extern const std::array<ColumnInfo, kColumnCount> kColumns;
 
 constexpr std::string_view kSeparatorText = "-------Separator-------";
 
+using ColumnTexts = std::array<std::string_view, kColumnCount>;
+
 enum class ItemKind { kDocument, kCommand, kDownload, kSeparator };
 
 // Exact, and in this order: texts anywhere in the path, then endings.
 bool IsCommandItem(std::string_view path);
 bool IsDownloadEntry(std::string_view path);
+// A download's address may hold anything, so it goes before the commands; ".printer" files count as commands.
 ItemKind KindOfItem(std::string_view path);
 
 enum class RowOutcome { kNotSelected, kDone, kFailed, kSkipped };
@@ -59,11 +62,10 @@ struct RunMark {
 // 100,000 rows stays small.
 class ListItem {
 public:
+    explicit ListItem(const ColumnTexts& texts);
+
     std::string_view Text(int column) const;  // valid until the item changes
     void SetText(int column, std::string_view text);
-
-    // Grows the item once for texts of `bytes` altogether.
-    void Reserve(std::size_t bytes) { m_texts.reserve(bytes); }
 
     // A count kept beside the column texts for the next refresh; -1: none.
     std::int32_t KeptPages() const { return m_keptPages; }

@@ -1,12 +1,13 @@
 #pragma once
 
-#include <cstdint>
+#include <array>
+#include <deque>
 #include <functional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "core/list_item.h"
+#include "core/list_pages.h"
 
 namespace quirepress {
 
@@ -36,14 +37,6 @@ struct ItemTexts {
 // Colours by meaning; the window chooses the shades.
 enum class RowColour { kNormal, kError, kCommand, kSeparator };
 
-// Counts pages and claims files on behalf of the add-ons.
-class AddonCounter {
-public:
-    virtual ~AddonCounter() = default;
-    // True when an add-on claims the file; `pages` is then its count (-1: unknown).
-    virtual bool CountPages(std::string_view path, int& pages) = 0;
-};
-
 // What the list needs of the program around it; all outlive it.
 struct PrintListServices {
     Files& files;
@@ -56,25 +49,31 @@ struct PrintListServices {
     PdfCounter& pdfCounter;
     const GeneralOptions& options;
     std::string workingFolder;
+    // Asked now and then while the list loads; false ends the loading, what has come in stays.
+    std::function<bool()> keepGoing = [] { return true; };
+    bool fullPdfCount = false;  // count the pages that are really there
 };
 
 constexpr int kReplaceCurrentRow = 9999;  // selectMode: the running row's file name is overwritten
 
-// The one ordered list of work. Rows are named by index; an index is good until the list changes.
+// The one ordered list of work. Rows are named by index; an index is good until the list changes. A row that
+// is not there has empty texts, and ignores what is set.
 class PrintList {
 public:
     explicit PrintList(PrintListServices services);
 
     int RowCount() const { return static_cast<int>(m_rows.size()); }
-    std::string_view Text(int row, int column) const { return m_rows[row].Text(column); }
+    std::string_view Text(int row, int column) const;
     void SetText(int row, int column, std::string_view text);
     RunMark& MarkOf(int row) { return m_rows[row].Mark(); }  // good until the list changes
     void RemoveRow(int row);
     void Clear();
 
-    // The one way in. `selectMode` 1 ticks the row, 0 does not, kReplaceCurrentRow overwrites the running
-    // row. Returns 1 when the path was consumed (a row, or what it stands for, or nothing on purpose), 0
-    // otherwise.
+    // The one way in, for whatever a path may stand for: a document, a command item, a download, a separator,
+    // a folder, an archive, a job file, a shortcut. `selectMode` 1 ticks the row, 0 does not;
+    // kReplaceCurrentRow overwrites the file name of the running row, whatever the path is, and adds none.
+    // Returns 1 when the path was consumed (a row, or what it stands for, or nothing on purpose), 0
+    // otherwise. May pump.
     int InsertFileIntoList(std::string_view path, int selectMode, std::string_view moveToDir,
                            const ItemTexts& texts);
 
@@ -83,35 +82,53 @@ public:
     int ExInsertItemsIntoListPos(const char* fileName, int selectMode, const char* moveToDir, int row,
                                  const char* addonParams);
 
-    // Inserts every file of `folder` whose name matches `mask` ("*" and "?", "*.*" matches all), by name;
-    // with `descend` those of its sub-folders too. Answers how many files it inserted. May pump.
+    // Inserts every file of `folder` whose name matches `mask` ("*" and "?", any case, "*.*" matches all), by
+    // name; with `descend` those of its sub-folders too, each folder once whatever links lead to it. A folder
+    // that cannot be listed gets an unticked row that says so. Answers how many files were consumed. May
+    // pump.
     int DoScanDir(std::string_view folder, std::string_view mask, bool descend, int selectMode,
                   std::string_view moveToDir, const ItemTexts& texts);
 
+    // Status and Pages of every row anew. A text that names no file, a download or a command, is "No File."
+    // here too. May pump.
     void RefreshListStatus();
     RowColour ColourListRow(int row) const;
-    void SortByFileTitle();  // numbers in titles as numbers
+    void SortByFileTitle();  // the last number of a title counts as a number
 
+    // Where the next rows go; of several, the later in this list of calls wins.
     void SetPendingPosition(int position) { m_pendingPosition = position; }  // used once; negative: none
-    void SetStartPosition(int position) { m_startPosition = position; }      // from 1; negative: none
     void InsertAtSelectedRow(int row) { m_selectedRow = row; }               // negative: append
-    void SetCurrentRow(int row) { m_currentRow = row; }                      // of the run; -1: none
-    void ProtectUntickedRows(bool protect) { m_protectUntickedRows = protect; }
-    void UseAddons(AddonCounter* addons) { m_addons = addons; }
+    void SetStartPosition(int position) { m_startPosition = position; }      // from 1; negative: none
 
-    // The four header texts of the last job file that was loaded.
+    // The running row; it is followed when rows come, go and are sorted. -1: none.
+    void SetCurrentRow(int row) { m_currentRow = row; }
+    int CurrentRow() const { return m_currentRow; }
+
+    void ProtectUntickedRows(bool protect) { m_protectUntickedRows = protect; }
+    void UseAddons(AddonCounter* addons) { m_pages.UseAddons(addons); }
+
+    // The four header texts of the last job file that had them.
     const std::array<std::string, 4>& HeaderTexts() const { return m_headerTexts; }
 
 private:
+    friend class ListInsertion;
+
+    // Where the next row goes; a pending position is used up by this.
+    int TakeRowIndex();
+    void AddRow(int index, const ColumnTexts& texts, int keptPages);
+    void RefreshRow(int row);
+    bool KeepGoing();  // may pump
+
     PrintListServices m_services;
-    std::vector<ListItem> m_rows;
-    AddonCounter* m_addons = nullptr;
+    ListPages m_pages;
+    std::deque<ListItem> m_rows;
     int m_pendingPosition = -1;
     int m_startPosition = -1;
     int m_selectedRow = -1;
     int m_currentRow = -1;
     bool m_protectUntickedRows = false;
     std::array<std::string, 4> m_headerTexts;
+    long long m_lastPump = 0;
 };
 
 }  // namespace quirepress
