@@ -42,6 +42,7 @@ FileResult ToSystemPath(std::string_view path, std::wstring& systemPath) {
         wide.replace(0, kLongSharePrefix.size(), L"\\\\");
     } else if (wide.starts_with(kLongPrefix)) {
         wide.erase(0, kLongPrefix.size());
+        if (wide.find(L':') != 1) return FileResult::kNoAccess;  // what is no drive's is a device's
     }
     wide = MakeAbsolute(wide);
     if (wide.empty()) return ToFileResult(GetLastError());
