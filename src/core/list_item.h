@@ -53,9 +53,9 @@ enum class RowOutcome { kNotSelected, kDone, kFailed, kSkipped };
 
 // What a run remembers of a row; it goes with the row wherever that moves while the run waits.
 struct RunMark {
-    std::int32_t pass = 0;  // the last walk over the list that reached the row, from 1
+    std::int32_t pass = 0;                          // the last walk over the list that reached it, from 1
+    std::int32_t printed = 0;                       // the walks that brought it to its end without a failure
     RowOutcome outcome = RowOutcome::kNotSelected;  // the worst of all walks
-    bool isAtWork = false;                          // one row at most
 };
 
 // One row: its column texts are its whole state. All texts lie in one piece of memory, so that a list of

@@ -110,10 +110,8 @@ int PrintRun::CountPasses() const {
 // After the last walk, since a row that leaves earlier would miss its further copies.
 void PrintRun::RemoveDoneRows(int passes) {
     PrintList& list = m_services.list;
-    for (int row = list.RowCount() - 1; row >= 0; --row) {
-        const RunMark& mark = list.MarkOf(row);
-        if (mark.outcome == RowOutcome::kDone && mark.pass == passes) list.RemoveRow(row);
-    }
+    for (int row = list.RowCount() - 1; row >= 0; --row)
+        if (list.MarkOf(row).printed == passes) list.RemoveRow(row);
 }
 
 }  // namespace quirepress

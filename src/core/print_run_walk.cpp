@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "base/format.h"
-#include "base/text.h"
 #include "core/print_list.h"
 #include "core/print_run_source.h"
 #include "logs/debug_log.h"
@@ -78,20 +77,14 @@ bool RunWalk::WalkOnce() {
     for (int row = FindNextRow(); row >= 0; row = FindNextRow()) {
         BeginRow(row);
         if (!KeepGoing()) return false;
-        if (FindRowAtWork() >= 0) ProcessRow();
+        if (FindRowAtWork()) ProcessRow();
     }
     return !IsStopped();
 }
 
-int RunWalk::FindRowAtWork() {
-    PrintList& list = m_services.list;
-    const int count = list.RowCount();
-    if (m_progress.row >= 0 && m_progress.row < count && list.MarkOf(m_progress.row).isAtWork)
-        return m_progress.row;
-    m_progress.row = -1;
-    for (int row = 0; row < count && m_progress.row < 0; ++row)
-        if (list.MarkOf(row).isAtWork) m_progress.row = row;
-    return m_progress.row;
+bool RunWalk::FindRowAtWork() {
+    m_progress.row = m_services.list.CurrentRow();
+    return m_progress.row >= 0;
 }
 
 // The first row below the one at work that this walk has not reached; when there is none, the first above,
@@ -99,22 +92,19 @@ int RunWalk::FindRowAtWork() {
 int RunWalk::FindNextRow() {
     PrintList& list = m_services.list;
     const int count = list.RowCount();
-    const int start = FindRowAtWork() + 1;
+    const int start = list.CurrentRow() + 1;
     const auto findFrom = [&](int row, int end) {
         while (row < end && list.MarkOf(row).pass == m_progress.copy) ++row;
         return row < end ? row : -1;
     };
     const int below = findFrom(start, count);
-    return below >= 0 ? below : findFrom(0, std::min(start, count));
+    return below >= 0 ? below : findFrom(0, start);
 }
 
 void RunWalk::BeginRow(int row) {
     PrintList& list = m_services.list;
-    const int before = FindRowAtWork();
-    if (before >= 0) list.MarkOf(before).isAtWork = false;
-    list.MarkOf(row).isAtWork = true;
-    list.MarkOf(row).pass = m_progress.copy;
     list.SetCurrentRow(row);
+    list.MarkOf(row).pass = m_progress.copy;
     m_progress.row = row;
     m_progress.file = row + 1;
     m_progress.files = list.RowCount();
@@ -138,8 +128,6 @@ RunItem RunWalk::ItemOfRow(int row) const {
     RunItem item;
     item.path = text(kColumnFilename);
     item.kind = KindOfItem(item.path);
-    // The list treats these like command items.
-    if (EndsWith(item.path, ".printer")) item.kind = ItemKind::kCommand;
     item.printer = m_request.printer;
     item.pages = text(kColumnPages);
     item.printDirect = text(kColumnPrintDirect);
@@ -227,19 +215,19 @@ void RunWalk::FinishRow(const RunItem& item, RowOutcome outcome, const WayResult
     if (outcome == RowOutcome::kFailed || !result.remark.empty())
         RecordError(item.path, result.remark.empty() ? result.status : result.remark);
     UpdatePace();
-    const int row = FindRowAtWork();
-    if (row < 0) {
+    if (!FindRowAtWork()) {
         CountRows(outcome, 1);
         return;
     }
-    RunMark& mark = m_services.list.MarkOf(row);
+    RunMark& mark = m_services.list.MarkOf(m_progress.row);
     const RowOutcome worst = WorseOutcome(mark.outcome, outcome);
     CountRows(mark.outcome, -1);
     CountRows(worst, 1);
     mark.outcome = worst;
+    if (outcome == RowOutcome::kDone) ++mark.printed;
     if (outcome != RowOutcome::kNotSelected)
         ShowRowStatus(worst == outcome ? std::string_view(result.status) : m_statusBefore);
-    m_request.observer.OnRowFinished(m_progress, outcome);
+    if (FindRowAtWork()) m_request.observer.OnRowFinished(m_progress, outcome);
 }
 
 void RunWalk::CountRows(RowOutcome outcome, int rows) {
@@ -278,9 +266,8 @@ void RunWalk::UpdatePace() {
 }
 
 void RunWalk::ShowRowStatus(std::string_view status) {
-    const int row = FindRowAtWork();
-    if (row < 0) return;
-    m_services.list.SetText(row, kColumnStatus, status);
+    if (!FindRowAtWork()) return;
+    m_services.list.SetText(m_progress.row, kColumnStatus, status);
     m_request.observer.OnProgress(m_progress);
 }
 
@@ -288,7 +275,7 @@ void RunWalk::ShowBytes(std::int64_t done, std::int64_t total) {
     m_progress.bytesDone = done;
     m_progress.bytesTotal = total;
     UpdatePace();
-    if (FindRowAtWork() >= 0) m_request.observer.OnProgress(m_progress);
+    if (FindRowAtWork()) m_request.observer.OnProgress(m_progress);
 }
 
 bool RunWalk::KeepGoing() {

@@ -36,8 +36,8 @@ private:
     bool KeepGoing() override;
 
     void ForgetEarlierRuns();
-    bool WalkOnce();  // false when Stop ended it
-    int FindRowAtWork();
+    bool WalkOnce();       // false when Stop ended it
+    bool FindRowAtWork();  // false when it was taken from the list
     int FindNextRow();
     void BeginRow(int row);
     bool IsTicked(int row) const;

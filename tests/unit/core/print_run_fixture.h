@@ -1,0 +1,133 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "backends/direct_print.h"
+#include "core/print_list.h"
+#include "core/print_run.h"
+#include "documents/pdf_counter.h"
+#include "fakes/fake_clock.h"
+#include "fakes/fake_event_loop.h"
+#include "fakes/fake_prompts.h"
+#include "fakes/fake_spooler.h"
+#include "fakes/temporary_folder.h"
+#include "logs/debug_log.h"
+#include "logs/error_log.h"
+#include "platform/files.h"
+#include "platform/services.h"
+#include "settings/general_options.h"
+
+namespace quirepress {
+
+class OnePagePdfs : public PdfLibrary {
+public:
+    long long CountPages(std::string_view, bool, std::string_view) override { return 1; }
+};
+
+// Notes what it is told; `onProgress` and `onFinished` may act in the middle of a run.
+class RunRecorder : public RunObserver {
+public:
+    void OnRunStarted(int rows, int copies) override { started.emplace_back(rows, copies); }
+    void OnRowStarted(const RunProgress& progress) override { startedRows.push_back(progress.row); }
+    void OnProgress(const RunProgress& progress) override {
+        last = progress;
+        if (onProgress) onProgress(progress);
+    }
+    void OnRowFinished(const RunProgress& progress, RowOutcome outcome) override {
+        last = progress;
+        outcomes.push_back(outcome);
+        if (onFinished) onFinished(progress);
+    }
+
+    std::vector<std::pair<int, int>> started;
+    std::vector<int> startedRows;
+    std::vector<RowOutcome> outcomes;
+    RunProgress last;
+    std::function<void(const RunProgress&)> onProgress;
+    std::function<void(const RunProgress&)> onFinished;
+};
+
+// A run with everything around it: real files in a folder of its own, the rest in memory and virtual time.
+template <typename SpoolerType>
+class RunStage {
+public:
+    template <typename... Arguments>
+    explicit RunStage(Arguments&&... arguments)
+        : spooler(*services.files, std::forward<Arguments>(arguments)...),
+          list({*services.files, *services.shell, clock, *services.machine, loop, prompts, debugLog,
+                pdfCounter, options, folder.Path() + "/"}),
+          run({list, spooler, directPrinter, *services.files, loop, prompts, debugLog, errorLog, options}) {
+        spooler.PutPrinter("Laser");
+        spooler.PutPrinter("Plotter");
+        run.UseObserver(&recorder);
+    }
+
+    // Adds a row for a file of these bytes; answers its path.
+    std::string AddFile(std::string_view name, std::string_view bytes = "bytes",
+                        const ItemTexts& texts = {}) {
+        std::string path = folder.Write(name, bytes);
+        list.InsertFileIntoList(path, 1, "", texts);
+        return path;
+    }
+    void AddFiles(const std::vector<std::string>& names) {
+        for (const std::string& name : names) AddFile(name);
+    }
+    std::string Text(int row, int column) const { return std::string(list.Text(row, column)); }
+    std::vector<std::string> Statuses() const {
+        std::vector<std::string> statuses;
+        for (int row = 0; row < list.RowCount(); ++row) statuses.push_back(Text(row, kColumnStatus));
+        return statuses;
+    }
+    // File titles of the documents that the spooler keeps, in order.
+    std::vector<std::string> Printed() const {
+        std::vector<std::string> titles;
+        for (const SentDocument& sent : spooler.Sent())
+            if (sent.finished) titles.push_back(sent.name.substr(sent.name.find_last_of("/\\") + 1));
+        return titles;
+    }
+    std::string ErrorRecords() const { return folder.Read("error.log"); }
+    std::string DebugLines() const { return folder.Read("qpr.log"); }
+    // Runs `action` once, in the first pump in which `when` holds.
+    void InPump(std::function<bool()> when, std::function<void()> action) {
+        loop.AddPumpTask([when = std::move(when), action = std::move(action), done = false]() mutable {
+            if (!done && when()) {
+                done = true;
+                action();
+            }
+            return false;
+        });
+    }
+    // While row `row` (as numbered when it begins) is the one at work.
+    std::function<bool()> AtRow(int row) {
+        return [this, row] { return run.IsRunning() && list.CurrentRow() == row; };
+    }
+
+    TemporaryFolder folder;
+    Services services = MakeSystemServices();
+    FakeEventLoop loop;
+    FakeClock clock{loop};
+    FakePrompts prompts;
+    SpoolerType spooler;
+    GeneralOptions options;
+    DebugLog debugLog;
+    ErrorLog errorLog{*services.files, clock, folder.PathOf("error.log")};
+    OnePagePdfs pdfLibrary;
+    PdfCounter pdfCounter{*services.files, pdfLibrary};
+    PrintList list;
+    DirectPrinter directPrinter{spooler, *services.files, loop, debugLog};
+    RunRecorder recorder;
+    PrintRun run;
+};
+
+class PrintRunTest : public testing::Test, protected RunStage<FakeSpooler> {};
+
+using Texts = std::vector<std::string>;
+
+}  // namespace quirepress
