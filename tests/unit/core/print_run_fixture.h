@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "backends/direct_print.h"
+#include "base/text.h"
 #include "core/print_list.h"
 #include "core/print_run.h"
 #include "documents/pdf_counter.h"
@@ -17,6 +18,7 @@
 #include "fakes/fake_event_loop.h"
 #include "fakes/fake_prompts.h"
 #include "fakes/fake_spooler.h"
+#include "fakes/faulty_files.h"
 #include "fakes/temporary_folder.h"
 #include "logs/debug_log.h"
 #include "logs/error_log.h"
@@ -29,6 +31,18 @@ namespace quirepress {
 class OnePagePdfs : public PdfLibrary {
 public:
     long long CountPages(std::string_view, bool, std::string_view) override { return 1; }
+};
+
+// Also has files that this user may not read, and pipes, by their names.
+class StageFiles : public FaultyFiles {
+public:
+    using FaultyFiles::FaultyFiles;
+    FileFacts Inspect(std::string_view path) override {
+        FileFacts facts = FaultyFiles::Inspect(path);
+        if (EndsWith(path, "secret.ps")) facts.readable = false;
+        if (EndsWith(path, "pipe.ps")) facts.kind = FileKind::kOther;
+        return facts;
+    }
 };
 
 // Notes what it is told; `onProgress` and `onFinished` may act in the middle of a run.
@@ -60,10 +74,10 @@ class RunStage {
 public:
     template <typename... Arguments>
     explicit RunStage(Arguments&&... arguments)
-        : spooler(*services.files, std::forward<Arguments>(arguments)...),
-          list({*services.files, *services.shell, clock, *services.machine, loop, prompts, debugLog,
-                pdfCounter, options, folder.Path() + "/"}),
-          run({list, spooler, directPrinter, *services.files, loop, prompts, debugLog, errorLog, options}) {
+        : spooler(files, std::forward<Arguments>(arguments)...),
+          list({files, *services.shell, clock, *services.machine, loop, prompts, debugLog, pdfCounter,
+                options, folder.Path() + "/"}),
+          run({list, spooler, directPrinter, files, loop, prompts, debugLog, errorLog, options}) {
         spooler.PutPrinter("Laser");
         spooler.PutPrinter("Plotter");
         run.UseObserver(&recorder);
@@ -111,17 +125,18 @@ public:
 
     TemporaryFolder folder;
     Services services = MakeSystemServices();
+    StageFiles files{*services.files};
     FakeEventLoop loop;
     FakeClock clock{loop};
     FakePrompts prompts;
     SpoolerType spooler;
     GeneralOptions options;
     DebugLog debugLog;
-    ErrorLog errorLog{*services.files, clock, folder.PathOf("error.log")};
+    ErrorLog errorLog{files, clock, folder.PathOf("error.log")};
     OnePagePdfs pdfLibrary;
-    PdfCounter pdfCounter{*services.files, pdfLibrary};
+    PdfCounter pdfCounter{files, pdfLibrary};
     PrintList list;
-    DirectPrinter directPrinter{spooler, *services.files, loop, debugLog};
+    DirectPrinter directPrinter{spooler, files, loop, debugLog};
     RunRecorder recorder;
     PrintRun run;
 };

@@ -1,5 +1,6 @@
 #include "core/print_run.h"
 
+#include <algorithm>
 #include <filesystem>
 
 #include "base/text.h"
@@ -13,7 +14,7 @@ namespace {
 const std::string kDidNotSpool(kStatusDidNotSpool);
 
 TEST_F(PrintRunTest, AnEmptyListEndsTheRunWithoutABox) {
-    debugLog.Open(*services.files, folder.PathOf("qpr.log"));
+    debugLog.Open(files, folder.PathOf("qpr.log"));
     EXPECT_EQ(run.OnButtonPrint().end, RunSummary::End::kNothingToPrint);
     EXPECT_EQ(DebugLines(), "KillTimer(2) 5\r\nNo Items in the list\r\n");
     EXPECT_TRUE(prompts.boxes.empty());
@@ -21,7 +22,7 @@ TEST_F(PrintRunTest, AnEmptyListEndsTheRunWithoutABox) {
 }
 
 TEST_F(PrintRunTest, NothingTickedIsSaidInABox) {
-    debugLog.Open(*services.files, folder.PathOf("qpr.log"));
+    debugLog.Open(files, folder.PathOf("qpr.log"));
     AddFile("a.ps");
     list.SetText(0, kColumnSelected, "No");
     list.SetText(0, kColumnStatus, "kept");
@@ -35,7 +36,7 @@ TEST_F(PrintRunTest, AnUnknownPrinterEndsTheRunBeforeTheFirstRow) {
     options.m_errorLog = true;
     AddFile("a.ps");
     run.UsePrinter("Nowhere");
-    debugLog.Open(*services.files, folder.PathOf("qpr.log"));
+    debugLog.Open(files, folder.PathOf("qpr.log"));
     EXPECT_EQ(run.OnButtonPrint().end, RunSummary::End::kNoPrinter);
     EXPECT_EQ(DebugLines(),
               "KillTimer(2) 5\r\nItems set to ready, OK? 1\r\n"
@@ -54,7 +55,7 @@ TEST_F(PrintRunTest, AnUnknownPrinterEndsTheRunBeforeTheFirstRow) {
 
 TEST_F(PrintRunTest, WritesItsStartToTheDebugLog) {
     const std::string path = AddFile("a.ps");
-    debugLog.Open(*services.files, folder.PathOf("qpr.log"));
+    debugLog.Open(files, folder.PathOf("qpr.log"));
     run.SetCopies(1);
     run.OnButtonPrint();
     EXPECT_EQ(DebugLines(),
@@ -129,6 +130,43 @@ TEST_F(PrintRunTest, FoldersAreNoDocumentsAndVanishedFilesCostTheirOwnRow) {
     run.OnButtonPrint();
     EXPECT_EQ(Statuses(), (Texts{"Error - Can't Print - this is a folder", "Done", "No File.", "Done"}));
     EXPECT_EQ(Printed(), (Texts{"a.ps", "b.ps"}));
+}
+
+TEST_F(PrintRunTest, FilesThatCannotBeReadAreSkippedAndRecorded) {
+    options.m_errorLog = true;
+    AddFiles({"secret.ps", "pipe.ps", "a.ps"});
+    const RunSummary summary = run.OnButtonPrint();
+    EXPECT_EQ(Statuses(),
+              (Texts{"Skipped", "Error - Can't Print - this is a device or a pipe, not a file", "Done"}));
+    EXPECT_EQ(summary.skipped, 1);
+    EXPECT_EQ(summary.failed, 1);
+    EXPECT_TRUE(Contains(ErrorRecords(), "Can't Print - the file can't be read"));
+}
+
+TEST_F(PrintRunTest, AFileThatBreaksOffIsNotPrintedHalf) {
+    options.m_errorLog = true;
+    AddFile("a.ps", std::string(3 * 65535, 'x'));
+    AddFile("b.ps");
+    files.FailOnce(FaultyFiles::Call::kReadAt, FileResult::kFailed, 2);
+    const std::string error = "Can't Print - the file could not be read whole, or changed meanwhile";
+    run.OnButtonPrint();
+    EXPECT_EQ(Statuses(), (Texts{"Error - " + error, "Done"}));
+    EXPECT_EQ(Printed(), Texts{"b.ps"});
+    EXPECT_TRUE(Contains(ErrorRecords(), error));
+
+    options.m_onErrorPrintOneMoreTime = true;
+    files.FailOnce(FaultyFiles::Call::kReadAt, FileResult::kFailed, 2);
+    run.OnButtonPrint();
+    EXPECT_EQ(Statuses(), (Texts{"Done", "Done"}));
+    EXPECT_EQ(spooler.Sent().back().name, list.Text(1, kColumnFilename));
+}
+
+TEST_F(PrintRunTest, AFileThatCannotBeOpenedOnceTheJobIsStartedIsNoSuccess) {
+    AddFile("a.ps");
+    files.FailAlways(FaultyFiles::Call::kOpenForReading, FileResult::kBusy);
+    EXPECT_EQ(run.OnButtonPrint().failed, 1);
+    EXPECT_TRUE(StartsWith(Statuses().at(0), "Error - Can't Print - the file could not be read whole"));
+    EXPECT_EQ(spooler.Sent().at(0).bytes, "");
 }
 
 TEST_F(PrintRunTest, ThePrintDirectColumnSendsAnyFileRaw) {
@@ -233,7 +271,7 @@ TEST_F(PrintRunTest, AFailedRowIsTriedOnceMore) {
     const RunSummary summary = run.OnButtonPrint();
     EXPECT_EQ(summary.done, 1);
     EXPECT_EQ(Printed(), Texts{"a.ps"});
-    EXPECT_EQ(shown.at(0), "Printing file:");
+    EXPECT_EQ(Texts(shown.begin(), shown.begin() + 2), (Texts{"Printing file:", "Spooling"}));
     EXPECT_EQ(std::count(shown.begin(), shown.end(), "Retrying..."), 1);
 
     spooler.FailFinish(9);
@@ -302,7 +340,6 @@ TEST_F(PrintRunTest, PausesInVirtualTime) {
 TEST_F(PrintRunTest, TellsPaceAndTimeLeft) {
     AddFiles({"a.ps", "b.ps", "c.ps", "d.ps"});
     std::vector<std::int64_t> secondsLeft;
-    InPump([&] { return run.IsRunning(); }, [] {});
     loop.AddPumpTask([&] {
         if (run.IsRunning()) loop.Advance(10'000);
         return false;
