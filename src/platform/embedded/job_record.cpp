@@ -1,0 +1,124 @@
+#include "platform/embedded/job_record.h"
+
+#include <algorithm>
+
+#include "base/format.h"
+#include "base/keyword_lines.h"
+#include "base/path.h"
+#include "base/text.h"
+
+namespace quirepress {
+
+namespace {
+
+constexpr std::string_view kFirstLine = "QUIREPRESS JOB 1";
+constexpr std::string_view kLastLine = "END";
+constexpr std::size_t kLongestFileName = 255;
+constexpr std::size_t kLongestKeptExtension = 32;
+
+bool IsControl(char c) {
+    const auto byte = static_cast<unsigned char>(c);
+    return byte < 0x20 || byte == 0x7F;
+}
+
+std::string Escape(std::string_view value) {
+    std::string result;
+    for (const char c : value) {
+        if (IsControl(c) || c == '%')
+            result += Format("%%%02X", static_cast<unsigned char>(c));
+        else
+            result += c;
+    }
+    return result;
+}
+
+int HexDigit(char c) {
+    constexpr std::string_view kDigits = "0123456789ABCDEF";
+    const std::size_t value = kDigits.find(c);
+    return value == std::string_view::npos ? -1 : static_cast<int>(value);
+}
+
+std::string Unescape(std::string_view value) {
+    std::string result;
+    for (std::size_t i = 0; i < value.size(); ++i) {
+        const bool escaped = value[i] == '%' && i + 2 < value.size();
+        const int high = escaped ? HexDigit(value[i + 1]) : -1;
+        const int low = escaped ? HexDigit(value[i + 2]) : -1;
+        if (high < 0 || low < 0) {
+            result += value[i];
+            continue;
+        }
+        result += static_cast<char>(high * 16 + low);
+        i += 2;
+    }
+    return result;
+}
+
+bool IsUnfitForFileName(char c) {
+    constexpr std::string_view kWindowsOnly = ":*?\"<>|";
+    if (IsControl(c) || c == '/' || c == '\\') return true;
+    return PlatformSeparator() == '\\' && kWindowsOnly.find(c) != std::string_view::npos;
+}
+
+// The longest start of at most `size` bytes that ends with a whole UTF-8 sequence.
+std::string_view CutText(std::string_view text, std::size_t size) {
+    if (text.size() <= size) return text;
+    const auto continues = [&](std::size_t i) {
+        return (static_cast<unsigned char>(text[i]) & 0xC0) == 0x80;
+    };
+    std::size_t end = size;
+    for (int steps = 0; steps < 3 && end > 0 && continues(end); ++steps) --end;
+    return text.substr(0, continues(end) ? size : end);  // not UTF-8 at all: anywhere will do
+}
+
+}  // namespace
+
+std::string WriteJobRecord(const JobRecord& record) {
+    std::string text(kFirstLine);
+    text += "\nDOCUMENT;" + Escape(record.document);
+    text += "\nUSER;" + Escape(record.user);
+    text += "\nMACHINE;" + Escape(record.machine);
+    text += "\nDATATYPE;" + Escape(record.dataType);
+    text += "\nSUBMITTED;" + FormatDateTime(record.submitted) + "\n";
+    text += kLastLine;
+    return text + "\n";
+}
+
+bool ReadJobRecord(std::string_view text, JobRecord& record) {
+    KeywordLines lines(text, std::string_view::npos);
+    std::string_view line;
+    if (!lines.TakeLine(line) || line != kFirstLine) return false;
+    JobRecord read;
+    while (lines.TakeLine(line)) {
+        if (line == kLastLine) {
+            record = std::move(read);
+            return true;
+        }
+        const std::size_t end = std::min(line.find(';'), line.size());
+        const std::string_view key = line.substr(0, end);
+        const std::string value = Unescape(line.substr(std::min(end + 1, line.size())));
+        if (key == "DOCUMENT") read.document = value;
+        if (key == "USER") read.user = value;
+        if (key == "MACHINE") read.machine = value;
+        if (key == "DATATYPE") read.dataType = value;
+        if (key == "SUBMITTED") ParseDateTime(value, read.submitted);
+    }
+    return false;
+}
+
+std::string OutputName(std::int64_t id, std::string_view document, int copy) {
+    std::string title(FileTitle(document));
+    std::replace_if(title.begin(), title.end(), IsUnfitForFileName, '_');
+    if (title.empty()) title = "document";
+    std::string_view stem = TitleWithoutExtension(title);
+    std::string_view extension = FileExtension(title);
+    if (extension.size() > kLongestKeptExtension) {
+        stem = title;
+        extension = {};
+    }
+    const std::string start = Format("%08d-", id);
+    const std::string end = (copy > 1 ? Format(" (%d)", copy) : std::string()) + std::string(extension);
+    return start + std::string(CutText(stem, kLongestFileName - start.size() - end.size())) + end;
+}
+
+}  // namespace quirepress

@@ -1,0 +1,83 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/embedded/job_sender.h"
+#include "platform/embedded/printer_folder.h"
+
+namespace quirepress {
+
+constexpr std::string_view kDamagedRecord = "The job's record is damaged. Cancel the job.";
+
+// How the queues stand, for a program that would end once they are empty.
+struct DeliveryState {
+    int waiting = 0;  // jobs that are closed and not delivered
+    int stuck = 0;    // of those: of a paused, unreachable or failed port, of unknown outcome, or damaged
+    int stalled = 0;  // of those that are not stuck: being sent to a port that has taken nothing for 30 s
+    std::int64_t bytesSent = 0, bytesTotal = 0;  // of the jobs being sent by this program
+};
+
+// The way out of one printer's queue: one job at a time, the highest priority first, then the oldest.
+class PrinterDelivery {
+public:
+    PrinterDelivery(Files& files, EventLoop& loop, Network& network, PrinterFolder printer);
+
+    // A bounded piece of work; true when the next call finds more to do.
+    bool Step();
+    // Something has changed: the next call looks at the queue.
+    void LookSoon() { m_nextLook = 0; }
+    // The same, and what failed is tried again at once.
+    void RetrySoon();
+    // Stops sending `id`, if that is what it does, before it is cancelled.
+    void Abandon(std::int64_t id);
+    // Forgets that the job may have been sent. kBusy while it is being sent.
+    FileResult Restart(const JobFiles& job);
+
+    bool IsSending(std::int64_t id) const { return m_sender && m_job.id == id; }
+    bool IsSending() const { return m_sender != nullptr; }
+    // Adds this printer's jobs to `state`.
+    void AddState(DeliveryState& state);
+    // What stands in the way of this job, by its files and by what this or another program found out.
+    void DescribeJob(const JobFiles& job, const PortTrouble& trouble, std::uint32_t& bits, std::string& text);
+    PortTrouble CurrentTrouble();
+
+private:
+    struct JobTrouble {
+        std::string text;
+        long long retryAt = 0;
+    };
+
+    void Look();
+    bool StartNext(const std::vector<JobFiles>& waiting, const PrinterSettings& settings);
+    bool IsOtherDelivering();
+    bool CanSend(const JobFiles& job, JobRecord& record);
+    void CheckStillWanted();
+    void Conclude(const SendReport& report);
+    void NotePortTrouble(const SendReport& report);
+    void RetireJob();
+
+    Files& m_files;
+    EventLoop& m_loop;
+    Network& m_network;
+    PrinterFolder m_printer;
+    std::unique_ptr<FileLock> m_lock;  // while there is something to deliver
+    JobFiles m_job;                    // being sent
+    std::unique_ptr<JobSender> m_sender;
+    std::int64_t m_highestId = 0;
+    long long m_nextLook = 0;
+    long long m_nextCheck = 0;
+    long long m_retryAt = 0;
+    bool m_isOthersTurn = false;  // another program delivers, when last looked
+    long long m_backOff = 0;      // milliseconds; 0: the port is well, as far as is known
+    std::map<std::int64_t, JobTrouble> m_jobTroubles;
+};
+
+// The record of a job, or of one that is not closed yet. False when it cannot be read.
+bool ReadRecord(Files& files, const JobFolder& jobs, const JobFiles& job, JobRecord& record);
+
+}  // namespace quirepress

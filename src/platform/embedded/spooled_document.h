@@ -1,0 +1,48 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "platform/embedded/job_record.h"
+#include "platform/embedded/printer_folder.h"
+#include "platform/spooler.h"
+
+namespace quirepress {
+
+// A stable number for `result`, to be shown in logs; 0 for kDone.
+int SpoolerErrorNumber(FileResult result);
+constexpr int kNoSuchPrinterNumber = 100;
+
+// One document on its way into a printer's queue. It can outlive the spooler that opened it.
+class SpooledDocument : public RawPrinter {
+public:
+    // `record` lacks the document's name; `onClosed` is called when a job has joined the queue.
+    SpooledDocument(Files& files, PrinterFolder printer, JobRecord record, std::function<void()> onClosed);
+    ~SpooledDocument() override;
+
+    int StartDocument(const DocumentInfo& document) override;
+    int WriteChunk(const void* data, std::size_t size) override;
+    int Finish() override;
+    std::int64_t JobId() const override { return m_id; }
+    int SystemError() const override { return m_systemError; }
+
+private:
+    FileResult OpenFiles();
+    FileResult Commit();
+    void Drop();
+    int Fail(FileResult result);
+
+    Files& m_files;
+    PrinterFolder m_printer;
+    JobRecord m_record;
+    std::function<void()> m_onClosed;
+    std::int64_t m_id = 0;
+    std::unique_ptr<FileLock> m_lock;  // held while the document is open
+    std::unique_ptr<OutputFile> m_draft;
+    std::unique_ptr<OutputFile> m_data;
+    FileResult m_writeResult = FileResult::kDone;  // the first failure
+    int m_systemError = 0;
+};
+
+}  // namespace quirepress
