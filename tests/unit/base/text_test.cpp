@@ -1,0 +1,65 @@
+#include "base/text.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace quirepress {
+namespace {
+
+using testing::ElementsAre;
+
+TEST(TextTest, ComparesEnds) {
+    EXPECT_TRUE(StartsWith("print.log", "print") && StartsWith("x", "") && StartsWith("", ""));
+    EXPECT_FALSE(StartsWith("pri", "print"));
+    EXPECT_TRUE(EndsWith("a.pdf", ".pdf") && EndsWith("x", ""));
+    EXPECT_FALSE(EndsWith("df", ".pdf"));
+    EXPECT_TRUE(Contains("abc", "b") && Contains("abc", ""));
+    EXPECT_FALSE(Contains("abc", "ac"));
+}
+
+TEST(TextTest, ChangesAsciiLettersOnly) {
+    EXPECT_EQ(ToLowerAscii("AZaz@[`{\xC3\x9C\xC4"), "azaz@[`{\xC3\x9C\xC4");
+    EXPECT_TRUE(EqualIgnoringAsciiCase("Print.PDF", "pRINT.pdf"));
+    EXPECT_FALSE(EqualIgnoringAsciiCase("\xC4", "\xE4"));
+    EXPECT_FALSE(EqualIgnoringAsciiCase("a", "ab"));
+    EXPECT_FALSE(EqualIgnoringAsciiCase("@", "`"));
+}
+
+TEST(TextTest, TrimsSplitsAndReplaces) {
+    EXPECT_EQ(TrimTrailingBlanks("  a b \t  "), "  a b \t");
+    EXPECT_EQ(TrimTrailingBlanks("   "), "");
+    EXPECT_THAT(SplitAt("a;;b;", ';'), ElementsAre("a", "", "b", ""));
+    EXPECT_THAT(SplitAt("", ';'), ElementsAre(""));
+    EXPECT_THAT(SplitAt(std::string_view("a\0b", 3), '\0'), ElementsAre("a", "b"));
+    EXPECT_EQ(ReplaceAll("aaa", "aa", "b"), "ba");
+    EXPECT_EQ(ReplaceAll("a%a", "a", "aa"), "aa%aa");
+    EXPECT_EQ(ReplaceAll("none", "x", "y"), "none");
+    EXPECT_EQ(ReplaceAll("xx", "x", ""), "");
+}
+
+TEST(TextTest, TellsUtf8FromOtherBytes) {
+    for (const char* valid : {"", "plain", "\xC3\xBC", "\xE2\x82\xAC", "\xF0\x9F\x96\xA8", "\xED\x9F\xBF",
+                              "\xEE\x80\x80", "\xF4\x8F\xBF\xBF", "\xC2\x80", "\x7F"})
+        EXPECT_TRUE(IsValidUtf8(valid)) << valid;
+    // Lone bytes, overlong forms, surrogates, values above the last, sequences cut short.
+    for (const char* invalid :
+         {"\x80", "\xA6", "\xC3", "\xC3(", "\xC0\x80", "\xC1\xBF", "\xE0\x80\x80", "\xE0\x9F\xBF", "\xE2\x82",
+          "\xE2\x82(", "\xED\xA0\x80", "\xF0\x80\x80\x80", "\xF0\x8F\xBF\xBF", "\xF4\x90\x80\x80",
+          "\xF5\x80\x80\x80", "\xFF", "\xF0\x9F\x96", "ok\xC3"})
+        EXPECT_FALSE(IsValidUtf8(invalid)) << invalid;
+    EXPECT_TRUE(IsValidUtf8(std::string_view("a\0b", 3)));
+}
+
+TEST(TextTest, ShowsEveryByte) {
+    EXPECT_EQ(ToUtf8ForDisplay("\xC3\xBC stays"), "\xC3\xBC stays");
+    EXPECT_EQ(ToUtf8ForDisplay("\xFC \x80 \x9F"), "\xC3\xBC \xE2\x82\xAC \xC5\xB8");
+    // What Windows-1252 leaves open.
+    EXPECT_EQ(ToUtf8ForDisplay("\x81\x8D\x8F\x90\x9D"), "\xC2\x81\xC2\x8D\xC2\x8F\xC2\x90\xC2\x9D");
+    for (int byte = 0x80; byte < 0x100; ++byte)
+        EXPECT_TRUE(IsValidUtf8(ToUtf8ForDisplay(std::string(1, static_cast<char>(byte)) + "(")));
+    EXPECT_EQ(ToPrintableLine("a\r\nb\tc\x1B[31m\x7F"), "a\\r\\nb\\tc\\x1B[31m\\x7F");
+    EXPECT_EQ(ToPrintableLine(std::string_view("\0\xE4", 2)), "\\x00\xC3\xA4");
+}
+
+}  // namespace
+}  // namespace quirepress
