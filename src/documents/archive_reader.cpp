@@ -71,14 +71,12 @@ std::int64_t ArchiveReader::Seek(archive* /*reader*/, void* self, std::int64_t o
 ArchiveReader::Step ArchiveReader::ToStep(int failure) const {
     if (failure == ARCHIVE_EOF) return Step::kEnd;
     if (archive_read_has_encrypted_entries(m_reader) == 1) return Step::kEncrypted;
-    return m_anyEntry || archive_format(m_reader) != 0 ? Step::kDamaged : Step::kNoArchive;
+    return m_anyEntry ? Step::kDamaged : Step::kNoArchive;
 }
 
 ArchiveReader::Step ArchiveReader::TakeEntry() {
-    if (!m_anyEntry) {
-        const int opened = archive_read_open1(m_reader);
-        if (opened < ARCHIVE_WARN) return ToStep(opened);
-    }
+    // The library may be asked nothing about what it could not open.
+    if (!m_anyEntry && archive_read_open1(m_reader) < ARCHIVE_WARN) return Step::kNoArchive;
     int result = ARCHIVE_RETRY;
     for (int i = 0; i < kMostRetries && result == ARCHIVE_RETRY; ++i)
         result = archive_read_next_header(m_reader, &m_entry);

@@ -1,0 +1,276 @@
+#include "documents/archive.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <zlib.h>
+
+#include <filesystem>
+
+#include "base/path.h"
+#include "base/text.h"
+#include "fakes/archive_writer.h"
+#include "fakes/faulty_files.h"
+#include "fakes/temporary_folder.h"
+#include "platform/file_tools.h"
+#include "platform/files.h"
+#include "platform/services.h"
+
+namespace quirepress {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+class ArchiveTest : public testing::Test {
+protected:
+    ArchiveOutcome Unpack(std::string_view bytes, const ArchiveLimits& limits = {}) {
+        const std::string path = m_folder.Write("in/archive", bytes);
+        return UnpackArchive(*m_services.files, path, m_folder.PathOf("out"), limits, m_keepGoing);
+    }
+
+    // The outcome's files without their folder; fails for one that is not below it.
+    std::vector<std::string> NamesOf(const ArchiveOutcome& outcome) const {
+        const std::string start = WithTrailingSeparator(m_folder.PathOf("out"));
+        std::vector<std::string> names;
+        for (const std::string& file : outcome.files) {
+            EXPECT_TRUE(StartsWith(file, start)) << file;
+            names.push_back(ReplaceAll(file.substr(start.size()), "\\", "/"));
+        }
+        return names;
+    }
+
+    // Regular files anywhere below the temporary folder, the archive aside.
+    int CountFilesOnDisk() const {
+        int count = 0;
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(m_folder.Path()))
+            if (entry.is_regular_file()) ++count;
+        return count - 1;
+    }
+
+    std::string Read(std::string_view name) const { return m_folder.Read("out/" + std::string(name)); }
+
+    TemporaryFolder m_folder;
+    Services m_services = MakeSystemServices();
+    std::function<bool()> m_keepGoing = [] { return true; };
+};
+
+TEST_F(ArchiveTest, UnpacksEveryKindInTheArchivesOrder) {
+    const std::vector<ArchiveMember> members = {{"b.txt", "second letter"},
+                                                {"sub/", "", AE_IFDIR},
+                                                {"sub/a.pdf", std::string(700'000, 'x')},
+                                                {"empty.ps", ""}};
+    const std::vector<std::pair<std::string, std::string>> kinds = {
+        {"zip", ""},        {"7zip", ""},  {"ustar", ""},    {"ustar", "gzip"},
+        {"ustar", "bzip2"}, {"pax", "xz"}, {"ustar", "zstd"}};
+    for (const auto& [format, filter] : kinds) {
+        SCOPED_TRACE(format + " " + filter);
+        EraseTree(*m_services.files, m_folder.PathOf("out"));
+        const ArchiveOutcome outcome = Unpack(MakeArchive(format, members, filter));
+        EXPECT_EQ(outcome.result, 0) << outcome.message;
+        EXPECT_EQ(outcome.message, "");
+        EXPECT_EQ(outcome.leftOut, 0);
+        // 7z keeps files without data at its end.
+        EXPECT_THAT(NamesOf(outcome), testing::UnorderedElementsAre("b.txt", "sub/a.pdf", "empty.ps"));
+        EXPECT_EQ(NamesOf(outcome)[0], "b.txt");
+        EXPECT_EQ(Read("b.txt"), "second letter");
+        EXPECT_EQ(Read("sub/a.pdf"), std::string(700'000, 'x'));
+    }
+}
+
+std::string LittleEndian(std::uint64_t value, int bytes) {
+    std::string text;
+    for (int i = 0; i < bytes; ++i) text += static_cast<char>(value >> (8 * i));
+    return text;
+}
+
+std::uint64_t Checksum(std::string_view bytes) {
+    return crc32(0, reinterpret_cast<const Bytef*>(bytes.data()), static_cast<uInt>(bytes.size()));
+}
+
+std::string Rar4Block(const std::string& block) {
+    return LittleEndian(Checksum(block) & 0xFFFF, 2) + block;
+}
+
+std::string StoredRar4(const std::string& name, const std::string& data) {
+    const auto headSize = static_cast<std::uint64_t>(32 + name.size());
+    std::string head = "\x74" + LittleEndian(0x8000, 2) + LittleEndian(headSize, 2);
+    head += LittleEndian(data.size(), 4) + LittleEndian(data.size(), 4) + "\x03";
+    head += LittleEndian(Checksum(data), 4) + LittleEndian(0x58210000, 4) + "\x14\x30";
+    head += LittleEndian(name.size(), 2) + LittleEndian(0100644, 4) + name;
+    const std::string archiveHead = "\x73" + LittleEndian(0, 2) + LittleEndian(13, 2) + std::string(6, '\0');
+    const std::string end = "\x7B" + LittleEndian(0x4000, 2) + LittleEndian(7, 2);
+    return std::string("Rar!\x1A\x07\0", 7) + Rar4Block(archiveHead) + Rar4Block(head) + data +
+           Rar4Block(end);
+}
+
+// All numbers here are below 128, so that each takes one byte.
+std::string Rar5Block(const std::string& block) {
+    const std::string sized = LittleEndian(block.size(), 1) + block;
+    return LittleEndian(Checksum(sized), 4) + sized;
+}
+
+std::string StoredRar5(const std::string& name, const std::string& data) {
+    std::string head = LittleEndian(2, 1) + LittleEndian(2, 1) + LittleEndian(data.size(), 1);
+    head += LittleEndian(4, 1) + LittleEndian(data.size(), 1) + LittleEndian(0x20, 1);
+    head += LittleEndian(Checksum(data), 4) + LittleEndian(0, 1) + LittleEndian(0, 1);
+    head += LittleEndian(name.size(), 1) + name;
+    return std::string("Rar!\x1A\x07\x01\0", 8) + Rar5Block(std::string("\x01\0\0", 3)) + Rar5Block(head) +
+           data + Rar5Block(std::string("\x05\0\0", 3));
+}
+
+TEST_F(ArchiveTest, UnpacksBothKindsOfRar) {
+    const ArchiveOutcome four = Unpack(StoredRar4("four.txt", "stored in four"));
+    EXPECT_EQ(four.result, 0) << four.message;
+    EXPECT_EQ(Read("four.txt"), "stored in four");
+    const ArchiveOutcome five = Unpack(StoredRar5("five.txt", "stored in five"));
+    EXPECT_EQ(five.result, 0) << five.message;
+    EXPECT_EQ(Read("five.txt"), "stored in five");
+}
+
+TEST_F(ArchiveTest, KeepsUtf8NamesAndBytesThatAreNone) {
+    const std::vector<ArchiveMember> members = {
+        {"gr\xC3\xB6\xC3\x9F"
+         "e \xE2\x82\xAC.txt",
+         "x"}};
+    for (const std::string format : {"zip", "7zip", "pax"}) {
+        EraseTree(*m_services.files, m_folder.PathOf("out"));
+        EXPECT_THAT(NamesOf(Unpack(MakeArchive(format, members))), ElementsAre(members[0].name)) << format;
+    }
+    EXPECT_THAT(NamesOf(Unpack(MakeArchive("ustar", {{"latin-\xE9.txt", "x"}}))),
+                ElementsAre("latin-\xE9.txt"));
+}
+
+TEST_F(ArchiveTest, NoEntryLeavesTheFolder) {
+    const ArchiveOutcome outcome = Unpack(MakeArchive("ustar", {{"../up.txt", "1"},
+                                                                {"a/../../up.txt", "2"},
+                                                                {"/root/abs.txt", "3"},
+                                                                {"C:\\win\\d.txt", "4"},
+                                                                {"..\\up.txt", "5"},
+                                                                {"./plain.txt", "6"},
+                                                                {"link", "", AE_IFLNK, "/etc/passwd"},
+                                                                {"link/through.txt", "7"},
+                                                                {"hard", "", AE_IFREG, "/etc/passwd"},
+                                                                {"pipe", "", AE_IFIFO}}));
+    EXPECT_EQ(outcome.result, 0) << outcome.message;
+    EXPECT_THAT(NamesOf(outcome), ElementsAre("root/abs.txt", "win/d.txt", "plain.txt", "link/through.txt"));
+    EXPECT_EQ(outcome.leftOut, 6);
+    EXPECT_EQ(CountFilesOnDisk(), 4);
+}
+
+TEST_F(ArchiveTest, NeverReplacesAFile) {
+    m_folder.Write("out/same.txt", "mine");
+    const ArchiveOutcome outcome =
+        Unpack(MakeArchive("zip", {{"same.txt", "1"}, {"same.txt", "2"}, {"SAME.txt", "3"}}));
+    EXPECT_EQ(outcome.result, 0) << outcome.message;
+    EXPECT_THAT(NamesOf(outcome), ElementsAre("same_2.txt", "same_3.txt", "SAME_4.txt"));
+    EXPECT_EQ(Read("same.txt"), "mine");
+    EXPECT_EQ(Read("same_3.txt"), "2");
+}
+
+TEST_F(ArchiveTest, LimitsEndItWithAMessageThatNamesThem) {
+    const std::vector<ArchiveMember> members = {{"1", "abc"}, {"2", "abc"}, {"3", "abc"}};
+    ArchiveLimits few;
+    few.entries = 2;
+    const ArchiveOutcome entries = Unpack(MakeArchive("zip", members), few);
+    EXPECT_EQ(entries.result, -1);
+    EXPECT_EQ(entries.message, "The archive holds more than 2 entries, the limit");
+    EXPECT_THAT(NamesOf(entries), ElementsAre("1", "2"));
+
+    ArchiveLimits small;
+    small.bytes = 5;
+    const ArchiveOutcome bytes = Unpack(MakeArchive("zip", members), small);
+    EXPECT_EQ(bytes.message, "The archive unpacks to more than 5 bytes, the limit");
+    EXPECT_THAT(NamesOf(bytes), ElementsAre("1_2"));
+
+    ArchiveLimits tight;
+    tight.ratio = 50;
+    const std::string bomb = MakeArchive("zip", {{"bomb", std::string(std::size_t{70} << 20, '\0')}});
+    const ArchiveOutcome ratio = Unpack(bomb, tight);
+    EXPECT_EQ(ratio.message, "The archive unpacks to more than 50 times its size, the limit");
+    EXPECT_TRUE(ratio.files.empty());
+    EXPECT_FALSE(m_folder.Has("out/bomb"));
+
+    ArchiveLimits flat;
+    flat.folderDepth = 2;
+    EXPECT_EQ(Unpack(MakeArchive("zip", {{"a/b/x", ""}, {"a/b/c/x", ""}}), flat).message,
+              "The archive holds folders deeper than 2, the limit");
+}
+
+TEST_F(ArchiveTest, ADamagedArchiveKeepsWhatCameOutWhole) {
+    const std::vector<ArchiveMember> members = {
+        {"good.txt", std::string(1000, 'g')}, {"bad.txt", std::string(1000, 'b')}, {"last.txt", "last"}};
+    std::string flipped = MakeArchive("zip", members, "", "zip:compression=store");
+    flipped[flipped.find("bbbb") + 500] = '!';
+    const ArchiveOutcome checked = Unpack(flipped);
+    EXPECT_EQ(checked.result, -1);
+    EXPECT_EQ(checked.message, "The archive is damaged, only 2 of its files came out whole");
+    EXPECT_THAT(NamesOf(checked), ElementsAre("good.txt", "last.txt"));
+    EXPECT_FALSE(m_folder.Has("out/bad.txt"));
+
+    for (const std::string format : {"zip", "ustar"}) {
+        EraseTree(*m_services.files, m_folder.PathOf("out"));
+        std::string cut = MakeArchive(format, members, "", format == "zip" ? "zip:compression=store" : "");
+        cut.resize(cut.find("bbbb") + 300);
+        const ArchiveOutcome outcome = Unpack(cut);
+        EXPECT_THAT(outcome.message, HasSubstr("only 1 of its files came out whole")) << format;
+        EXPECT_THAT(NamesOf(outcome), ElementsAre("good.txt")) << format;
+        EXPECT_EQ(CountFilesOnDisk(), 1) << format;
+    }
+}
+
+TEST_F(ArchiveTest, ProtectedArchivesSaySo) {
+    const std::vector<ArchiveMember> members = {{"secret.txt", "data"}};
+    for (const std::string options : {"zip:encryption=zipcrypt", "zip:encryption=aes256"}) {
+        const ArchiveOutcome outcome = Unpack(MakeArchive("zip", members, "", options, "password"));
+        EXPECT_EQ(outcome.message, "The archive is protected by a password") << options;
+        EXPECT_EQ(CountFilesOnDisk(), 0);
+    }
+}
+
+TEST_F(ArchiveTest, WhatIsNoArchiveSaysSo) {
+    for (const std::string_view bytes : {"", "no archive at all", "PK", "Rar!"}) {
+        const ArchiveOutcome outcome = Unpack(bytes);
+        EXPECT_EQ(outcome.result, -1) << bytes;
+        EXPECT_EQ(outcome.message, "It is no archive of a known kind, or damaged") << bytes;
+    }
+    const ArchiveOutcome missing = UnpackArchive(*m_services.files, m_folder.PathOf("none.zip"),
+                                                 m_folder.PathOf("out"), {}, m_keepGoing);
+    EXPECT_EQ(missing.message, "The archive can't be opened: it does not exist");
+}
+
+TEST_F(ArchiveTest, StopsBetweenBlocksAndLeavesNothingHalf) {
+    int asked = 0;
+    m_keepGoing = [&] { return ++asked < 4; };
+    const ArchiveOutcome outcome =
+        Unpack(MakeArchive("ustar", {{"small", "1"}, {"large", std::string(3'000'000, 'l')}}));
+    EXPECT_EQ(outcome.message, "Stopped");
+    EXPECT_THAT(NamesOf(outcome), ElementsAre("small"));
+    EXPECT_FALSE(m_folder.Has("out/large"));
+}
+
+TEST_F(ArchiveTest, AFullDiskEndsItAndLeavesNothingHalf) {
+    FaultyFiles full(*m_services.files);
+    const std::string archive = m_folder.Write(
+        "in/archive", MakeArchive("ustar", {{"one", "1"}, {"two", std::string(9000, '2')}, {"three", "3"}}));
+    full.FillDiskAfter(5000);
+    const ArchiveOutcome outcome = UnpackArchive(full, archive, m_folder.PathOf("out"), {}, m_keepGoing);
+    EXPECT_EQ(outcome.message, "Can't write two: no space is left on the disk");
+    EXPECT_THAT(NamesOf(outcome), ElementsAre("one"));
+    EXPECT_EQ(CountFilesOnDisk(), 1);
+
+    full.Heal();
+    full.FailOnce(FaultyFiles::Call::kClose, FileResult::kNoSpace);
+    EXPECT_THAT(UnpackArchive(full, archive, m_folder.PathOf("late"), {}, m_keepGoing).message,
+                HasSubstr("Can't write one: no space is left"));
+    EXPECT_FALSE(m_folder.Has("late/one"));
+}
+
+TEST_F(ArchiveTest, AnUnreadableArchiveSaysSo) {
+    FaultyFiles faulty(*m_services.files);
+    const std::string archive = m_folder.Write("in/archive", MakeArchive("zip", {{"a", "1"}}));
+    faulty.FailAlways(FaultyFiles::Call::kReadAt, FileResult::kFailed);
+    EXPECT_EQ(UnpackArchive(faulty, archive, m_folder.PathOf("out"), {}, m_keepGoing).result, -1);
+}
+
+}  // namespace
+}  // namespace quirepress
