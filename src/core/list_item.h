@@ -49,7 +49,7 @@ bool IsDownloadEntry(std::string_view path);
 // A download's address may hold anything, so it goes before the commands; ".printer" files count as commands.
 ItemKind KindOfItem(std::string_view path);
 
-enum class RowOutcome { kNotSelected, kDone, kFailed, kSkipped };
+enum class RowOutcome { kNotSelected, kDone, kSkipped, kFailed };  // the worse the greater
 
 // What a run remembers of a row; it goes with the row wherever that moves while the run waits.
 struct RunMark {

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "core/print_list.h"
+#include "documents/pdf_counter.h"
+#include "fakes/fake_clock.h"
+#include "fakes/fake_event_loop.h"
+#include "fakes/fake_machine.h"
+#include "fakes/fake_prompts.h"
+#include "fakes/fake_shell.h"
+#include "fakes/faulty_files.h"
+#include "fakes/temporary_folder.h"
+#include "logs/debug_log.h"
+#include "platform/files.h"
+#include "platform/services.h"
+#include "settings/general_options.h"
+
+namespace quirepress {
+
+// A print list over real files in a temporary folder.
+class ListFixture : public testing::Test {
+protected:
+    // Never asked: the counter tells the pages of whole files itself.
+    class NoLibrary : public PdfLibrary {
+    public:
+        long long CountPages(std::string_view, bool, std::string_view) override { return -1; }
+    };
+
+    static std::string MakePdf(int pages);
+
+    int Insert(std::string_view path, int selectMode = 1, const ItemTexts& texts = {}) {
+        return m_list.InsertFileIntoList(path, selectMode, "", texts);
+    }
+    std::string TextOf(int row, Column column) const { return std::string(m_list.Text(row, column)); }
+    // "Yes|title|Ready." for each row.
+    std::vector<std::string> Rows() const;
+    // Titles of all rows.
+    std::vector<std::string> Titles() const;
+    std::string DebugText() const { return m_folder.Read("qpr.log"); }
+
+    TemporaryFolder m_folder;
+    Services m_services = MakeSystemServices();
+    FaultyFiles m_files{*m_services.files};
+    FakeShell m_shell;
+    FakeEventLoop m_loop;
+    FakeClock m_clock;
+    FakeMachine m_machine;
+    FakePrompts m_prompts;
+    DebugLog m_debugLog;
+    NoLibrary m_pdfLibrary;
+    PdfCounter m_pdfCounter{m_files, m_pdfLibrary};
+    GeneralOptions m_options;
+    bool m_keepGoing = true;
+    PrintList m_list{PrintListServices{m_files, m_shell, m_clock, m_machine, m_loop, m_prompts, m_debugLog,
+                                       m_pdfCounter, m_options, m_folder.Path() + "/",
+                                       [this] { return m_keepGoing; }}};
+};
+
+}  // namespace quirepress
