@@ -24,6 +24,10 @@ char PlatformSeparator() {
     return static_cast<char>(std::filesystem::path::preferred_separator);
 }
 
+std::string_view PlatformLineEnd() {
+    return PlatformSeparator() == '\\' ? "\r\n" : "\n";
+}
+
 bool IsSeparator(char c) {
     return c == '/' || c == PlatformSeparator();
 }

@@ -9,6 +9,7 @@ namespace quirepress {
 // (elsewhere it is an ordinary character of a file name and stays one).
 
 char PlatformSeparator();
+std::string_view PlatformLineEnd();  // of text files: LF, or CR LF where "\\" separates
 bool IsSeparator(char c);
 
 // The file name without its folder: "report.pdf" for "/data/report.pdf"; empty when the path ends in a

@@ -1,7 +1,6 @@
 #include "base/text.h"
 
-#include <array>
-#include <cstdint>
+#include "base/code_page.h"
 
 namespace quirepress {
 
@@ -41,25 +40,6 @@ std::size_t Utf8SequenceLength(std::string_view text, std::size_t position) {
         if ((byteAt(position + i) & 0xC0U) != 0x80) return 0;
     return length;
 }
-
-void AppendCodePoint(std::string& out, unsigned codePoint) {
-    if (codePoint < 0x80) {
-        out += static_cast<char>(codePoint);
-    } else if (codePoint < 0x800) {
-        out += static_cast<char>(0xC0U | (codePoint >> 6U));
-        out += static_cast<char>(0x80U | (codePoint & 0x3FU));
-    } else {
-        out += static_cast<char>(0xE0U | (codePoint >> 12U));
-        out += static_cast<char>(0x80U | ((codePoint >> 6U) & 0x3FU));
-        out += static_cast<char>(0x80U | (codePoint & 0x3FU));
-    }
-}
-
-// Windows-1252, bytes 0x80 to 0x9F; the rest equals Latin-1.
-constexpr std::array<std::uint16_t, 32> kWindows1252 = {
-    0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
-    0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
-    0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
 
 }  // namespace
 
@@ -130,14 +110,7 @@ bool IsValidUtf8(std::string_view text) {
 }
 
 std::string ToUtf8ForDisplay(std::string_view text) {
-    if (IsValidUtf8(text)) return std::string(text);
-    std::string result;
-    result.reserve(text.size() * 2);
-    for (const char c : text) {
-        const unsigned byte = static_cast<unsigned char>(c);
-        AppendCodePoint(result, byte >= 0x80 && byte < 0xA0 ? kWindows1252[byte - 0x80] : byte);
-    }
-    return result;
+    return IsValidUtf8(text) ? std::string(text) : DecodeText(text, Windows1252());
 }
 
 std::string ToPrintableLine(std::string_view text) {
