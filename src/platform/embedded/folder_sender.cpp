@@ -64,7 +64,7 @@ SendReport FolderSender::Start() {
     if (result == FileResult::kDone) return {SendOutcome::kDelivered};
     if (result == FileResult::kOtherVolume) return BeginCopy();
     if (files.Inspect(data).kind == FileKind::kMissing) return {SendOutcome::kGone};
-    return Fail(result, "The document can't be put into " + m_folder);
+    return FailToPlace(result);
 }
 
 SendReport FolderSender::BeginCopy() {
@@ -110,11 +110,25 @@ SendReport FolderSender::NoteCopy() {
     // A job that was cancelled meanwhile must not come to lie in the folder.
     if (m_request.files.Inspect(jobs.DataPath(m_request.job.id)).kind == FileKind::kMissing)
         return {SendOutcome::kGone};
-    result = ReplaceFileDurably(m_request.files, jobs.BegunPath(m_request.job.id),
-                                begun_note::WritePlaced(m_copyPath));
+    result = WriteNote();
     if (result != FileResult::kDone) return Fail(result, "The queue can't be written");
     m_phase = Phase::kPlace;
     return {.moreAtOnce = true};
+}
+
+// Under the draft's name first, which a closed job has no other use for.
+FileResult FolderSender::WriteNote() {
+    Files& files = m_request.files;
+    const JobFolder& jobs = m_request.printer.Jobs();
+    const std::string draft = jobs.DraftPath(m_request.job.id);
+    const std::string note = begun_note::WritePlaced(m_copyPath);
+    FileResult result = FileResult::kDone;
+    const auto file = files.OpenForWriting(draft, OpenMode::kReplace, FileAccess::kShared, result);
+    if (result == FileResult::kDone) result = file->Write(note.data(), note.size());
+    if (result == FileResult::kDone) result = file->FlushToDisk();
+    if (result == FileResult::kDone) result = file->Close();
+    if (result == FileResult::kDone) result = files.Rename(draft, jobs.BegunPath(m_request.job.id), true);
+    return result;
 }
 
 SendReport FolderSender::Place() {
@@ -125,7 +139,7 @@ SendReport FolderSender::Place() {
     const bool isPlaced = m_request.files.Inspect(m_copyPath).kind == FileKind::kMissing &&
                           m_request.files.Inspect(m_folder).kind == FileKind::kFolder;
     if (isPlaced) return {SendOutcome::kDelivered};
-    return Fail(result, "The document can't be put into " + m_folder);
+    return FailToPlace(result);
 }
 
 FileResult FolderSender::RenameInto(const std::string& from) {
@@ -139,10 +153,16 @@ FileResult FolderSender::RenameInto(const std::string& from) {
 }
 
 SendReport FolderSender::Fail(FileResult result, const std::string& what) const {
+    return {SendOutcome::kPortFailed, printer_status::kError, job_status::kError,
+            ToPrintableLine(what) + ": " + DescribeFileResult(result)};
+}
+
+SendReport FolderSender::FailToPlace(FileResult result) const {
+    SendReport report = Fail(result, "The document can't be put into " + m_folder);
     // A name that this folder does not take says nothing about the next one.
-    const bool isOwnFault = result == FileResult::kBadName || result == FileResult::kExists;
-    return {isOwnFault ? SendOutcome::kJobFailed : SendOutcome::kPortFailed, printer_status::kError,
-            job_status::kError, ToPrintableLine(what) + ": " + DescribeFileResult(result)};
+    if (result == FileResult::kBadName || result == FileResult::kExists)
+        report.outcome = SendOutcome::kJobFailed;
+    return report;
 }
 
 }  // namespace quirepress

@@ -27,9 +27,11 @@ private:
     SendReport BeginCopy();
     SendReport Copy();
     SendReport NoteCopy();
+    FileResult WriteNote();
     SendReport Place();
     FileResult RenameInto(const std::string& from);
     SendReport Fail(FileResult result, const std::string& what) const;
+    SendReport FailToPlace(FileResult result) const;
 
     SendRequest m_request;
     std::string m_folder;

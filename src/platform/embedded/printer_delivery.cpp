@@ -183,7 +183,7 @@ void PrinterDelivery::Conclude(const SendReport& report) {
 }
 
 void PrinterDelivery::RetireJob() {
-    m_job.isBegun = true;  // by now perhaps
+    m_job.isBegun = m_job.hasDraft = true;  // by now perhaps
     const FileResult result = m_printer.Jobs().Retire(m_job, m_highestId);
     m_jobTroubles.erase(m_job.id);
     m_printer.WriteTrouble({});
@@ -216,7 +216,7 @@ void PrinterDelivery::DescribeJob(const JobFiles& job, const PortTrouble& troubl
                                   std::string& text) {
     const auto own = m_jobTroubles.find(job.id);
     JobRecord record;
-    if (IsSending(job.id)) {
+    if (IsSending(job.id) && trouble.jobId != job.id) {
         bits = job_status::kPrinting;
         text = Format("%d of %d bytes sent", m_sender->BytesSent(), m_sender->BytesTotal());
     } else if (job.isBegun) {

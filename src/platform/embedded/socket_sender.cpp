@@ -115,8 +115,9 @@ SendReport SocketSender::Send() {
 
 SendReport SocketSender::AwaitEnd() {
     DropReplies();
-    if (m_connection->State() == ConnectionState::kFailed) return Break(m_connection->ErrorText());
     const std::int64_t unconfirmed = m_connection->UnacknowledgedBytes();
+    // Asked afterwards: a connection that was reset has nothing left to be acknowledged either.
+    if (m_connection->State() == ConnectionState::kFailed) return Break(m_connection->ErrorText());
     if (unconfirmed != m_unconfirmed) m_lastProgress = m_request.loop.MonotonicMilliseconds();
     m_unconfirmed = unconfirmed;
     // A printer that ended the connection before the last byte was sent confirms nothing by it.

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/network.h"
+
+namespace quirepress {
+
+// The other end of a connection, as the test wants it to behave.
+struct FakePeer {
+    bool refuses = false;
+    bool answers = true;            // false: connecting never ends
+    std::int64_t takes = -1;        // bytes until it stalls; -1: all
+    std::int64_t breaksAfter = -1;  // bytes until the connection is reset; -1: never
+    bool acknowledges = true;       // false: what was sent stays unacknowledged
+    bool tellsAcknowledged = true;  // false: the system cannot tell
+    bool endsAtEnd = true;          // ends its side when it has everything
+    bool endedEarly = false;        // has ended its side from the beginning
+    std::string received = {};
+    bool sawEnd = false;
+    bool dropped = false;  // the program closed the connection
+};
+
+// A network in memory. Every connection gets a peer that behaves as `nextPeer` says then.
+class FakeNetwork : public Network {
+public:
+    std::unique_ptr<Connection> Connect(const std::string& host, int port) override;
+
+    FakePeer nextPeer;
+    std::vector<std::shared_ptr<FakePeer>> peers;  // of all connections, in their order
+    std::vector<std::string> addresses;            // "HOST:PORT" of them
+};
+
+}  // namespace quirepress

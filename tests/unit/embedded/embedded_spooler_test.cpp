@@ -1,0 +1,227 @@
+#include <gmock/gmock.h>
+
+#include "spooler_bench.h"
+
+namespace quirepress {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Pair;
+using testing::StartsWith;
+using Call = FaultyFiles::Call;
+
+class EmbeddedSpoolerTest : public SpoolerBench {};
+
+TEST_F(EmbeddedSpoolerTest, TheFirstPrinterIsMadeOnce) {
+    EXPECT_EQ(m_spooler->DefaultPrinter(), "Quirepress");
+    EXPECT_EQ(Printer("Quirepress").port, "folder:");
+    ASSERT_EQ(m_spooler->PausePrinterQueue("Quirepress", m_message), 0);
+    Restart();
+    EXPECT_EQ(Printer("Quirepress").statusBits, printer_status::kPaused);
+    ASSERT_EQ(m_spooler->RemovePrinterQueue("Quirepress", m_message), 0);
+    Restart();
+    EXPECT_EQ(m_spooler->DefaultPrinter(), "");
+    std::vector<PrinterInfo> printers;
+    EXPECT_EQ(m_spooler->ListPrinters(printers), 0);
+    EXPECT_THAT(printers, IsEmpty());
+    EXPECT_FALSE(m_folder.Has("Printers/Quirepress"));
+}
+
+TEST_F(EmbeddedSpoolerTest, JobsComeToLieInTheOutputFolderAndLeaveNothingBehind) {
+    const std::string large(100'000, 'q');
+    EXPECT_EQ(Spool("Quirepress", "/docs/a.ps", large), 1);
+    EXPECT_EQ(Spool("Quirepress", "/docs/b.ps", ""), 2);
+    EXPECT_FALSE(m_spooler->IsIdle());
+    ASSERT_TRUE(Deliver());
+    EXPECT_THAT(Output(), ElementsAre(Pair("00000001-a.ps", large), Pair("00000002-b.ps", "")));
+    EXPECT_THAT(Jobs("Quirepress"), IsEmpty());
+    EXPECT_THAT(ReadFolder(m_files, JobsFolder()), ElementsAre(Pair("00000002.last", "")));
+}
+
+TEST_F(EmbeddedSpoolerTest, IdsAreNeverGivenAgain) {
+    Spool("Quirepress", "a");
+    ASSERT_TRUE(Deliver());
+    m_files.Erase(m_folder.PathOf("Printers/Quirepress/Output/00000001-a"));
+    Restart();
+    EXPECT_EQ(Spool("Quirepress", "b"), 2);
+    ASSERT_TRUE(Deliver());
+    // With its documents left behind a printer's numbers go on as well.
+    ASSERT_EQ(m_spooler->RemovePrinterQueue("Quirepress", m_message), 0);
+    MakePrinter("Quirepress", "folder:");
+    EXPECT_EQ(Spool("Quirepress", "c"), 3);
+    // And where somebody cleared the queue's folder, nothing is overwritten.
+    ASSERT_TRUE(Deliver());
+    m_files.Erase(JobsFolder() + "/00000003.last");
+    EXPECT_EQ(Spool("Quirepress", "b"), 1);
+    ASSERT_TRUE(Deliver());
+    m_files.Erase(JobsFolder() + "/00000001.last");
+    EXPECT_EQ(Spool("Quirepress", "b", "other"), 1);
+    ASSERT_TRUE(Deliver());
+    EXPECT_THAT(Output(), ElementsAre(Pair("00000001-b", "bytes"), Pair("00000001-b (2)", "other"),
+                                      Pair("00000002-b", "bytes"), Pair("00000003-c", "bytes")));
+}
+
+TEST_F(EmbeddedSpoolerTest, APrinterDeliversByPriorityAndThenByAge) {
+    MakePrinter("Net", "socket://host");
+    ASSERT_EQ(m_spooler->PausePrinterQueue("Net", m_message), 0);
+    for (const char* name : {"a", "b", "c", "d"}) Spool("Net", name, name);
+    m_spooler->ChangeJobPriority("Net", 3, 99);
+    m_spooler->ChangeJobPriority("Net", 4, 2);
+    ASSERT_TRUE(Deliver());
+    EXPECT_THAT(m_network.peers, IsEmpty());
+    ASSERT_EQ(m_spooler->ResumePrinterQueue("Net", m_message), 0);
+    ASSERT_TRUE(Deliver());
+    std::string order;
+    for (const auto& peer : m_network.peers) order += peer->received;
+    EXPECT_EQ(order, "cdab");
+}
+
+TEST_F(EmbeddedSpoolerTest, JobsOfOtherProgramsArePickedUpAndCanBeCancelled) {
+    m_loop.Wait(5'000);
+    EmbeddedSpooler other(m_files, m_loop, m_network, m_clock, m_machine, m_folder.Path());
+    SpoolDocument(other, "Quirepress", "theirs");
+    m_loop.Wait(2'000);
+    EXPECT_THAT(Output(), ElementsAre(Pair("00000001-theirs", "bytes")));
+    MakePrinter("Paused", "folder:");
+    ASSERT_EQ(other.PausePrinterQueue("Paused", m_message), 0);
+    SpoolDocument(other, "Paused", "a");
+    SpoolDocument(other, "Paused", "b");
+    EXPECT_EQ(m_spooler->CancelJob("Paused", 1), 0);
+    m_loop.Wait(2'000);
+    EXPECT_THAT(Documents("Paused"), ElementsAre("b"));
+}
+
+TEST_F(EmbeddedSpoolerTest, SettingsOfAPrinterAreShownAsTheyStand) {
+    MakePrinter("Simulated", "null:");
+    m_folder.Write("Printers/Simulated/printer.ini", "PORT;null:\nSTATUS;16\nBIN;4;Manual\nDRIVER;PCL\n");
+    EXPECT_EQ(Printer("Simulated").statusBits, printer_status::kPaperOut);
+    EXPECT_EQ(Printer("Simulated").driver, "PCL");
+    ASSERT_EQ(m_spooler->PausePrinterQueue("Simulated", m_message), 0);
+    EXPECT_EQ(Printer("Simulated").statusBits, printer_status::kPaperOut | printer_status::kPaused);
+    std::vector<BinInfo> bins;
+    ASSERT_EQ(m_spooler->ListBins("Simulated", bins), 0);
+    ASSERT_EQ(bins.size(), 1U);
+    EXPECT_EQ(bins[0].number, 4);
+    EXPECT_EQ(bins[0].name, "Manual");
+}
+
+TEST_F(EmbeddedSpoolerTest, GarbageBlocksNothing) {
+    MakePrinter("Bad port", "null:");
+    m_folder.Write("Printers/Bad port/printer.ini", std::string("\0\1PORT\nPORT;usb:3\n", 18));
+    m_folder.Write("Printers/no printer.txt", "x");
+    m_folder.Write("Printers/Empty folder/note", "x");
+    m_folder.Write("Printers/Quirepress/Jobs/00000003-50.job/file", "a folder");
+    m_folder.Write("Printers/Quirepress/Jobs/99999999.txt", "x");
+    m_folder.Write("Printers/Quirepress/Jobs/0000000x-01.job", "x");
+    m_folder.Write("Printers/Quirepress/Jobs/00000001-00.job", "x");
+    m_folder.Write("Printers/Quirepress/Jobs/00000001-01.job", std::string(5000, '\xff'));
+    m_folder.Write("Printers/Quirepress/Jobs/00000001.data", "kept");
+    m_folder.Write("Printers/Quirepress/port.state", "TROUBLE;1");
+    Restart();
+    EXPECT_EQ(Spool("Quirepress", "good"), 2);
+    EXPECT_GT(Spool("Bad port", "held"), 0);
+    ASSERT_TRUE(Deliver());
+    EXPECT_THAT(Output(), ElementsAre(Pair("00000002-good", "bytes")));
+    ASSERT_THAT(Jobs("Quirepress").size(), 1U);
+    EXPECT_EQ(Jobs("Quirepress")[0].statusBits, job_status::kError);
+    EXPECT_THAT(Jobs("Quirepress")[0].statusText, HasSubstr("damaged"));
+    EXPECT_EQ(Printer("Bad port").statusBits, printer_status::kError);
+    EXPECT_THAT(Jobs("Bad port")[0].statusText, HasSubstr("usb:3"));
+    EXPECT_EQ(m_spooler->CancelJob("Quirepress", 1), 0);
+    EXPECT_THAT(Jobs("Quirepress"), IsEmpty());
+    m_folder.Write("Printers/Bad port/printer.ini", "PORT;null:\n");
+    m_loop.Wait(120'000);
+    EXPECT_THAT(Jobs("Bad port"), IsEmpty());
+    EXPECT_EQ(Printer("Bad port").statusBits, 0U);
+}
+
+TEST_F(EmbeddedSpoolerTest, AMissingChunkDropsTheDocument) {
+    int error = 0;
+    const auto raw = m_spooler->OpenRawPrinter("Quirepress", error);
+    ASSERT_EQ(raw->StartDocument({"a", 1}), 0);
+    ASSERT_EQ(raw->WriteChunk("1", 1), 0);
+    m_files.FailOnce(Call::kWrite, FileResult::kNoSpace);
+    EXPECT_EQ(raw->WriteChunk("2", 1), -1);
+    const int number = raw->SystemError();
+    EXPECT_NE(number, 0);
+    EXPECT_EQ(raw->WriteChunk("3", 1), 0);
+    EXPECT_EQ(raw->Finish(), -1);
+    EXPECT_EQ(raw->SystemError(), number);
+    ASSERT_TRUE(Deliver());
+    EXPECT_THAT(Output(), IsEmpty());
+    EXPECT_THAT(ReadFolder(m_files, JobsFolder()), ElementsAre(Pair("00000001.last", "")));
+}
+
+TEST_F(EmbeddedSpoolerTest, ADiskThatFillsUpLosesOnlyTheDocumentsThatWereRefused) {
+    for (int room = 0; room < 3'000; room += 150) {
+        m_files.FillDiskAfter(room);
+        const std::string name = "full" + std::to_string(room);
+        EXPECT_EQ(Spool("Quirepress", name, std::string(2'000, 'f')) > 0, room >= 2'150) << room;
+        m_files.Heal();
+        ASSERT_TRUE(Deliver());
+    }
+    EXPECT_EQ(Output().size(), 5U);
+    for (const Call call : {Call::kFlushToDisk, Call::kClose, Call::kRename}) {
+        m_files.FailOnce(call, FileResult::kNoSpace);
+        EXPECT_EQ(Spool("Quirepress", "refused"), -1);
+        ASSERT_TRUE(Deliver());
+    }
+    EXPECT_EQ(Output().size(), 5U);
+    EXPECT_THAT(Jobs("Quirepress"), IsEmpty());
+}
+
+TEST_F(EmbeddedSpoolerTest, AnUnwritableOutputFolderKeepsTheJobUntilItIsMended) {
+    MakePrinter("Blocked", "folder:" + m_folder.PathOf("file/out"));
+    m_folder.Write("file", "in the way");
+    Spool("Blocked", "a.ps");
+    Spool("Blocked", "b.ps");
+    Spool("Quirepress", "c.ps");
+    ASSERT_TRUE(Deliver());
+    EXPECT_THAT(Output(), ElementsAre(Pair("00000001-c.ps", "bytes")));
+    EXPECT_EQ(Printer("Blocked").statusBits, printer_status::kError);
+    EXPECT_THAT(Printer("Blocked").statusText, HasSubstr("next try in 1 s"));
+    EXPECT_EQ(Jobs("Blocked")[0].statusBits, job_status::kError);
+    EXPECT_THAT(Jobs("Blocked")[0].statusText, HasSubstr("file/out"));
+    EXPECT_EQ(Jobs("Blocked")[1].statusBits, 0U);
+    const int before = m_files.CountOf(Call::kMakeFolders);
+    m_loop.Wait(3'600'000);
+    EXPECT_THAT(Printer("Blocked").statusText, HasSubstr("next try in 60 s"));
+    const int tries = m_files.CountOf(Call::kMakeFolders) - before;
+    EXPECT_GE(tries, 58);
+    EXPECT_LE(tries, 70);
+    m_files.Erase(m_folder.PathOf("file"));
+    m_loop.Wait(61'000);
+    EXPECT_THAT(Jobs("Blocked"), IsEmpty());
+    EXPECT_EQ(Printer("Blocked").statusBits, 0U);
+    EXPECT_TRUE(m_folder.Has("file/out/00000002-b.ps"));
+}
+
+TEST_F(EmbeddedSpoolerTest, AProgramThatOnlyJustStartedIsNotToldOldTroubles) {
+    MakePrinter("Blocked", "folder:" + m_folder.PathOf("file/out"));
+    m_folder.Write("file", "in the way");
+    Spool("Blocked", "a.ps");
+    ASSERT_TRUE(Deliver());
+    Restart();
+    EXPECT_THAT(Jobs("Blocked")[0].statusText, HasSubstr("file/out"));
+    EXPECT_FALSE(m_spooler->IsIdle());
+    ASSERT_TRUE(Deliver());
+    EXPECT_EQ(m_spooler->WaitingJobs().stuck, 1);
+}
+
+TEST_F(EmbeddedSpoolerTest, CopiesOfAFileAreJobsOfTheirOwnOrNone) {
+    const std::string path = m_folder.Write("a.pdf", std::string(700'000, 'p'));
+    int error = 0;
+    EXPECT_EQ(m_spooler->PrintDocument("Quirepress", path, {path, 3}, error), 1);
+    ASSERT_TRUE(Deliver());
+    EXPECT_EQ(Output().size(), 3U);
+    m_files.FailOnce(Call::kFlushToDisk, FileResult::kNoSpace, 5);
+    EXPECT_EQ(m_spooler->PrintDocument("Quirepress", path, {path, 3}, error), -1);
+    EXPECT_NE(error, 0);
+    ASSERT_TRUE(Deliver());
+    EXPECT_EQ(Output().size(), 3U);
+}
+
+}  // namespace
+}  // namespace quirepress

@@ -1,0 +1,155 @@
+#include <gmock/gmock.h>
+
+#include "spooler_bench.h"
+
+namespace quirepress {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+constexpr std::uint32_t kUnknown = job_status::kError | job_status::kUserIntervention;
+
+class SocketDelivery : public SpoolerBench {
+protected:
+    SocketDelivery() { MakePrinter("Net", "socket://host:9101"); }
+    const std::string m_large = std::string(900'000, 'n');
+};
+
+TEST_F(SocketDelivery, SendsAllAndIsDoneWhenAllIsAcknowledged) {
+    m_network.nextPeer.acknowledges = false;
+    m_network.nextPeer.endsAtEnd = false;
+    Spool("Net", "a", m_large);
+    m_loop.Wait(60'000);
+    ASSERT_THAT(m_network.addresses, ElementsAre("host:9101"));
+    EXPECT_EQ(m_network.peers[0]->received, m_large);
+    EXPECT_TRUE(m_network.peers[0]->sawEnd);
+    EXPECT_EQ(Jobs("Net")[0].statusBits, job_status::kPrinting);
+    EXPECT_FALSE(m_spooler->IsIdle());
+    EXPECT_EQ(m_spooler->WaitingJobs().stalled, 1);
+    m_network.peers[0]->acknowledges = true;
+    m_loop.Wait(1'000);
+    EXPECT_THAT(Jobs("Net"), IsEmpty());
+    EXPECT_TRUE(m_network.peers[0]->dropped);
+}
+
+TEST_F(SocketDelivery, WhereNothingIsAcknowledgedThePeersEndCounts) {
+    m_network.nextPeer.tellsAcknowledged = false;
+    Spool("Net", "ends", "1");
+    m_loop.Wait(1'000);
+    EXPECT_THAT(Jobs("Net"), IsEmpty());
+    m_network.nextPeer.endsAtEnd = false;
+    Spool("Net", "stays open", "2");
+    m_loop.Wait(5'000);
+    EXPECT_THAT(Documents("Net"), ElementsAre("stays open"));
+    m_loop.Wait(10'000);
+    EXPECT_THAT(Jobs("Net"), IsEmpty());
+    EXPECT_EQ(m_network.peers.size(), 2U);
+}
+
+TEST_F(SocketDelivery, APrinterThatIsNotThereIsTriedAgain) {
+    m_network.nextPeer.refuses = true;
+    Spool("Net", "a", "a");
+    Spool("Net", "b", "b");
+    m_loop.Wait(2'000);
+    EXPECT_EQ(Jobs("Net")[0].statusBits, job_status::kOffline);
+    EXPECT_THAT(Jobs("Net")[0].statusText,
+                StartsWith("Net is not reachable: connection refused; next try in"));
+    EXPECT_EQ(Printer("Net").statusBits, printer_status::kOffline);
+    EXPECT_TRUE(m_spooler->IsIdle());
+    EXPECT_EQ(m_spooler->WaitingJobs().stuck, 2);
+    m_network.nextPeer.refuses = false;
+    m_network.nextPeer.answers = false;
+    m_loop.Wait(30'000);
+    EXPECT_THAT(Jobs("Net")[0].statusText, HasSubstr("no answer"));
+    m_network.nextPeer.answers = true;
+    m_loop.Wait(60'000);
+    EXPECT_THAT(Jobs("Net"), IsEmpty());
+    EXPECT_EQ(Printer("Net").statusBits, 0U);
+    std::string received;
+    for (const auto& peer : m_network.peers) received += peer->received;
+    EXPECT_EQ(received, "ab");
+}
+
+TEST_F(SocketDelivery, AConnectionThatBreaksLeavesTheJobAsUnknown) {
+    m_network.nextPeer.breaksAfter = 300'000;
+    const std::int64_t broken = Spool("Net", "broken", m_large);
+    m_loop.Wait(50);
+    m_network.nextPeer.breaksAfter = -1;
+    Spool("Net", "later", "later");
+    ASSERT_TRUE(Deliver());
+    ASSERT_THAT(Documents("Net"), ElementsAre("broken"));
+    EXPECT_EQ(Jobs("Net")[0].statusBits, kUnknown);
+    EXPECT_THAT(Jobs("Net")[0].statusText,
+                StartsWith("Unknown: the connection ended after 300000 of 900000 bytes. "));
+    EXPECT_EQ(m_network.peers[1]->received, "later");
+    Restart();
+    m_loop.Wait(3'600'000);
+    EXPECT_EQ(m_network.peers.size(), 2U);
+    EXPECT_EQ(Jobs("Net")[0].statusBits, kUnknown);
+    ASSERT_EQ(m_spooler->RestartJob("Net", broken, m_message), 0) << m_message;
+    ASSERT_TRUE(Deliver());
+    EXPECT_EQ(m_network.peers[2]->received, m_large);
+    EXPECT_THAT(Jobs("Net"), IsEmpty());
+}
+
+TEST_F(SocketDelivery, AConnectionThatBreaksBeforeTheFirstByteIsTriedAgain) {
+    m_network.nextPeer.breaksAfter = 0;
+    Spool("Net", "a", "a");
+    m_loop.Wait(200);
+    EXPECT_EQ(Jobs("Net")[0].statusBits, job_status::kOffline);
+    m_network.nextPeer.breaksAfter = -1;
+    m_loop.Wait(10'000);
+    EXPECT_THAT(Jobs("Net"), IsEmpty());
+}
+
+TEST_F(SocketDelivery, TheEndOfTheProgramLeavesTheJobAsUnknown) {
+    m_network.nextPeer.takes = 1'000;
+    Spool("Net", "a", m_large);
+    m_loop.Wait(500);
+    EXPECT_EQ(Jobs("Net")[0].statusBits, job_status::kPrinting);
+    EXPECT_EQ(m_spooler->WaitingJobs().bytesSent, 1'000);
+    EXPECT_EQ(m_spooler->WaitingJobs().bytesTotal, 900'000);
+    EXPECT_EQ(m_spooler->RestartJob("Net", 1, m_message), -1);
+    EmbeddedSpooler other(m_files, m_loop, m_network, m_clock, m_machine, m_folder.Path());
+    std::vector<JobInfo> jobs;
+    other.ListJobs("Net", jobs);
+    EXPECT_EQ(jobs[0].statusBits, job_status::kPrinting);
+    EXPECT_EQ(other.RestartJob("Net", 1, m_message), -1);
+    Restart();
+    EXPECT_EQ(Jobs("Net")[0].statusBits, kUnknown);
+    EXPECT_THAT(Jobs("Net")[0].statusText, HasSubstr("1000 of 900000"));
+    EXPECT_EQ(m_spooler->CancelJob("Net", 1), 0);
+    EXPECT_THAT(Jobs("Net"), IsEmpty());
+}
+
+TEST_F(SocketDelivery, APrinterThatNeverReadsStallsOnlyItsOwnQueue) {
+    m_network.nextPeer.takes = 10;
+    Spool("Net", "stalled", m_large);
+    Spool("Quirepress", "other");
+    m_loop.Wait(40'000);
+    EXPECT_EQ(Output().size(), 1U);
+    const DeliveryState state = m_spooler->WaitingJobs();
+    EXPECT_EQ(state.waiting, 1);
+    EXPECT_EQ(state.stuck, 0);
+    EXPECT_EQ(state.stalled, 1);
+    EXPECT_EQ(m_spooler->CancelJob("Net", 1), 0);
+    EXPECT_TRUE(m_network.peers[0]->dropped);
+    EXPECT_TRUE(m_spooler->IsIdle());
+}
+
+TEST_F(SocketDelivery, AJobCancelledElsewhereStops) {
+    m_network.nextPeer.takes = 10;
+    Spool("Net", "stalled", m_large);
+    m_loop.Wait(500);
+    EmbeddedSpooler other(m_files, m_loop, m_network, m_clock, m_machine, m_folder.Path());
+    EXPECT_EQ(other.CancelJob("Net", 1), 0);
+    m_loop.Wait(3'000);
+    EXPECT_TRUE(m_network.peers[0]->dropped);
+    EXPECT_THAT(ReadFolder(m_files, JobsFolder("Net")), ElementsAre(testing::Key("00000001.last")));
+}
+
+}  // namespace
+}  // namespace quirepress
