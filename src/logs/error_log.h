@@ -1,13 +1,12 @@
 #pragma once
 
 #include <string>
-#include <string_view>
-#include <vector>
+
+#include "logs/fixed_record.h"
 
 namespace quirepress {
 
 class Clock;
-class Files;
 
 struct ErrorRecord {
     std::string source;       // the document
@@ -16,9 +15,10 @@ struct ErrorRecord {
     std::string printer;
 };
 
-// "error.log" in the working folder: one fixed-width record for each failed operation on a document.
-// Record: date 20, time 20, source 200, destination 200, error 200, printer 100 bytes, then CR LF; widths are
-// minimums, and line ends inside a field become blanks.
+// Date, time, source, destination, error, printer.
+const RecordLayout& ErrorRecordLayout();
+
+// "error.log" in the working folder: one record for each failed operation on a document.
 class ErrorLog {
 public:
     ErrorLog(Files& files, Clock& clock, std::string path);
@@ -30,8 +30,5 @@ private:
     Clock& m_clock;
     std::string m_path;
 };
-
-// The field texts of one line, cut at the record's columns and without trailing blanks.
-std::vector<std::string> CutErrorRecord(std::string_view line);
 
 }  // namespace quirepress

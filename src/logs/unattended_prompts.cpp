@@ -1,0 +1,21 @@
+#include "logs/unattended_prompts.h"
+
+#include <string>
+
+#include "logs/error_log.h"
+
+namespace quirepress {
+
+void UnattendedPrompts::ShowBox(std::string_view title, std::string_view text) {
+    ErrorRecord record;
+    record.error = std::string(title) + ": " + std::string(text);
+    // A log that cannot be written leaves nobody to tell.
+    m_errorLog.Append(record);
+}
+
+bool UnattendedPrompts::AskYesNo(std::string_view title, std::string_view text, bool safeAnswer) {
+    ShowBox(title, std::string(text) + (safeAnswer ? " Yes" : " No"));
+    return safeAnswer;
+}
+
+}  // namespace quirepress
