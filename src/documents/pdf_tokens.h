@@ -1,0 +1,67 @@
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace quirepress {
+
+// The syntax of PDF objects. Texts point into the bytes that were read.
+
+enum class PdfRead { kDone, kBad, kNeedsMore };  // kNeedsMore: the bytes end before the object does
+
+struct PdfReference {
+    long long number = -1;
+    long long generation = 0;
+
+    bool IsSet() const { return number >= 0; }
+};
+
+bool IsPdfBlank(char c);
+
+// Takes one token after the other; blanks and comments before a token are passed over. What is not taken
+// leaves the position where it was.
+class PdfCursor {
+public:
+    explicit PdfCursor(std::string_view bytes) : m_bytes(bytes) {}
+
+    std::size_t Position() const { return m_position; }
+    bool AtEnd() const { return m_position >= m_bytes.size(); }
+    void SkipBlanks();
+    // Exactly these bytes, whatever follows them.
+    bool TakeText(std::string_view text);
+    // Decimal digits without a sign, and then a blank, a delimiter or the end.
+    bool TakeNumber(long long& number);
+    bool TakeReference(PdfReference& reference);  // "12 0 R"
+    // A name, number, string, array, dictionary or reference, whole.
+    PdfRead TakeValue(std::string_view& value);
+
+private:
+    PdfRead SkipOneValue();
+    PdfRead SkipString();
+    bool SkipReferenceRest();
+
+    std::string_view m_bytes;
+    std::size_t m_position = 0;
+};
+
+// The whole of `value` as a number without a sign, or as a reference.
+bool ReadPdfNumber(std::string_view value, long long& number);
+bool ReadPdfReference(std::string_view value, PdfReference& reference);
+
+// "12 0 obj", before the object itself.
+bool TakeObjectHeader(PdfCursor& cursor, PdfReference& reference);
+
+// A dictionary's keys, without "/", and values. Reading again forgets what was read before.
+class PdfDictionary {
+public:
+    PdfRead Read(PdfCursor& cursor);
+    // Empty when there is none; the last of several.
+    std::string_view Find(std::string_view key) const;
+
+private:
+    std::vector<std::pair<std::string_view, std::string_view>> m_entries;
+};
+
+}  // namespace quirepress

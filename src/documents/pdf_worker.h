@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "documents/pdf_counter.h"
+
+namespace quirepress {
+
+class ChildProcess;
+class EventLoop;
+class Processes;
+class Terminal;
+
+struct PdfWorkerLimits {
+    int milliseconds = 30'000;                    // for one answer
+    std::int64_t memory = std::int64_t{1} << 30;  // bytes of address space
+};
+
+// The PDF library in a process of its own, which is started when it is first needed and serves one file
+// after the other. When it hangs, dies, takes too much or answers nonsense, it is ended, that file's count
+// is -1, and the next file gets a new one.
+class PdfWorker : public PdfLibrary {
+public:
+    // `program` is started with the argument "pdf-worker" and then does RunPdfWorker().
+    PdfWorker(Processes& processes, EventLoop& loop, std::string program, PdfWorkerLimits limits = {});
+    ~PdfWorker() override;
+
+    // May pump, and may be called again from there: such a call has a process of its own.
+    long long CountPages(std::string_view path, bool full, std::string_view password) override;
+
+private:
+    std::unique_ptr<ChildProcess> StartProcess();
+    bool WaitForAnswer(ChildProcess& process, std::string& answer);
+
+    Processes& m_processes;
+    EventLoop& m_loop;
+    std::string m_program;
+    PdfWorkerLimits m_limits;
+    std::unique_ptr<ChildProcess> m_idle;  // a started process that waits for a request
+};
+
+// The worker's side: answers the requests on standard input until its end. Answers an exit code.
+int RunPdfWorker(Files& files, Terminal& terminal);
+
+}  // namespace quirepress
