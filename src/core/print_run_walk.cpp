@@ -18,24 +18,6 @@ namespace {
 constexpr int kMillisecondsInPauseStep = 250;
 constexpr int kPauseStepsInSecond = 4;
 
-// A row keeps the worst that any walk brought it.
-RowOutcome WorseOutcome(RowOutcome left, RowOutcome right) {
-    const auto badness = [](RowOutcome outcome) {
-        switch (outcome) {
-            case RowOutcome::kNotSelected:
-                return 0;
-            case RowOutcome::kDone:
-                return 1;
-            case RowOutcome::kSkipped:
-                return 2;
-            case RowOutcome::kFailed:
-                return 3;
-        }
-        return 0;
-    };
-    return badness(left) >= badness(right) ? left : right;
-}
-
 RowOutcome OutcomeOf(const WayResult& result) {
     if (result.end == WayResult::End::kPrinted) return RowOutcome::kDone;
     return result.status == kStatusSkipped ? RowOutcome::kSkipped : RowOutcome::kFailed;
@@ -220,7 +202,8 @@ void RunWalk::FinishRow(const RunItem& item, RowOutcome outcome, const WayResult
         return;
     }
     RunMark& mark = m_services.list.MarkOf(m_progress.row);
-    const RowOutcome worst = WorseOutcome(mark.outcome, outcome);
+    // A failure of an earlier copy stays in sight.
+    const RowOutcome worst = std::max(mark.outcome, outcome);
     CountRows(mark.outcome, -1);
     CountRows(worst, 1);
     mark.outcome = worst;

@@ -19,6 +19,8 @@
 namespace quirepress {
 namespace {
 
+constexpr std::size_t kChunk = 65535;
+
 GeneralOptions EveryFamily(bool on) {
     GeneralOptions options;
     for (bool GeneralOptions::*flag : {&GeneralOptions::m_useInternalPostScript,
@@ -178,13 +180,13 @@ TEST_F(DirectPrinterTest, OffersTheChunksBehindARefusedOne) {
     ForgivingSpooler spooler(*m_services.files, 2);
     spooler.PutPrinter("Laser");
     DirectPrinter printer(spooler, *m_services.files, m_loop, m_debugLog);
-    const std::string path = Write(3 * 65535);
+    const std::string path = Write(3 * kChunk);
     EXPECT_EQ(printer.PrintExtPS("Laser", path, {}, m_outcome), 0);
     EXPECT_EQ(m_outcome.failedChunks, 1);
-    EXPECT_EQ(m_outcome.bytesSent, 2 * 65535);
+    EXPECT_EQ(m_outcome.bytesSent, std::int64_t{2 * kChunk});
     EXPECT_EQ(m_outcome.systemError, ForgivingSpooler::kRefusal);
     EXPECT_TRUE(m_outcome.accepted);
-    EXPECT_EQ(spooler.Sent().at(0).bytes, m_bytes.substr(0, 65535) + m_bytes.substr(2 * 65535));
+    EXPECT_EQ(spooler.Sent().at(0).bytes, m_bytes.substr(0, 65535) + m_bytes.substr(2 * kChunk));
 }
 
 TEST_F(DirectPrinterTest, TellsThatTheSpoolerDidNotKeepTheJob) {
@@ -205,7 +207,7 @@ TEST_F(DirectPrinterTest, ClosesAnEmptyJobForAFileThatCannotBeOpened) {
 
 TEST_F(DirectPrinterTest, DropsTheJobOfAFileThatChangesWhileItIsRead) {
     for (const std::size_t newSize : {std::size_t{65535}, std::size_t{70000}, std::size_t{300000}}) {
-        const std::string path = Write(2 * 65535);
+        const std::string path = Write(2 * kChunk);
         m_progress = [&](std::int64_t done, std::int64_t /*total*/) {
             if (done == 65535) m_folder.Write("a.ps", std::string(newSize, 'x'));
             return true;
@@ -231,9 +233,9 @@ TEST_F(DirectPrinterTest, DropsTheJobWhenItIsStopped) {
 }
 
 TEST_F(DirectPrinterTest, PumpsAboutOnceAMegabyte) {
-    Print(Write(15 * 65535));
+    Print(Write(15 * kChunk));
     EXPECT_EQ(m_loop.PumpCount(), 0);
-    Print(Write(40 * 65535));
+    Print(Write(40 * kChunk));
     EXPECT_EQ(m_loop.PumpCount(), 2);
 }
 

@@ -11,6 +11,7 @@
 namespace quirepress {
 namespace {
 
+constexpr std::size_t kChunk = 65535;
 const std::string kDidNotSpool(kStatusDidNotSpool);
 
 TEST_F(PrintRunTest, AnEmptyListEndsTheRunWithoutABox) {
@@ -145,7 +146,7 @@ TEST_F(PrintRunTest, FilesThatCannotBeReadAreSkippedAndRecorded) {
 
 TEST_F(PrintRunTest, AFileThatBreaksOffIsNotPrintedHalf) {
     options.m_errorLog = true;
-    AddFile("a.ps", std::string(3 * 65535, 'x'));
+    AddFile("a.ps", std::string(3 * kChunk, 'x'));
     AddFile("b.ps");
     files.FailOnce(FaultyFiles::Call::kReadAt, FileResult::kFailed, 2);
     const std::string error = "Can't Print - the file could not be read whole, or changed meanwhile";
@@ -384,10 +385,10 @@ TEST_F(PrintRunTest, StopInThePauseAfterARowLeavesItDone) {
 }
 
 TEST_F(PrintRunTest, StopInTheMiddleOfARawFileDropsItsJob) {
-    AddFile("a.ps", std::string(5 * 65535, 'x'));
+    AddFile("a.ps", std::string(5 * kChunk, 'x'));
     AddFile("b.ps");
     recorder.onProgress = [&](const RunProgress& progress) {
-        if (progress.bytesDone == 2 * 65535) run.Stop();
+        if (progress.bytesDone == std::int64_t{2 * kChunk}) run.Stop();
     };
     const RunSummary summary = run.OnButtonPrint();
     EXPECT_EQ(summary.end, RunSummary::End::kStopped);
@@ -395,7 +396,7 @@ TEST_F(PrintRunTest, StopInTheMiddleOfARawFileDropsItsJob) {
     EXPECT_EQ(Statuses(), (Texts{"Error - Stopped, nothing was printed", "Ready"}));
     EXPECT_TRUE(Printed().empty());
     EXPECT_EQ(spooler.CountCalls("WriteChunk"), 2);
-    EXPECT_EQ(recorder.last.bytesTotal, 5 * 65535);
+    EXPECT_EQ(recorder.last.bytesTotal, std::int64_t{5 * kChunk});
 }
 
 TEST_F(PrintRunTest, StopBetweenRepeatsSaysHowManyCameOut) {
@@ -437,7 +438,7 @@ TEST_F(PrintRunTest, RowsThatLeaveDuringAPumpConfuseNothing) {
 }
 
 TEST_F(PrintRunTest, RowsThatLeaveWhileAFileIsSentGetNoStatusOfAnother) {
-    AddFile("a.ps", std::string(40 * 65535, 'x'));
+    AddFile("a.ps", std::string(40 * kChunk, 'x'));
     AddFiles({"b.doc", "c.ps"});
     InPump([&] { return recorder.last.bytesDone > 0; }, [&] { list.RemoveRow(0); });
     const RunSummary summary = run.OnButtonPrint();
