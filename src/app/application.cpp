@@ -1,0 +1,69 @@
+#include "app/application.h"
+
+#include "backends/direct_print.h"
+#include "base/path.h"
+#include "core/print_list.h"
+#include "core/print_run.h"
+#include "documents/pdf_counter.h"
+#include "documents/pdf_worker.h"
+#include "logs/debug_log.h"
+#include "logs/error_log.h"
+#include "logs/unattended_prompts.h"
+#include "platform/clock.h"
+#include "platform/embedded/embedded_spooler.h"
+#include "platform/event_loop.h"
+#include "platform/files.h"
+#include "platform/libraries.h"
+#include "platform/machine.h"
+#include "platform/network.h"
+#include "platform/processes.h"
+#include "platform/prompts.h"
+#include "platform/registry.h"
+#include "platform/shell.h"
+#include "settings/general_settings.h"
+
+namespace quirepress {
+
+int PrepareWorkingFolder(Services& services, std::string_view named, std::string& folder,
+                         std::string& message) {
+    std::string chosen(named);
+    if (chosen.empty() && !services.machine->ReadEnvironment("QUIREPRESS_HOME", chosen)) chosen.clear();
+    if (chosen.empty()) chosen = services.machine->DataFolder();
+    const FileResult made = services.files->MakeFolders(chosen);
+    if (made != FileResult::kDone) {
+        message = "The working folder " + chosen + " can't be made: " + DescribeFileResult(made) + ".";
+        return -1;
+    }
+    // What is kept in it must stay to be found wherever a program changes to.
+    const std::string resolved = services.files->ResolvePath(chosen);
+    folder = WithTrailingSeparator(resolved.empty() ? chosen : resolved);
+    return 0;
+}
+
+Application::Application(Services& services, Prompts& userPrompts, ApplicationRequest request)
+    : m_services(services), m_request(std::move(request)), m_prompts(&userPrompts) {
+    Files& files = *m_services.files;
+    m_errorLog = std::make_unique<ErrorLog>(files, *m_services.clock, PathOf("error.log"));
+    if (m_request.unattended) {
+        m_unattendedPrompts = std::make_unique<UnattendedPrompts>(*m_errorLog);
+        m_prompts = m_unattendedPrompts.get();
+    }
+    m_debugLog = std::make_unique<DebugLog>();
+    m_pdfLibrary = std::make_unique<PdfWorker>(*m_services.processes, *m_services.loop,
+                                               m_services.machine->ProgramPath());
+    m_pdfCounter = std::make_unique<PdfCounter>(files, *m_pdfLibrary);
+    m_list = std::make_unique<PrintList>(
+        PrintListServices{files, *m_services.shell, *m_services.clock, *m_services.machine, *m_services.loop,
+                          *m_prompts, *m_debugLog, *m_pdfCounter, m_options, m_request.workingFolder});
+    LoadGeneralOptions(m_options, Settings(), m_services.machine->Family(), m_request.unattended);
+    if (m_request.debug && m_debugLog->Open(files, PathOf("qpr.log")) != 0)
+        m_prompts->ShowBox("Log File Error", "Can't open qpr.log for append");
+}
+
+Application::~Application() = default;
+
+SettingsPlace Application::Settings() {
+    return {*m_services.files, *m_prompts, m_request.workingFolder};
+}
+
+}  // namespace quirepress

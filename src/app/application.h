@@ -1,0 +1,82 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "platform/services.h"
+#include "settings/general_options.h"
+#include "settings/settings_file.h"
+
+namespace quirepress {
+
+class DebugLog;
+class DirectPrinter;
+class EmbeddedSpooler;
+class ErrorLog;
+class PdfCounter;
+class PdfLibrary;
+class PrinterAdministration;
+class PrintList;
+class PrintRun;
+class Prompts;
+class Spooler;
+
+// The folder that a program works in: `named`, else $QUIREPRESS_HOME, else the user's own. It is made when
+// missing; `folder` is its absolute path, ending in a separator. 0, or -1 with `message`.
+int PrepareWorkingFolder(Services& services, std::string_view named, std::string& folder,
+                         std::string& message);
+
+struct ApplicationRequest {
+    std::string workingFolder;  // as PrepareWorkingFolder gives it
+    bool unattended = false;    // boxes go to the error log, questions take their safe answer
+    bool debug = false;
+};
+
+// The one place where the services, the settings, the list and the run are made and wired. Everything lives
+// as long as it does. The options are read, and the debug log is open, once it is constructed.
+class Application {
+public:
+    Application(Services& services, Prompts& userPrompts, ApplicationRequest request);
+    ~Application();
+    Application(const Application&) = delete;
+    Application& operator=(const Application&) = delete;
+
+    // The spooler of this name; empty: $QUIREPRESS_SPOOLER, else the best one that is there. 0, or -1 with
+    // `message`. `wasNamed` tells whether the user chose it.
+    int OpenSpooler(std::string_view name, bool& wasNamed, std::string& message);
+
+    const std::string& WorkingFolder() const { return m_request.workingFolder; }
+    std::string PathOf(std::string_view name) const { return m_request.workingFolder + std::string(name); }
+    SettingsPlace Settings();
+    Services& System() { return m_services; }
+    Prompts& UserPrompts() { return *m_prompts; }
+    GeneralOptions& Options() { return m_options; }
+    DebugLog& Debug() { return *m_debugLog; }
+    ErrorLog& Errors() { return *m_errorLog; }
+    PdfCounter& PdfPages() { return *m_pdfCounter; }
+    PrintList& List() { return *m_list; }
+
+    // After OpenSpooler.
+    Spooler& PrintSpooler() { return *m_spooler; }
+    EmbeddedSpooler* Embedded() { return m_embedded; }  // null when another spooler was opened
+    PrintRun& Run() { return *m_run; }
+
+private:
+    Services& m_services;
+    ApplicationRequest m_request;
+    std::unique_ptr<ErrorLog> m_errorLog;
+    std::unique_ptr<Prompts> m_unattendedPrompts;
+    Prompts* m_prompts;
+    std::unique_ptr<DebugLog> m_debugLog;
+    GeneralOptions m_options;
+    std::unique_ptr<PdfLibrary> m_pdfLibrary;
+    std::unique_ptr<PdfCounter> m_pdfCounter;
+    std::unique_ptr<PrintList> m_list;
+    std::unique_ptr<Spooler> m_spooler;
+    EmbeddedSpooler* m_embedded = nullptr;
+    std::unique_ptr<DirectPrinter> m_directPrinter;
+    std::unique_ptr<PrintRun> m_run;
+};
+
+}  // namespace quirepress
