@@ -1,0 +1,43 @@
+#include "console/console_prompts.h"
+
+#include "base/text.h"
+#include "platform/terminal.h"
+
+namespace quirepress {
+
+namespace {
+
+// A box's text on one line: its line ends become blanks.
+std::string OneLine(std::string_view title, std::string_view text) {
+    std::string line(title);
+    line += ": ";
+    line += text;
+    for (char& c : line)
+        if (c == '\n' || c == '\r') c = ' ';
+    return ToPrintableLine(line);
+}
+
+}  // namespace
+
+void ConsolePrompts::ShowBox(std::string_view title, std::string_view text) {
+    m_terminal.WriteErrors(OneLine(title, text) + "\n");
+}
+
+bool ConsolePrompts::AskYesNo(std::string_view title, std::string_view text, bool safeAnswer) {
+    const std::string question = OneLine(title, text);
+    if (m_terminal.InputIsTerminal() && m_terminal.ErrorsAreTerminal()) {
+        constexpr int kTries = 3;
+        for (int i = 0; i < kTries; ++i) {
+            std::string line;
+            m_terminal.WriteErrors(question + (safeAnswer ? " [Y/n] " : " [y/N] "));
+            if (!m_terminal.ReadLine(line)) break;
+            if (EqualIgnoringAsciiCase(line, "y") || EqualIgnoringAsciiCase(line, "yes")) return true;
+            if (EqualIgnoringAsciiCase(line, "n") || EqualIgnoringAsciiCase(line, "no")) return false;
+            if (line.empty()) return safeAnswer;
+        }
+    }
+    m_terminal.WriteErrors(question + (safeAnswer ? " Yes\n" : " No\n"));
+    return safeAnswer;
+}
+
+}  // namespace quirepress

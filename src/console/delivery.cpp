@@ -1,0 +1,69 @@
+#include "console/delivery.h"
+
+#include "app/application.h"
+#include "backends/status_words.h"
+#include "base/format.h"
+#include "base/path.h"
+#include "base/text.h"
+#include "console/context.h"
+#include "console/progress.h"
+#include "platform/embedded/embedded_spooler.h"
+#include "platform/event_loop.h"
+#include "platform/interrupts.h"
+
+namespace quirepress {
+
+namespace {
+
+constexpr int kLookEvery = 5;  // milliseconds
+
+std::string WaitingLine(const PrinterInfo& printer) {
+    std::string why = printer.statusText;
+    if (why.empty()) why = PrinterStatusWord(printer.statusBits, 0);
+    if (why.empty()) why = "it takes no more for the moment";
+    return Format("%s keeps %u waiting: %s", printer.name, static_cast<std::uint64_t>(printer.jobs), why);
+}
+
+}  // namespace
+
+DeliveryReport DeliverJobs(Context& context, Application& application, ProgressLine& progress) {
+    DeliveryReport report;
+    EmbeddedSpooler* embedded = application.Embedded();
+    if (embedded == nullptr) return report;
+    EventLoop& loop = *context.System().loop;
+    loop.Pump();
+    while (!embedded->IsIdle()) {
+        if (InterruptCount() > 0) {
+            report.wasStopped = true;
+            break;
+        }
+        const DeliveryState state = embedded->WaitingJobs();
+        const double share = state.bytesTotal > 0 ? static_cast<double>(state.bytesSent) /
+                                                        static_cast<double>(state.bytesTotal)
+                                                  : 0.0;
+        progress.Show(RenderBar(share, 20) + Format(" Delivering, %d waiting", state.waiting));
+        loop.Wait(kLookEvery);
+    }
+    std::vector<PrinterInfo> printers;
+    embedded->ListPrinters(printers);
+    for (const PrinterInfo& printer : printers) {
+        report.jobsLeft += static_cast<int>(printer.jobs);
+        if (printer.jobs > 0) report.lines.push_back(WaitingLine(printer));
+    }
+    return report;
+}
+
+std::string OutputFolderOf(Application& application, const std::string& printer) {
+    constexpr std::string_view kFolderPort = "folder:";
+    std::vector<PrinterInfo> printers;
+    if (application.Embedded() != nullptr) application.Embedded()->ListPrinters(printers);
+    for (const PrinterInfo& info : printers) {
+        if (info.name != printer || !StartsWith(info.port, kFolderPort)) continue;
+        const std::string folder = info.port.substr(kFolderPort.size());
+        return folder.empty() ? JoinPath(JoinPath(application.PathOf("Printers"), printer), "Output")
+                              : folder;
+    }
+    return {};
+}
+
+}  // namespace quirepress

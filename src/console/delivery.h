@@ -1,0 +1,25 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace quirepress {
+
+class Application;
+class Context;
+class ProgressLine;
+
+struct DeliveryReport {
+    int jobsLeft = 0;                // still in the queues
+    bool wasStopped = false;         // by Ctrl-C
+    std::vector<std::string> lines;  // for people: what waits, and why
+};
+
+// The embedded spooler delivers while its program runs: pumps until its queues are empty, or only hold jobs
+// that wait for a printer. Nothing to do for a print system with a server of its own.
+DeliveryReport DeliverJobs(Context& context, Application& application, ProgressLine& progress);
+
+// The folder into which a printer of the embedded spooler puts its jobs; empty for any other printer.
+std::string OutputFolderOf(Application& application, const std::string& printer);
+
+}  // namespace quirepress

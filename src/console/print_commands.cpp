@@ -1,0 +1,290 @@
+#include <memory>
+#include <nlohmann/json.hpp>
+
+#include "app/application.h"
+#include "base/format.h"
+#include "base/path.h"
+#include "base/text.h"
+#include "console/commands.h"
+#include "console/context.h"
+#include "console/delivery.h"
+#include "console/progress.h"
+#include "console/row_output.h"
+#include "console/table.h"
+#include "core/print_list.h"
+#include "core/print_run.h"
+#include "documents/page_counts.h"
+#include "documents/pdf_counter.h"
+#include "platform/event_loop.h"
+#include "platform/files.h"
+#include "platform/interrupts.h"
+#include "platform/spooler.h"
+
+namespace quirepress {
+
+namespace {
+
+struct RowOptions {
+    std::vector<std::string> items;
+    std::string moveTo;
+    ItemTexts texts;
+    bool direct = false;
+    int select = 1;
+};
+
+void DefineRowOptions(CLI::App* command, RowOptions& row) {
+    command
+        ->add_option("ITEM", row.items,
+                     "A document, folder, archive, job file, command item, separator text or address; "
+                     "after \"--\" a name may begin with a dash")
+        ->required()
+        ->type_name("");
+    command->add_option("--move-to", row.moveTo, "Folder for the file after printing (\"copy:DIR\" copies)")
+        ->type_name("DIR");
+    command->add_option("--move-to-on-error", row.texts.moveToOnError, "Folder for the file when it fails")
+        ->type_name("DIR");
+    command->add_option("--addon-params", row.texts.addonParameters, "Parameters for the add-on")
+        ->type_name("TEXT");
+    command->add_option("--processing-params", row.texts.processingParameters, "Processing parameters")
+        ->type_name("TEXT");
+    command->add_option("--title", row.texts.fileTitle, "Title of the document")->type_name("TEXT");
+    command->add_option("--extra", row.texts.extraOptions, "Extra options, such as -r3")->type_name("TEXT");
+    command->add_option("--profile", row.texts.profiling, "Profile of the row")->type_name("TITLE");
+    command->add_option("--priority", row.texts.priority, "Priority of the job, 1 to 99")->type_name("N");
+    command->add_option("--balanced-printers", row.texts.balancedPrinters, "Printers to spread over")
+        ->type_name("NAMES");
+    command->add_flag("--direct", row.direct, "Send the bytes as they are, whatever the type");
+}
+
+// Rows hold full paths, so that they stay good wherever a program changes to. What is no file here (a command
+// item, a separator, an address, a name that is missing) stays as it was given.
+std::string WithFullPath(Files& files, std::string item) {
+    if (IsAbsolutePath(item) || files.Inspect(item).kind == FileKind::kMissing) return item;
+    while (StartsWith(item, "./")) item.erase(0, 2);
+    return JoinPath(files.ResolvePath("."), item);
+}
+
+// Puts the items into the list; false when the user has stopped it.
+bool LoadItems(Application& application, const RowOptions& row) {
+    PrintList& list = application.List();
+    for (const std::string& item : ShowSeparators(row.items)) {
+        const int before = list.RowCount();
+        list.InsertFileIntoList(WithFullPath(*application.System().files, item), row.select, row.moveTo,
+                                row.texts);
+        for (int i = before; row.direct && i < list.RowCount(); ++i)
+            list.SetText(i, kColumnPrintDirect, "Yes");
+        if (InterruptCount() > 0) return false;
+    }
+    return true;
+}
+
+int RunList(Context& context, const RowOptions& row) {
+    Application* application = context.OpenApplication();
+    if (application == nullptr) return kExitNotAllDone;
+    const bool isWhole = LoadItems(*application, row);
+    if (context.WantsJson())
+        context.PrintJson({{"rows", RowsToJson(application->List())}});
+    else
+        context.Print(RenderRows(application->List(), context.OutputHasColours()));
+    return isWhole ? kExitDone : kExitStopped;
+}
+
+struct PrintOptions {
+    RowOptions row;
+    std::string printer;
+    int copies = 0;
+    bool dryRun = false;
+};
+
+// Ctrl-C ends the run in order; the platform ends the program at the second.
+class StopOnInterrupt {
+public:
+    StopOnInterrupt(EventLoop& loop, PrintRun& run) : m_loop(loop) {
+        m_task = m_loop.AddPumpTask([&run] {
+            if (InterruptCount() > 0 && run.IsRunning()) run.Stop();
+            return false;
+        });
+    }
+    ~StopOnInterrupt() { m_loop.RemovePumpTask(m_task); }
+    StopOnInterrupt(const StopOnInterrupt&) = delete;
+    StopOnInterrupt& operator=(const StopOnInterrupt&) = delete;
+
+private:
+    EventLoop& m_loop;
+    int m_task;
+};
+
+bool PrinterExists(Spooler& spooler, const std::string& printer) {
+    std::vector<PrinterInfo> printers;
+    spooler.ListPrinters(printers);
+    for (const PrinterInfo& info : printers)
+        if (info.name == printer) return true;
+    return false;
+}
+
+int ExitCodeOf(const RunSummary& summary) {
+    switch (summary.end) {
+        case RunSummary::End::kStopped:
+            return kExitStopped;
+        case RunSummary::End::kNoPrinter:
+            return kExitNoPrinter;
+        case RunSummary::End::kNothingToPrint:
+        case RunSummary::End::kRefused:
+            return kExitNotAllDone;
+        case RunSummary::End::kFinished:
+            break;
+    }
+    return summary.failed + summary.skipped == 0 ? kExitDone : kExitNotAllDone;
+}
+
+void PrintSummary(Context& context, Application& application, const RunSummary& summary,
+                  const DeliveryReport& delivery) {
+    const std::string& printer = application.Run().Printer();
+    if (context.WantsJson()) {
+        context.PrintJson({{"printer", ToUtf8ForDisplay(printer)},
+                           {"rows", RowsToJson(application.List())},
+                           {"done", summary.done},
+                           {"failed", summary.failed},
+                           {"skipped", summary.skipped},
+                           {"seconds", summary.seconds},
+                           {"queued", delivery.jobsLeft}});
+        return;
+    }
+    const bool colours = context.OutputHasColours();
+    context.Print(RenderRows(application.List(), colours));
+    const std::string counts = Format("%d done, %d failed, %d skipped in %.1f s on %s", summary.done,
+                                      summary.failed, summary.skipped, summary.seconds, printer);
+    const bool isGood = summary.failed + summary.skipped == 0;
+    context.Print(Shaded(ToPrintableLine(counts), isGood ? Shade::kGood : Shade::kBad, colours) + "\n");
+    const std::string folder = OutputFolderOf(application, printer);
+    if (!folder.empty() && summary.done > 0)
+        context.Print("The output lies in " + ToPrintableLine(folder) + "\n");
+    for (const std::string& line : delivery.lines) context.Print(ToPrintableLine(line) + "\n");
+}
+
+int RunPrint(Context& context, const PrintOptions& options) {
+    Application* application = context.OpenApplicationWithSpooler();
+    if (application == nullptr) return kExitNoPrinter;
+    Spooler& spooler = application->PrintSpooler();
+    const std::string printer = options.printer.empty() ? spooler.DefaultPrinter() : options.printer;
+    if (printer.empty() || !PrinterExists(spooler, printer)) {
+        context.Complain(printer.empty() ? "There is no printer."
+                                         : "There is no printer \"" + printer + "\".");
+        return kExitNoPrinter;
+    }
+    ProgressLine progress(*context.System().terminal, application->List(), context.ErrorsHaveColours());
+    progress.Show("Loading the list ...");
+    const bool isWhole = LoadItems(*application, options.row);
+    progress.Clear();
+    if (!isWhole) return kExitStopped;
+    if (options.dryRun) {
+        if (context.WantsJson())
+            context.PrintJson(
+                {{"printer", ToUtf8ForDisplay(printer)}, {"rows", RowsToJson(application->List())}});
+        else
+            context.Print(RenderRows(application->List(), context.OutputHasColours()));
+        return kExitDone;
+    }
+    PrintRun& run = application->Run();
+    const StopOnInterrupt stop(*context.System().loop, run);
+    run.UseObserver(&progress);
+    run.UsePrinter(printer);
+    if (options.copies > 0) run.SetCopies(options.copies);
+    const RunSummary summary = run.OnButtonPrint();
+    const DeliveryReport delivery = DeliverJobs(context, *application, progress);
+    progress.Clear();
+    PrintSummary(context, *application, summary, delivery);
+    return delivery.wasStopped ? kExitStopped : ExitCodeOf(summary);
+}
+
+struct PagesOptions {
+    std::vector<std::string> files;
+    bool full = false;
+};
+
+int CountPages(Application& application, const std::string& file, bool full, std::string& status) {
+    Files& files = *application.System().files;
+    const std::string name = ToLowerAscii(file);
+    if (EndsWith(name, ".pdf"))
+        return application.PdfPages().CountPages(file, full, application.Options().m_openPassword, status);
+    if (EndsWith(name, ".ps") || EndsWith(name, ".eps")) return CountPostScriptPages(files, file, status);
+    if (EndsWith(name, ".pcl") || EndsWith(name, ".dat") || EndsWith(name, ".prn"))
+        return CountPclPages(files, file, status);
+    status = "Unknown";
+    return files.Inspect(file).readable ? 0 : -1;
+}
+
+int RunPages(Context& context, const PagesOptions& options) {
+    Application* application = context.OpenApplication();
+    if (application == nullptr) return kExitNotAllDone;
+    nlohmann::json files = nlohmann::json::array();
+    Table table({{"Pages", true}, {"Status"}, {"File", false, 120}});
+    int exitCode = kExitDone;
+    for (const std::string& file : options.files) {
+        std::string status;
+        const int pages = CountPages(*application, file, options.full, status);
+        if (pages < 0) exitCode = kExitNotAllDone;
+        if (context.WantsJson())
+            files.push_back({{"file", ToUtf8ForDisplay(file)}, {"pages", pages}, {"status", status}});
+        else
+            table.AddRow({std::to_string(pages), status, file}, pages < 0 ? Shade::kBad : Shade::kPlain);
+        if (InterruptCount() > 0) return kExitStopped;
+    }
+    if (context.WantsJson())
+        context.PrintJson({{"files", files}});
+    else
+        context.Print(table.Render(context.OutputHasColours()));
+    return exitCode;
+}
+
+void DefinePrint(CommandSet& commands) {
+    CLI::App* command =
+        commands.Add(commands.m_program, "print", "Load the items into a list and print it",
+                     {"qpr print invoices/", "qpr print --printer Office --copies 2 letter.ps plan.hpgl",
+                      "qpr print --direct label.zpl -- -odd-name.ps", "qpr --json print archive.zip"});
+    auto options = std::make_shared<PrintOptions>();
+    DefineRowOptions(command, options->row);
+    command->add_option("--printer", options->printer, "The printer; else the default printer")
+        ->type_name("NAME");
+    command->add_option("--copies", options->copies, "How often the whole list is printed")
+        ->check(CLI::Range(1, 9999))
+        ->type_name("N");
+    command->add_flag("--dry-run", options->dryRun, "Load and show the list, print nothing");
+    commands.RunWith(command,
+                     [options, &context = commands.m_context] { return RunPrint(context, *options); });
+}
+
+void DefineList(CommandSet& commands) {
+    CLI::App* command =
+        commands.Add(commands.m_program, "list", "Load the items into a list and show its rows",
+                     {"qpr list invoices/", "qpr --json list letter.ps -------Separator------- notes.txt"});
+    auto options = std::make_shared<RowOptions>();
+    DefineRowOptions(command, *options);
+    command->add_option("--select", options->select, "1 ticks the rows, 0 does not")
+        ->check(CLI::Range(0, 1))
+        ->type_name("0|1");
+    commands.RunWith(command,
+                     [options, &context = commands.m_context] { return RunList(context, *options); });
+}
+
+void DefinePages(CommandSet& commands) {
+    CLI::App* command =
+        commands.Add(commands.m_program, "pages", "Count the pages of PostScript, PCL and PDF files",
+                     {"qpr pages letter.ps prices.pdf", "qpr --json pages --full *.pdf"});
+    auto options = std::make_shared<PagesOptions>();
+    command->add_option("FILE", options->files, "The files")->required()->type_name("");
+    command->add_flag("--full", options->full,
+                      "Count the pages that are there, not what a PDF says of itself");
+    commands.RunWith(command,
+                     [options, &context = commands.m_context] { return RunPages(context, *options); });
+}
+
+}  // namespace
+
+void DefinePrintCommands(CommandSet& commands) {
+    DefinePrint(commands);
+    DefineList(commands);
+    DefinePages(commands);
+}
+
+}  // namespace quirepress
