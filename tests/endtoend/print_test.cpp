@@ -1,0 +1,128 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <thread>
+
+#include "platform/files.h"
+#include "qpr_program.h"
+
+namespace quirepress {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::StartsWith;
+
+constexpr const char* kTwoPages = "%!PS-Adobe-3.0\n%%Pages: 2\nshowpage showpage\n";
+
+std::string StatusOf(const nlohmann::json& document, int row) {
+    return document["rows"][row]["columns"][3];
+}
+
+std::string PagesOf(const nlohmann::json& document, int row) {
+    return document["rows"][row]["columns"][2];
+}
+
+TEST(QprPrint, PrintsAMixedListByteForByteAndTellsEachRowsOutcome) {
+    QprProgram qpr;
+    const std::string binary("\x1b%-12345X\0\xff\r\n\x1a tail", 20);
+    qpr.m_work.Write("letter.ps", kTwoPages);
+    qpr.m_work.Write("job.prn", binary);
+    qpr.m_work.Write("notes.txt", "plain\n");
+    qpr.m_work.Write("empty.pcl", "");
+    qpr.m_work.Write("odd.xyz", "no way for this");
+    const ProgramResult result = qpr.Run(
+        {"--json", "print", "letter.ps", "job.prn", "missing.ps", "notes.txt", "empty.pcl", "odd.xyz"});
+    EXPECT_EQ(result.exitCode, 1) << result.errors;
+    const nlohmann::json document = result.Json();
+    EXPECT_EQ(document["printer"], "Quirepress");
+    EXPECT_EQ(document["done"], 3);
+    EXPECT_EQ(document["failed"], 3);
+    EXPECT_EQ(StatusOf(document, 0), "Done");
+    EXPECT_EQ(PagesOf(document, 0), "2");
+    EXPECT_EQ(StatusOf(document, 1), "Done");
+    EXPECT_EQ(StatusOf(document, 2), "No File.");
+    EXPECT_EQ(StatusOf(document, 3), "Done");
+    EXPECT_EQ(StatusOf(document, 4), "Empty File");
+    EXPECT_THAT(StatusOf(document, 5), StartsWith("Error"));
+    const std::vector<std::string> names = qpr.OutputNames();
+    ASSERT_THAT(names, ElementsAre("00000001-letter.ps", "00000002-job.prn", "00000003-notes.txt"));
+    EXPECT_EQ(qpr.ReadOutput(names[0]), kTwoPages);
+    EXPECT_EQ(qpr.ReadOutput(names[1]), binary);
+    EXPECT_EQ(qpr.ReadOutput(names[2]), "plain\n");
+}
+
+TEST(QprPrint, WalksTheWholeListForEachCopyAndRepeatsARowByItsOptions) {
+    QprProgram qpr;
+    qpr.m_work.Write("a.ps", kTwoPages);
+    qpr.m_work.Write("b.pcl",
+                     "\x1b"
+                     "Etext\f\x1b"
+                     "E");
+    const ProgramResult copies = qpr.Run({"print", "--copies", "2", "a.ps", "b.pcl"});
+    EXPECT_EQ(copies.exitCode, 0) << copies.errors;
+    EXPECT_THAT(qpr.OutputNames(),
+                ElementsAre("00000001-a.ps", "00000002-b.pcl", "00000003-a.ps", "00000004-b.pcl"));
+    const ProgramResult repeats = qpr.Run({"print", "--extra", "-r3", "a.ps"});
+    EXPECT_EQ(repeats.exitCode, 0) << repeats.errors;
+    EXPECT_EQ(qpr.OutputNames().size(), 7U);
+}
+
+TEST(QprPrint, TakesOddNamesAsTheyAre) {
+    QprProgram qpr;
+    const std::vector<std::string> names = {"two words.ps", "it's \"so\".ps",         "100%s%n.ps",
+                                            "-dash.ps",     "h\xc3\xa4ll\xc3\xb6.ps", "semi;colon.ps",
+                                            "dollar$(x).ps"};
+    std::vector<std::string> arguments = {"--json", "print", "--"};
+    for (const std::string& name : names) {
+        if (!qpr.m_work.Has(name)) qpr.m_work.Write(name, "%!PS\n" + name);
+        if (qpr.m_work.Has(name)) arguments.push_back(name);
+    }
+    const ProgramResult result = qpr.Run(arguments);
+    EXPECT_EQ(result.exitCode, 0) << result.output << result.errors;
+    const std::vector<std::string> outputs = qpr.OutputNames();
+    ASSERT_EQ(outputs.size(), arguments.size() - 3);
+    for (std::size_t i = 0; i < outputs.size(); ++i)
+        EXPECT_EQ(qpr.ReadOutput(outputs[i]), "%!PS\n" + arguments[i + 3]);
+}
+
+TEST(QprPrint, PausedPrintersKeepTheirJobsUntilTheyAreResumed) {
+    QprProgram qpr;
+    qpr.m_work.Write("a.ps", kTwoPages);
+    ASSERT_EQ(qpr.Run({"printers", "add", "Label"}).exitCode, 0);
+    ASSERT_EQ(qpr.Run({"printers", "pause", "Label"}).exitCode, 0);
+    const ProgramResult printed = qpr.Run({"print", "--printer", "Label", "a.ps"});
+    EXPECT_EQ(printed.exitCode, 0) << printed.errors;
+    EXPECT_THAT(qpr.OutputNames("Label"), IsEmpty());
+    const nlohmann::json queue = qpr.Run({"--json", "queue", "Label"}).Json();
+    ASSERT_EQ(queue["jobs"].size(), 1U);
+    EXPECT_THAT(queue["jobs"][0]["document"].get<std::string>(), HasSubstr("a.ps"));
+    EXPECT_EQ(qpr.Run({"printers", "resume", "Label"}).exitCode, 0);
+    EXPECT_EQ(qpr.Run({"queue", "deliver"}).exitCode, 0);
+    EXPECT_THAT(qpr.OutputNames("Label"), ElementsAre("00000001-a.ps"));
+}
+
+TEST(QprPrint, UnknownPrintersAndSpoolersExitWithThree) {
+    QprProgram qpr;
+    qpr.m_work.Write("a.ps", kTwoPages);
+    EXPECT_EQ(qpr.Run({"print", "--printer", "Nowhere", "a.ps"}).exitCode, 3);
+    EXPECT_EQ(qpr.RunBare({"--home", qpr.m_home.Path(), "--spooler", "nonesuch", "print", "a.ps"}).exitCode,
+              3);
+    EXPECT_EQ(qpr.Run({"queue", "Nowhere"}).exitCode, 3);
+    EXPECT_EQ(qpr.Run({"printers", "add", "a/b"}).exitCode, 2);
+    EXPECT_EQ(qpr.Run({"printers", "add", "Label", "--port", "carrier-pigeon:"}).exitCode, 2);
+}
+
+TEST(QprPrint, AReadOnlyOrImpossibleWorkingFolderIsSaidAndNotCrashedOn) {
+    QprProgram qpr;
+    const std::string file = qpr.m_work.Write("file", "x");
+    qpr.m_work.Write("a.ps", kTwoPages);
+    const ProgramResult result = qpr.RunBare({"--home", file + "/below", "print", "a.ps"});
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_THAT(result.errors, HasSubstr("working folder"));
+}
+
+}  // namespace
+}  // namespace quirepress
