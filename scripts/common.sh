@@ -30,14 +30,21 @@ build_packages=(g++ cmake ninja-build ccache libqpdf-dev libarchive-dev libdefla
     libcli11-dev nlohmann-json3-dev)
 test_packages=(libgtest-dev libgmock-dev git)
 
-# configure PRESET [cmake arguments]: only when it has not been done.
+# configure PRESET [-DNAME=VALUE...]: only what has not been done.
 configure() {
-    local preset=$1
+    local preset=$1 setting stale=0 log
     shift
-    [ -f "build/$preset/build.ninja" ] || cmake --preset "$preset" "$@" >"/tmp/quirepress-configure.$$" 2>&1 || {
-        cat "/tmp/quirepress-configure.$$" >&2
-        rm -f "/tmp/quirepress-configure.$$"
+    [ -f "build/$preset/build.ninja" ] || stale=1
+    for setting in "$@"; do
+        [ $stale = 1 ] || grep -q "^$(sed -E 's/^-D([^=]*)=(.*)/\1:[A-Z]*=\2/' <<<"$setting")\$" \
+            "build/$preset/CMakeCache.txt" || stale=1
+    done
+    [ $stale = 1 ] || return 0
+    log=$(mktemp)
+    cmake --preset "$preset" "$@" >"$log" 2>&1 || {
+        cat "$log" >&2
+        rm -f "$log"
         fail "Configuring $preset failed."
     }
-    rm -f "/tmp/quirepress-configure.$$"
+    rm -f "$log"
 }
