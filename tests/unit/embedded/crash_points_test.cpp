@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 
-#include "halting_files.h"
-#include "spooler_bench.h"
+#include "unit/embedded/halting_files.h"
+#include "unit/embedded/spooler_bench.h"
 
 namespace quirepress {
 namespace {
@@ -27,11 +27,9 @@ protected:
 
     void MakePrinters() {
         m_folder = std::make_unique<TemporaryFolder>();
-        Life life(*this);
-        std::string message;
-        ASSERT_EQ(life.spooler.Open(message), 0);
-        ASSERT_EQ(life.spooler.CreatePrinterQueue("Out", "folder:" + m_folder->PathOf("other"), message), 0);
-        ASSERT_EQ(life.spooler.CreatePrinterQueue("Net", "socket://host", message), 0);
+        m_folder->Write("Printers/default-printer", "Out\n");
+        m_folder->Write("Printers/Out/printer.ini", "PORT;folder:" + m_folder->PathOf("other") + "\n");
+        m_folder->Write("Printers/Net/printer.ini", "PORT;socket://host\n");
     }
 
     // True when the life came to its natural end.

@@ -1,6 +1,6 @@
 #include <gmock/gmock.h>
 
-#include "spooler_bench.h"
+#include "unit/embedded/spooler_bench.h"
 
 namespace quirepress {
 namespace {

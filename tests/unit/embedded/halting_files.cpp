@@ -1,4 +1,4 @@
-#include "halting_files.h"
+#include "unit/embedded/halting_files.h"
 
 #include "base/text.h"
 

@@ -1,4 +1,4 @@
-#include "spooler_bench.h"
+#include "unit/embedded/spooler_bench.h"
 
 #include <algorithm>
 
