@@ -94,7 +94,7 @@ TEST_F(ProcessesContract, CarriesTheStandardStreams) {
     ASSERT_TRUE(child);
     // More than any pipe holds, in one go.
     std::string lines;
-    for (int i = 0; i < 60'000; ++i) lines += "line " + std::to_string(i) + " of the input\n";
+    for (int i = 0; i < 6'000; ++i) lines += "line " + std::to_string(i) + std::string(240, '.') + "\n";
     EXPECT_TRUE(child->WriteInput(lines));
     EXPECT_TRUE(child->WriteInput("last one without an end"));
     EXPECT_TRUE(child->IsRunning());
@@ -102,7 +102,7 @@ TEST_F(ProcessesContract, CarriesTheStandardStreams) {
     EXPECT_FALSE(child->WriteInput("more"));
     ASSERT_TRUE(child.ReadToEnd());
     EXPECT_TRUE(child.output == lines + "last one without an end\n");
-    EXPECT_EQ(child.errors, "lines: 60001\n");
+    EXPECT_EQ(child.errors, "lines: 6001\n");
     EXPECT_TRUE(WaitForProcess(*services.loop, *child, 10'000));
     EXPECT_EQ(child->ExitCode(), 0);
 }
@@ -195,6 +195,8 @@ TEST_F(ProcessesContract, EndsEverythingWhenDestroyed) {
 }
 
 TEST_F(ProcessesContract, LimitsMemory) {
+    std::string prefix;
+    if (services.machine->ReadEnvironment("WINEPREFIX", prefix)) GTEST_SKIP() << "Wine limits no memory";
     ProcessRequest request = RequestFor({"allocate", "400"});
     EXPECT_EQ(Run(request), 0);
     request.memoryLimit = 200 * 1024 * 1024;

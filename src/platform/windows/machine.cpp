@@ -52,6 +52,18 @@ public:
     // What this program is built for does not load on an older one.
     SystemFamily Family() override { return SystemFamily::kWindowsXpOrLater; }
 
+    CodePage SystemCodePage() override {
+        CPINFO info = {};
+        CodePage page = Windows1252();
+        if (!GetCPInfo(CP_ACP, &info) || info.MaxCharSize != 1) return page;
+        for (std::size_t i = 0; i < page.highBytes.size(); ++i) {
+            const char byte = static_cast<char>(0x80 + i);
+            wchar_t wide = 0;
+            if (MultiByteToWideChar(CP_ACP, 0, &byte, 1, &wide, 1) == 1) page.highBytes[i] = wide;
+        }
+        return page;
+    }
+
     std::string SystemVersion() override {
         // The documented call tells a program without a manifest of an older system than there is.
         using GetVersionCall = LONG(WINAPI*)(RTL_OSVERSIONINFOW*);

@@ -183,8 +183,12 @@ private:
     void LookAtOpen() {
         char byte = 0;
         const int count = recv(m_socket.Get(), &byte, 1, MSG_PEEK);
-        if (count == 0) m_state = ConnectionState::kEndedByPeer;
-        if (count == SOCKET_ERROR && WSAGetLastError() != WSAEWOULDBLOCK) Fail(WSAGetLastError());
+        if (count == SOCKET_ERROR && WSAGetLastError() != WSAEWOULDBLOCK) return Fail(WSAGetLastError());
+        if (count != 0) return;
+        // Under Wine reading takes a connection that was dropped for one that was ended; sending does not.
+        if (send(m_socket.Get(), "", 0, 0) == SOCKET_ERROR && WSAGetLastError() == WSAECONNRESET)
+            return Fail(WSAECONNRESET);
+        m_state = ConnectionState::kEndedByPeer;
     }
 
     std::shared_ptr<Lookup> m_lookup;

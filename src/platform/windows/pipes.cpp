@@ -98,7 +98,12 @@ void InputPipe::CloseWhenRead() {
 }
 
 void InputPipe::ForgetWritten() {
-    while (!m_writes.empty() && HasOverlappedIoCompleted(&m_writes.front()->state)) m_writes.pop_front();
+    while (!m_writes.empty() && HasOverlappedIoCompleted(&m_writes.front()->state)) {
+        DWORD written = 0;
+        const bool done = GetOverlappedResult(m_ours.get(), &m_writes.front()->state, &written, FALSE);
+        m_writes.pop_front();
+        m_closing = m_closing || !done;  // nobody reads any more
+    }
     if (m_closing && m_writes.empty()) m_ours.reset();
 }
 

@@ -32,7 +32,8 @@ public:
     void EndTree() override { TerminateJobObject(m_job.get(), ERROR_PROCESS_ABORTED); }
     std::int64_t Id() const override { return m_id; }
 
-    bool WriteInput(std::string_view data) override { return m_input.Write(data); }
+    // A console host that is about to follow its program may hold the input open for a little while.
+    bool WriteInput(std::string_view data) override { return IsRunning() && m_input.Write(data); }
     void CloseInput() override { m_input.CloseWhenRead(); }
     bool ReadOutput(std::string& output) override {
         m_input.ForgetWritten();

@@ -31,6 +31,19 @@ std::size_t SkipVolume(std::wstring_view path) {
     return path.size() > 5 && path.starts_with(kLongPrefix) && colon == 5 ? 6 : 0;
 }
 
+// Some systems take a longer name for a missing file.
+bool HasOverlongName(std::wstring_view path) {
+    constexpr std::size_t kLongestName = 255;
+    constexpr std::size_t kLongestPath = 32'766;
+    if (path.size() > kLongestPath) return true;
+    while (path.size() > kLongestName) {
+        const std::size_t end = path.substr(0, kLongestName + 1).rfind(L'\\');
+        if (end == std::wstring_view::npos) return true;
+        path.remove_prefix(end + 1);
+    }
+    return false;
+}
+
 }  // namespace
 
 FileResult ToSystemPath(std::string_view path, std::wstring& systemPath) {
@@ -52,7 +65,8 @@ FileResult ToSystemPath(std::string_view path, std::wstring& systemPath) {
     } else {
         wide.insert(0, kLongPrefix);
     }
-    if (wide.find(L':', SkipVolume(wide)) != std::wstring::npos) return FileResult::kBadName;
+    const bool namesStream = wide.find(L':', SkipVolume(wide)) != std::wstring::npos;
+    if (namesStream || HasOverlongName(wide)) return FileResult::kBadName;
     systemPath = std::move(wide);
     return FileResult::kDone;
 }

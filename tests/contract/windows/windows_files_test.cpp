@@ -49,23 +49,6 @@ TEST_F(WindowsFilesTest, ReadsBothSeparatorsAndThePrefixOfLongPaths) {
               m_files.ResolvePath(folder + "/one/two.txt"));
 }
 
-TEST_F(WindowsFilesTest, ReachesFilesBeyondTheOldLimitOfPaths) {
-    std::string folder = m_folder.Path();
-    while (folder.size() < 1000) folder += "/" + std::string(100, 'x');
-    ASSERT_EQ(m_files.MakeFolders(folder), FileResult::kDone);
-    const auto file =
-        m_files.OpenForWriting(folder + "/a.txt", OpenMode::kCreateNew, FileAccess::kShared, m_result);
-    ASSERT_NE(file, nullptr);
-    EXPECT_EQ(file->Write("abc", 3), FileResult::kDone);
-    EXPECT_EQ(file->Close(), FileResult::kDone);
-    EXPECT_EQ(m_files.Rename(folder + "/a.txt", folder + "/b.txt", false), FileResult::kDone);
-    std::vector<FolderEntry> entries;
-    EXPECT_EQ(m_files.ListFolder(folder, entries), FileResult::kDone);
-    ASSERT_EQ(entries.size(), 1u);
-    EXPECT_EQ(entries[0].name, "b.txt");
-    EXPECT_EQ(m_files.Erase(folder + "/b.txt"), FileResult::kDone);
-}
-
 TEST_F(WindowsFilesTest, TellsThatAnotherProgramStillWritesAFile) {
     const std::string path = m_folder.Write("copying.ps", "%!PS");
     std::wstring wide;

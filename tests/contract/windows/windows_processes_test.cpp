@@ -2,14 +2,10 @@
 
 #include <shellapi.h>
 
-#include <cstdio>
-#include <cstdlib>
-
 #include <gtest/gtest.h>
 
 #include "fakes/temporary_folder.h"
 #include "platform/event_loop.h"
-#include "platform/machine.h"
 #include "platform/processes.h"
 #include "platform/services.h"
 #include "platform/windows/command_line.h"
@@ -57,12 +53,11 @@ TEST(EnvironmentTest, ReplacesAVariableWhateverItsCase) {
 class WindowsProcessesTest : public testing::Test {
 protected:
     // What it wrote, once it has ended.
-    std::string RunToEnd(const ProcessRequest& request, std::string_view input = {}) {
+    std::string RunToEnd(const ProcessRequest& request) {
         int error = 0;
         const auto process = m_services.processes->Start(request, error);
         EXPECT_NE(process, nullptr) << error;
         if (!process) return {};
-        EXPECT_TRUE(process->WriteInput(input));
         process->CloseInput();
         std::string output;
         while (process->ReadOutput(output)) m_services.loop->Wait(5);
@@ -83,41 +78,6 @@ TEST_F(WindowsProcessesTest, GivesABatchFileItsWordsUnchanged) {
                          "c|d"};
     EXPECT_EQ(RunToEnd(request), "\"a & echo b\" \"c|d\"\r\n");
     EXPECT_EQ(m_exitCode, 7);
-}
-
-// Run again with this variable set, the test program counts its input instead of testing.
-constexpr const char* kCountInput = "QUIREPRESS_COUNT_INPUT";
-const bool g_countsInput = [] {
-    if (std::getenv(kCountInput) == nullptr) return false;
-    std::size_t size = 0;
-    while (std::fgetc(stdin) != EOF) ++size;
-    std::printf("%zu", size);
-    std::exit(0);
-}();
-
-TEST_F(WindowsProcessesTest, KeepsInputThatTheProgramHasNotReadYet) {
-    ASSERT_FALSE(g_countsInput);
-    const std::string input(1'000'000, 'x');  // far more than a pipe holds
-    ProcessRequest request;
-    request.pipes = true;
-    request.arguments = {m_services.machine->ProgramPath()};
-    request.environment = {{kCountInput, "1"}};
-    EXPECT_EQ(RunToEnd(request, input), std::to_string(input.size()));
-}
-
-TEST_F(WindowsProcessesTest, EndsWhatAProgramHasStarted) {
-    const std::string mark = m_folder.PathOf("mark");
-    ProcessRequest request;
-    request.pipes = true;
-    // The inner program holds the mark open for as long as it runs.
-    request.arguments = {m_folder.Write("outer.bat", "@cmd /c \"ping -n 60 127.0.0.1 >%~1\"\r\n"), mark};
-    int error = 0;
-    auto process = m_services.processes->Start(request, error);
-    ASSERT_NE(process, nullptr);
-    while (!m_folder.Has("mark")) m_services.loop->Wait(10);
-    process.reset();
-    for (int i = 0; i < 100 && DeleteFileA(mark.c_str()) == 0; ++i) m_services.loop->Wait(20);
-    EXPECT_FALSE(m_folder.Has("mark"));
 }
 
 }  // namespace
