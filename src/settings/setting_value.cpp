@@ -170,8 +170,8 @@ std::string RenderSettingsTable(const std::vector<KeywordRow>& rows, const void*
     std::string table = "| Key | Form | Default | Written when | Meaning |\n|---|---|---|---|---|\n";
     for (const KeywordRow& row : rows) {
         std::string meaning = row.help;
-        if (!row.isRead) meaning += " Written only: it is never read back.";
-        if (!row.isReset) meaning += " Loading a file without the key leaves it as it is.";
+        if (!row.isRead) meaning += " (Written only: it is never read back.)";
+        if (!row.isReset) meaning += " (A second load keeps the value when the key is gone.)";
         table += "| `" + std::string(row.key) + "` | " + NameOfForm(row.form) + " | " +
                  DescribeDefault(row, defaults) + " | " + DescribeWriting(row) + " | " +
                  ReplaceAll(meaning, "|", "\\|") + " |\n";

@@ -21,7 +21,7 @@ struct SettingsPlace {
     Files& files;
     Prompts& prompts;                          // told of a file that cannot be written
     std::string workingFolder;                 // ends in a separator; a file's path is this text and its name
-    const CodePage& codePage = Windows1252();  // of files that are not UTF-8
+    CodePage codePage = Windows1252();  // of files that are not UTF-8
 };
 
 struct SettingsFile {

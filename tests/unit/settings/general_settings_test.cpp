@@ -1,0 +1,194 @@
+#include "settings/general_settings.h"
+
+#include <fstream>
+#include <iterator>
+
+#include "settings/misc_options.h"
+#include "settings_fixture.h"
+
+namespace quirepress {
+namespace {
+
+constexpr const char* kFile = "general_setup.ini";
+constexpr SystemFamily kModern = SystemFamily::kWindowsXpOrLater;
+
+std::string ReadGolden(const std::string& name) {
+    std::ifstream in(std::string(QUIREPRESS_TEST_DATA "/") + name, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), {}};
+}
+
+class GeneralSettingsTest : public SettingsTest {
+protected:
+    GeneralOptions Load(std::string_view text, SystemFamily family = kModern, bool isUnattended = false) {
+        m_folder.Write(kFile, text);
+        GeneralOptions options;
+        EXPECT_EQ(LoadGeneralOptions(options, m_place, family, isUnattended), kSettingsDone);
+        return options;
+    }
+    std::string Save(const GeneralOptions& options) {
+        EXPECT_EQ(SaveGeneralOptions(options, m_place, false), kSettingsDone);
+        return m_folder.Read(kFile);
+    }
+};
+
+TEST_F(GeneralSettingsTest, AFullFileIsWrittenAsItWasRead) {
+    const std::string golden = ReadGolden(kFile);
+    ASSERT_FALSE(golden.empty());
+    GeneralOptions options = Load(golden);
+    EXPECT_FALSE(options.m_generateAndPrintList);
+    options.m_generateAndPrintList = true;
+    EXPECT_EQ(Save(options), AsWritten(golden));
+}
+
+TEST_F(GeneralSettingsTest, TheDefaultsWriteTheKeysThatAlwaysStand) {
+    EXPECT_EQ(Save(GeneralOptions()),
+              AsWritten("CLOSEOFFICEPASSWORDBOX;20\nTEMPFOLDER;Temp\nTIMEALLOW;14000\nSCREEN;Default Size\n"
+                        "PRINTCOPIES;1\nPRINTCOPIESREPEAT;1\nSETUPINI;\nLOGFONTSIZE;7\nUNZIPFOLDER;\n"
+                        "USEOPENPASSWORD;\n"));
+}
+
+TEST_F(GeneralSettingsTest, EachKeyHasAFieldOfItsOwn) {
+    using Member = bool GeneralOptions::*;
+    const std::pair<const char*, Member> flags[] = {
+        {"NOPDFPAGES", &GeneralOptions::m_noPdfPages},
+        {"DONTCLOSEACROBAT", &GeneralOptions::m_closeAcrobat},
+        {"DONTCLOSEACROBATLIST", &GeneralOptions::m_closeAcrobatList},
+        {"DONTCLOSEACROBATPRS", &GeneralOptions::m_closeAcrobatPrs},
+        {"CLEARPRINTLOG", &GeneralOptions::m_clearPrintLog},
+        {"CLEARERRORLOG", &GeneralOptions::m_clearErrorLog},
+        {"CLEARFTPLOG", &GeneralOptions::m_clearFtpLog},
+        {"CLEARFTPERRORLOG", &GeneralOptions::m_clearFtpErrorLog},
+        {"DONTUSEINTERNALPOSTSCRIPT", &GeneralOptions::m_useInternalPostScript},
+        {"USEINTERNALPDF", &GeneralOptions::m_useInternalPdf},
+        {"DONTUSEINTERNALPCL", &GeneralOptions::m_useInternalPcl},
+        {"DONTUSEINTERNALPRN", &GeneralOptions::m_useInternalPrn},
+        {"DONTPRINTTODEFAULTPDF", &GeneralOptions::m_dontPrintToDefaultPdf},
+        {"DONTUSEINTPRINTINGPDF", &GeneralOptions::m_dontUseIntPrintingPdf},
+        {"ONERRORPRINTONEMORETIME", &GeneralOptions::m_onErrorPrintOneMoreTime},
+        {"ONERRORHANGPRINTONEMORETIME", &GeneralOptions::m_onErrorHangPrintOneMoreTime}};
+    const GeneralOptions defaults;
+    for (const auto& [key, member] : flags) {
+        const GeneralOptions options = Load(key);
+        for (const auto& [otherKey, other] : flags)
+            EXPECT_EQ(options.*other != defaults.*other, member == other) << key << " and " << otherKey;
+    }
+    const GeneralOptions options =
+        Load("STARTUPRECT;1;2;3;4\nPRINTCOPIES;3\nPRINTCOPIESREPEAT;4\nPRINTCOPIES;5");
+    EXPECT_EQ(options.m_startupTop, 1);
+    EXPECT_EQ(options.m_startupBottom, 2);
+    EXPECT_EQ(options.m_startupLeft, 3);
+    EXPECT_EQ(options.m_startupRight, 4);
+    EXPECT_EQ(options.m_printCopies, 5);
+    EXPECT_EQ(options.m_printCopiesRepeat, 4);
+}
+
+TEST_F(GeneralSettingsTest, KeysWithoutAValueFallBack) {
+    const GeneralOptions options = Load(
+        "PAUSE1BEFORE;6\nPAUSE1BEFORE\nPAUSE1AFTER;6\nPAUSE1AFTER;\nCLOSEOFFICEPASSWORDBOX;6\n"
+        "CLOSEOFFICEPASSWORDBOX\nPAUSEMOVE;6\nPAUSEMOVE\nTEMPFOLDER;x\nTEMPFOLDER;\nUSEOPENPASSWORD;x\n"
+        "USEOPENPASSWORD;\nTIMEALLOW;6000\nTIMEALLOW;\n");
+    EXPECT_EQ(options.m_pauseBefore, 0);
+    EXPECT_EQ(options.m_pauseAfter, 2);
+    EXPECT_EQ(options.m_closeOfficePasswordBox, 20);
+    EXPECT_EQ(options.m_pauseMove, 0);
+    EXPECT_EQ(options.m_tempFolder, "Temp");
+    EXPECT_EQ(options.m_openPassword, "x");
+    EXPECT_EQ(options.m_timeAllow, 6000);
+}
+
+TEST_F(GeneralSettingsTest, AChangeDelayWithoutAValueClearsThePause) {
+    const GeneralOptions after =
+        Load("PRINTCHANGEDELAYALLOWANCE;3\nPAUSE1AFTER;5\nPRINTCHANGEDELAYALLOWANCE;\n");
+    EXPECT_EQ(after.m_pauseAfter, 0);
+    EXPECT_EQ(after.m_printerChangeDelay, 3);
+    EXPECT_EQ(Load("PRINTCHANGEDELAYALLOWANCE;\nPAUSE1AFTER;5\n").m_pauseAfter, 5);
+}
+
+TEST_F(GeneralSettingsTest, ASecondLoadKeepsWhatItDoesNotReset) {
+    GeneralOptions options = Load(ReadGolden(kFile));
+    m_folder.Write(kFile, "REMOVEITEM\n");
+    ASSERT_EQ(LoadGeneralOptions(options, m_place, kModern, false), kSettingsDone);
+    EXPECT_EQ(Save(options), AsWritten("REMOVEITEM\nPAUSE1BEFORE;4\nCLOSEOFFICEPASSWORDBOX;6\n"
+                                       "TEMPFOLDER;/var/spool/qpr temp\nCOPIESPROMPT\nTIMEALLOW;14000\n"
+                                       "SCREEN;Default Size\nPRINTCOPIES;1\nPRINTCOPIESREPEAT;1\nSETUPINI;\n"
+                                       "MOVETODLG;/srv/done\nLOGFONTSIZE;7\nPRINTPRIORITY;99\n"
+                                       "DECREASEPRINTPRIORITY\nUNZIPFOLDER;\nUSEOPENPASSWORD;\n"));
+}
+
+TEST_F(GeneralSettingsTest, AnOldSystemKnowsNoInternalPdfEngine) {
+    const std::string_view text = "PDFFITTOPAPER\nDONTPDFAUTOROTATE\nUSEOPENPASSWORD;x\nREMOVEITEM\n";
+    const GeneralOptions options = Load(text, SystemFamily::kWindows2000);
+    EXPECT_TRUE(options.m_dontUseIntPrintingPdf);
+    EXPECT_FALSE(options.m_pdfFitToPaper);
+    EXPECT_FALSE(options.m_dontPdfAutoRotate);
+    EXPECT_EQ(options.m_openPassword, "");
+    EXPECT_TRUE(options.m_removeItem);
+    EXPECT_TRUE(Load("\n", SystemFamily::kWindows9x).m_dontUseIntPrintingPdf);
+    EXPECT_FALSE(Load("", SystemFamily::kWindows9x).m_dontUseIntPrintingPdf);
+    EXPECT_FALSE(Load(text).m_dontUseIntPrintingPdf);
+}
+
+TEST_F(GeneralSettingsTest, UnattendedTheErrorLogIsOn) {
+    EXPECT_TRUE(Load("REMOVEITEM", kModern, true).m_errorLog);
+    GeneralOptions options;
+    m_files.Erase(m_folder.PathOf(kFile));
+    EXPECT_EQ(LoadGeneralOptions(options, m_place, kModern, true), kSettingsNotRead);
+    EXPECT_TRUE(options.m_errorLog);
+}
+
+TEST_F(GeneralSettingsTest, TheFileWithThePasswordIsForItsOwnerOnly) {
+    struct AccessRecorder : FaultyFiles {
+        using FaultyFiles::FaultyFiles;
+        std::unique_ptr<OutputFile> OpenForWriting(std::string_view path, OpenMode mode, FileAccess access,
+                                                   FileResult& result) override {
+            last = access;
+            return FaultyFiles::OpenForWriting(path, mode, access, result);
+        }
+        FileAccess last = FileAccess::kShared;
+    } recorder(m_files);
+    EXPECT_EQ(SaveGeneralOptions({}, {recorder, m_prompts, m_folder.PathOf("")}, false), kSettingsDone);
+    EXPECT_EQ(recorder.last, FileAccess::kOwnerOnly);
+}
+
+TEST_F(GeneralSettingsTest, SavingIsInhibitedOrRefusedWithTheOwnersMessage) {
+    m_files.FailAlways(FaultyFiles::Call::kOpenForWriting, FileResult::kNoAccess);
+    EXPECT_EQ(SaveGeneralOptions({}, m_place, true), kSettingsDone);
+    EXPECT_TRUE(m_prompts.boxes.empty());
+    EXPECT_EQ(SaveGeneralOptions({}, m_place, false), kSettingsNotWritten);
+    EXPECT_EQ(SaveMiscOptions({}, m_place), kSettingsNotWritten);
+    EXPECT_EQ(m_prompts.boxes,
+              (std::vector<FakePrompts::Box>{{"Save Error!", "Can't save to general_setup.ini file."},
+                                             {"Save Error!", "Can't save to misc.ini file."}}));
+}
+
+TEST_F(GeneralSettingsTest, TheDialogCouplesItsPdfOptions) {
+    GeneralOptions options;
+    options.m_dontPrintPdfZero = true;
+    ApplyDialogCouplings(options);
+    EXPECT_TRUE(options.m_dontRetryPdf);
+    EXPECT_TRUE(options.m_dontPrintPdfZero);
+    options.m_openPassword = "x";
+    ApplyDialogCouplings(options);
+    EXPECT_FALSE(options.m_dontPrintPdfZero);
+    GeneralOptions without;
+    without.m_dontUseIntPrintingPdf = true;
+    without.m_dontPrintPdfZero = true;
+    without.m_openPassword = "x";
+    ApplyDialogCouplings(without);
+    EXPECT_FALSE(without.m_dontRetryPdf);
+    EXPECT_TRUE(without.m_dontPrintPdfZero);
+}
+
+TEST_F(GeneralSettingsTest, MiscOptionsComeBack) {
+    EXPECT_EQ(SaveMiscOptions({"/srv/in", -12, 8}, m_place), kSettingsDone);
+    EXPECT_EQ(m_folder.Read("misc.ini"),
+              AsWritten("BULKLOADDIR;/srv/in\nREPORTFONTHEIGHT;-12\nREPORTFONTWIDTH;8\n"));
+    MiscOptions options;
+    EXPECT_EQ(LoadMiscOptions(options, m_place), kSettingsDone);
+    EXPECT_EQ(options.m_bulkLoadFolder, "/srv/in");
+    EXPECT_EQ(options.m_reportFontHeight, -12);
+    EXPECT_EQ(options.m_reportFontWidth, 8);
+}
+
+}  // namespace
+}  // namespace quirepress

@@ -1,0 +1,204 @@
+#include "settings/keyword_file.h"
+
+#include "settings_fixture.h"
+
+namespace quirepress {
+namespace {
+
+using namespace std::string_view_literals;
+
+struct Sample {
+    bool m_flag = false;
+    bool m_flagLonger = false;
+    bool m_option = true;
+    std::int32_t m_number = 7;
+    std::int32_t m_kept = 1;
+    std::int32_t m_first = 0;
+    std::int32_t m_second = 0;
+    std::string m_text = "default";
+    std::vector<std::string> m_recipients;
+};
+
+const KeywordTable<Sample>& SampleKeywords() {
+    static const KeywordTable<Sample> table(
+        {"sample.ini", "Can't save the sample."},
+        {
+            Flag("FLAG", &Sample::m_flag, ""),
+            Flag("FLAGLONGER", &Sample::m_flagLonger, ""),
+            NegativeFlag("DONTOPTION", &Sample::m_option, ""),
+            Number("NUMBER", &Sample::m_number, ""),
+            Number("KEPT", &Sample::m_kept, "").WrittenWhenAtLeast(5).KeptByLoad(),
+            Numbers("PAIR", {&Sample::m_first, &Sample::m_second}, "")
+                .WrittenWhen([](const Sample& sample) { return sample.m_first != 0; }, "set"),
+            Text("TEXT", &Sample::m_text, ""),
+            Texts("EMAILTO", &Sample::m_recipients, ""),
+        });
+    return table;
+}
+
+class KeywordFileTest : public SettingsTest {
+protected:
+    Sample Load(std::string_view text) {
+        m_folder.Write("sample.ini", text);
+        Sample sample;
+        EXPECT_EQ(LoadSettings(SampleKeywords(), m_place, sample), kSettingsDone);
+        return sample;
+    }
+    int Save(const Sample& sample) { return SaveSettings(SampleKeywords(), m_place, sample); }
+    std::string Saved() { return m_folder.Read("sample.ini"); }
+};
+
+TEST_F(KeywordFileTest, ReadsWholeWordsInAnyOrder) {
+    const Sample sample = Load(
+        "TEXT;a b \r\nFLAGLONGER;ignored\nDONTOPTION\nflag\n FLAG\n;;\n\nFLAGS\nPAIR;3;-4;5\nNUMBER;  12abc");
+    EXPECT_FALSE(sample.m_flag);
+    EXPECT_TRUE(sample.m_flagLonger);
+    EXPECT_FALSE(sample.m_option);
+    EXPECT_EQ(sample.m_text, "a b ");
+    EXPECT_EQ(sample.m_first, 3);
+    EXPECT_EQ(sample.m_second, -4);
+    EXPECT_EQ(sample.m_number, 12);
+}
+
+TEST_F(KeywordFileTest, TheLaterLineWins) {
+    const Sample sample = Load("NUMBER;3\nTEXT;x\nNUMBER;5\nTEXT;y\nEMAILTO;a@x\nEMAILTO;b@x\n");
+    EXPECT_EQ(sample.m_number, 5);
+    EXPECT_EQ(sample.m_text, "y");
+    EXPECT_EQ(sample.m_recipients, (std::vector<std::string>{"a@x", "b@x"}));
+}
+
+TEST_F(KeywordFileTest, AMissingValueLeavesTheFieldAndAWordIsZero) {
+    for (const char* line : {"NUMBER", "NUMBER;", "NUMBER;;"}) EXPECT_EQ(Load(line).m_number, 7) << line;
+    EXPECT_EQ(Load("NUMBER;abc").m_number, 0);
+    EXPECT_EQ(Load("NUMBER; ").m_number, 0);
+    EXPECT_EQ(Load("NUMBER;;;8").m_number, 8);
+    EXPECT_EQ(Load("TEXT;").m_text, "default");
+    const Sample sample = Load("PAIR;3");
+    EXPECT_EQ(sample.m_first, 3);
+    EXPECT_EQ(sample.m_second, 0);
+}
+
+TEST_F(KeywordFileTest, ALongLineEndsTheReading) {
+    const std::string fits = "TEXT;" + std::string(249, 'x');
+    for (const char* end : {"\n", "\r\n", ""}) {
+        EXPECT_EQ(Load("NUMBER;1\n" + fits + end).m_text, std::string(249, 'x'));
+        const Sample sample = Load("NUMBER;1\n" + fits + "x" + end + "\nNUMBER;2\n");
+        EXPECT_EQ(sample.m_number, 1);
+        EXPECT_EQ(sample.m_text, "default");
+    }
+}
+
+TEST_F(KeywordFileTest, AnUnreadableFileLeavesTheDefaults) {
+    Sample sample;
+    sample.m_number = 1;
+    sample.m_kept = 9;
+    EXPECT_EQ(LoadSettings(SampleKeywords(), m_place, sample), kSettingsNotRead);
+    EXPECT_EQ(sample.m_number, 7);
+    EXPECT_EQ(sample.m_kept, 9);
+    m_files.MakeFolders(m_folder.PathOf("sample.ini"));
+    EXPECT_EQ(LoadSettings(SampleKeywords(), m_place, sample), kSettingsNotRead);
+    EXPECT_TRUE(m_prompts.boxes.empty());
+}
+
+TEST_F(KeywordFileTest, GarbageCostsItsOwnLine) {
+    const std::string_view garbage =
+        "\xEF\xBB\xBF"
+        "FLAG\n\0\0\nTEXT;a\0b\nNUMBER;4\r\r\n\x1A\nPAIR;9;9\rKEPT;9"sv;
+    const Sample sample = Load(garbage);
+    EXPECT_TRUE(sample.m_flag);
+    EXPECT_EQ(sample.m_text, "a");
+    EXPECT_EQ(sample.m_number, 4);
+    EXPECT_EQ(sample.m_second, 9);
+    EXPECT_EQ(sample.m_kept, 1);
+    EXPECT_EQ(Save(sample), kSettingsDone);
+}
+
+TEST_F(KeywordFileTest, WritesByTheRowsConditions) {
+    Sample sample;
+    EXPECT_EQ(Save(sample), kSettingsDone);
+    EXPECT_EQ(Saved(), AsWritten("NUMBER;7\nTEXT;default\n"));
+    sample.m_flag = true;
+    sample.m_option = false;
+    sample.m_number = -2147483647 - 1;
+    sample.m_kept = 5;
+    sample.m_first = 1;
+    sample.m_text = "";
+    sample.m_recipients = {"a@x", "b@x"};
+    EXPECT_EQ(Save(sample), kSettingsDone);
+    EXPECT_EQ(Saved(), AsWritten("FLAG\nDONTOPTION\nNUMBER;-2147483648\nKEPT;5\nPAIR;1;0\nTEXT;\n"
+                                 "EMAILTO;a@x\nEMAILTO;b@x\n"));
+}
+
+TEST_F(KeywordFileTest, WhatTheFormatCannotHoldIsRefused) {
+    m_folder.Write("sample.ini", "FLAG\n");
+    Sample sample;
+    for (const std::string& text : {std::string("a;b"), std::string("a\nb"), std::string("a\r"),
+                                    std::string("a\0b", 3), std::string(250, 'x')}) {
+        sample.m_text = text;
+        EXPECT_EQ(Save(sample), kSettingsNotWritten);
+        EXPECT_EQ(Saved(), "FLAG\n");
+    }
+    ASSERT_EQ(m_prompts.boxes.size(), 5U);
+    EXPECT_EQ(
+        m_prompts.boxes.back(),
+        (FakePrompts::Box{"Save Error!",
+                          "Can't save the sample. The value of TEXT makes its line longer than 254 bytes."}));
+    sample.m_text = std::string(249, 'x');
+    EXPECT_EQ(Save(sample), kSettingsDone);
+}
+
+TEST_F(KeywordFileTest, AFailedWriteLeavesTheOldFile) {
+    m_folder.Write("sample.ini", "FLAG\n");
+    using Call = FaultyFiles::Call;
+    for (const Call call :
+         {Call::kOpenForWriting, Call::kWrite, Call::kFlushToDisk, Call::kClose, Call::kRename}) {
+        m_files.FailAlways(call, FileResult::kNoAccess);
+        EXPECT_EQ(Save(Sample()), kSettingsNotWritten);
+        m_files.Heal();
+    }
+    m_files.FillDiskAfter(4);
+    EXPECT_EQ(Save(Sample()), kSettingsNotWritten);
+    EXPECT_EQ(Saved(), "FLAG\n");
+    ASSERT_EQ(m_prompts.boxes.size(), 6U);
+    EXPECT_EQ(m_prompts.boxes.back(), (FakePrompts::Box{"Save Error!", "Can't save the sample."}));
+    std::vector<FolderEntry> entries;
+    m_files.ListFolder(m_folder.Path(), entries);
+    EXPECT_EQ(entries.size(), 1U);
+}
+
+TEST_F(KeywordFileTest, ACodePageFileStaysOneWhileItsTextsFit) {
+    Sample sample = Load(
+        "TEXT;Stra\xDF"
+        "e \x80\x81\n");
+    EXPECT_EQ(sample.m_text, "Straße €\xC2\x81");
+    EXPECT_EQ(Save(sample), kSettingsDone);
+    EXPECT_EQ(Saved(), AsWritten("NUMBER;7\nTEXT;Stra\xDF"
+                                 "e \x80\x81\n"));
+    sample.m_text += "Ж";
+    EXPECT_EQ(Save(sample), kSettingsDone);
+    EXPECT_EQ(Saved(), AsWritten("NUMBER;7\nTEXT;Straße €\xC2\x81Ж\n"));
+    EXPECT_EQ(Load(Saved()).m_text, sample.m_text);
+}
+
+TEST_F(KeywordFileTest, ACodePageFileNeverTurnsIntoOneThatReadsAsUtf8) {
+    // Only a line that nobody knows shows that the file is in the code page.
+    const Sample sample = Load("TEXT;\xC3\xA9\nJUNK\xFF\n");
+    EXPECT_EQ(sample.m_text, "Ã©");
+    EXPECT_EQ(Save(sample), kSettingsDone);
+    EXPECT_EQ(Load(Saved()).m_text, "Ã©");
+}
+
+TEST_F(KeywordFileTest, BytesThatAreNoUtf8GoOutAsTheyCameIn) {
+    Sample sample;
+    sample.m_text = "/srv/caf\xE9";
+    EXPECT_EQ(Save(sample), kSettingsDone);
+    EXPECT_EQ(Saved(), AsWritten("NUMBER;7\nTEXT;/srv/caf\xE9\n"));
+}
+
+TEST_F(KeywordFileTest, TheSystemsCodePageCounts) {
+    m_place.codePage.highBytes[0xC6 - 0x80] = 0x0416;
+    EXPECT_EQ(Load("TEXT;\xC6\n").m_text, "Ж");
+}
+
+}  // namespace
+}  // namespace quirepress
