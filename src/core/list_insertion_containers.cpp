@@ -14,7 +14,7 @@ namespace quirepress {
 namespace {
 
 constexpr std::size_t kDeepestNesting = 16;
-constexpr int kMostContainers = 100'000;  // inside one insertion
+constexpr int kMostContainers = 20'000;  // inside one insertion
 constexpr int kMostUnpackFolders = 100'000;
 
 std::string FolderForUnpacking(const GeneralOptions& options, const std::string& workingFolder) {

@@ -209,7 +209,7 @@ TEST_F(ListContainersTest, JobsThatLoadThemselvesEnd) {
     Insert(m_folder.PathOf("level11.job"));
     EXPECT_GT(m_list.RowCount(), 0);
     EXPECT_EQ(TextOf(m_list.RowCount() - 1, kColumnStatus),
-              "Error - More than 100000 files inside files, the limit");
+              "Error - More than 20000 files inside files, the limit");
 }
 
 TEST_F(ListContainersTest, AJobThatCannotBeReadIsReported) {
