@@ -12,7 +12,7 @@ namespace quirepress {
 
 namespace {
 
-constexpr std::size_t kChunkSize = 256 * 1024;
+constexpr std::size_t kChunkSize = 262'144;
 
 // A new file beside `path`, under a name that is free. It has this name until it is complete.
 class UnfinishedFile {

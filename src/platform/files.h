@@ -56,9 +56,10 @@ public:
 class OutputFile {
 public:
     virtual ~OutputFile() = default;  // closes; what was not flushed may be lost with the machine
-    virtual FileResult Write(const void* data, std::size_t size) = 0;  // all of it, or a failure
-    virtual FileResult FlushToDisk() = 0;                              // survives a power failure
-    virtual FileResult Close() = 0;  // reports what the system kept back until now; once
+    // All of it, or a failure; of a failed append nothing stays behind.
+    virtual FileResult Write(const void* data, std::size_t size) = 0;
+    virtual FileResult FlushToDisk() = 0;  // survives a power failure
+    virtual FileResult Close() = 0;        // reports what the system kept back until now; once
 };
 
 // Held until destroyed, or until the process ends, however it ends.
@@ -76,7 +77,7 @@ public:
 
     // What `path` is, links followed. Opens a regular file to see whether it can be read.
     virtual FileFacts Inspect(std::string_view path) = 0;
-    // Null when it is missing, cannot be opened or is no regular file; `result` says why.
+    // Null when it is missing, cannot be opened or is no regular file (kNoAccess); `result` says why.
     virtual std::unique_ptr<InputFile> OpenForReading(std::string_view path, FileResult& result) = 0;
     virtual std::unique_ptr<OutputFile> OpenForWriting(std::string_view path, OpenMode mode,
                                                        FileAccess access, FileResult& result) = 0;
@@ -85,9 +86,11 @@ public:
     virtual FileResult MakeFolders(std::string_view path) = 0;  // parents too; done when it exists
     // Within one volume; kExists when `to` exists unless `replace`. Survives a power failure.
     virtual FileResult Rename(std::string_view from, std::string_view to, bool replace) = 0;
-    virtual FileResult Erase(std::string_view path) = 0;        // a file, or an empty folder
+    // A file, a link itself, or an empty folder; kExists for a folder that is not empty.
+    virtual FileResult Erase(std::string_view path) = 0;
     virtual FileResult FlushFolder(std::string_view path) = 0;  // makes creations and renames in it durable
-    // The absolute path without links, "." and ".."; empty when it does not exist.
+    // The absolute path without links, "." and ".."; empty when it does not exist, or is longer than the
+    // system can tell.
     virtual std::string ResolvePath(std::string_view path) = 0;
     // An advisory lock on `path` (created when missing). Null when another holder has it: kBusy.
     virtual std::unique_ptr<FileLock> TryLock(std::string_view path, FileResult& result) = 0;

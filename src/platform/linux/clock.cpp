@@ -1,9 +1,8 @@
 #include "platform/clock.h"
 
-#include <time.h>
-
 #include <array>
 #include <cstdint>
+#include <ctime>
 #include <memory>
 
 #include "platform/linux/make_services.h"

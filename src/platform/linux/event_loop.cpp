@@ -1,11 +1,11 @@
 #include "platform/event_loop.h"
 
 #include <poll.h>
-#include <time.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
+#include <ctime>
 #include <memory>
 #include <utility>
 

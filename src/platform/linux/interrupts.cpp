@@ -1,11 +1,11 @@
 #include "platform/interrupts.h"
 
 #include <fcntl.h>
-#include <signal.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <cerrno>
+#include <csignal>
 
 #include "platform/linux/interrupt_signal.h"
 

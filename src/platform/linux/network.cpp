@@ -4,12 +4,12 @@
 #include <netdb.h>
 #include <netinet/in.h>
 #include <poll.h>
-#include <signal.h>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
 
 #include <array>
 #include <atomic>
+#include <csignal>
 #include <cstring>
 #include <system_error>
 #include <thread>
@@ -114,7 +114,7 @@ public:
 
     std::int64_t Receive(std::string& data) override {
         if (!IsUsable()) return WouldWait() ? 0 : -1;
-        std::array<char, 16 * 1024> bytes;
+        std::array<char, 16'384> bytes;
         const ssize_t count = RetryInterrupted(
             [&] { return recv(m_socket.Value(), bytes.data(), bytes.size(), MSG_DONTWAIT); });
         if (count > 0) data.append(bytes.data(), static_cast<std::size_t>(count));

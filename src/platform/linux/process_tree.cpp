@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <poll.h>
-#include <signal.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
@@ -13,6 +12,7 @@
 #include <array>
 #include <cerrno>
 #include <climits>
+#include <csignal>
 #include <cstring>
 
 #include "platform/linux/descriptor.h"
@@ -141,7 +141,7 @@ void KillChildren() {
     const int proc = open("/proc", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (proc < 0) return;
     const long self = getpid();
-    alignas(8) std::array<char, 16 * 1024> entries;
+    alignas(8) std::array<char, 16'384> entries;
     for (;;) {
         const long size = syscall(SYS_getdents64, proc, entries.data(), entries.size());
         if (size <= 0) break;

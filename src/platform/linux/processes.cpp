@@ -40,6 +40,7 @@ void MakeNonBlocking(const Descriptor& descriptor) {
 
 std::vector<char*> PointersTo(std::vector<std::string>& texts) {
     std::vector<char*> pointers;
+    pointers.reserve(texts.size() + 1);
     for (std::string& text : texts) pointers.push_back(text.data());
     pointers.push_back(nullptr);
     return pointers;
@@ -56,7 +57,7 @@ std::vector<std::string> MakeEnvironment(const ProcessRequest& request) {
                 replaced || (text.substr(0, name.size()) == name && text.substr(name.size(), 1) == "=");
         if (!replaced) texts.emplace_back(text);
     }
-    for (const auto& [name, value] : request.environment) texts.push_back(name + '=' + value);
+    for (const auto& [name, value] : request.environment) texts.emplace_back(name).append("=").append(value);
     return texts;
 }
 
@@ -179,7 +180,7 @@ private:
 
     bool ReadStream(Descriptor& stream, std::string& data) {
         SendPending();
-        std::array<char, 16 * 1024> bytes;
+        std::array<char, 16'384> bytes;
         constexpr int kMostChunks = 64;  // a program that writes without end does not keep this one
         for (int i = 0; i < kMostChunks && stream.IsOpen(); ++i) {
             const ssize_t count =

@@ -14,7 +14,7 @@ namespace quirepress {
 
 namespace {
 
-constexpr std::int64_t kLargestFile = 16 * 1024 * 1024;
+constexpr std::int64_t kLargestFile = 16'777'216;
 
 // One file, replaced as a whole: a reader needs no lock, writers take turns.
 class LinuxRegistry : public Registry {

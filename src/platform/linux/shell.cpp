@@ -17,7 +17,7 @@ public:
     explicit LinuxShell(Files& files) : m_files(files) {}
 
     std::string ResolveShortcut(std::string_view path) override {
-        constexpr std::int64_t kLargestEntry = 64 * 1024;
+        constexpr std::int64_t kLargestEntry = 65'536;
         std::string entry;
         FileResult result = FileResult::kDone;
         if (!IsShortcut(path) || !ReadWholeFile(m_files, path, kLargestEntry, entry, result)) return {};

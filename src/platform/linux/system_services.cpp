@@ -1,6 +1,7 @@
 #include <fcntl.h>
-#include <signal.h>
 #include <unistd.h>
+
+#include <csignal>
 
 #include "platform/clock.h"
 #include "platform/event_loop.h"
