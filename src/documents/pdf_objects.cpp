@@ -48,7 +48,9 @@ bool PdfObjects::ReadNumber(std::string_view value, long long& number) {
     PdfReference reference;
     return ReadPdfReference(value, reference) && Read(reference, [&](std::string_view text) {
                PdfCursor cursor(text);
-               return cursor.TakeNumber(number) ? PdfRead::kDone : PdfRead::kBad;
+               PdfReference another;
+               const bool good = !cursor.TakeReference(another) && cursor.TakeNumber(number);
+               return good ? PdfRead::kDone : PdfRead::kBad;
            });
 }
 

@@ -24,16 +24,15 @@ bool PdfPageTree::AddDictionary(long long number, const PdfDictionary& dictionar
         return Add(number, type.empty() ? Kind::kUntyped : Kind::kOther, firstKid);
     if (ReadPdfReference(kids, reference)) {
         m_kids.push_back(reference.number);
-    } else {
-        PdfCursor cursor(kids);
-        if (!TakeKids(cursor)) return false;
+    } else if (!TakeKids(kids)) {
+        return false;
     }
     return Add(number, Kind::kPages, firstKid);
 }
 
-bool PdfPageTree::AddArray(long long number, PdfCursor& cursor) {
+bool PdfPageTree::AddArray(long long number, std::string_view array) {
     const std::size_t firstKid = m_kids.size();
-    return TakeKids(cursor) && Add(number, Kind::kArray, firstKid);
+    return TakeKids(array) && Add(number, Kind::kArray, firstKid);
 }
 
 bool PdfPageTree::AddOther(long long number) {
@@ -57,7 +56,8 @@ bool PdfPageTree::Add(long long number, Kind kind, std::size_t firstKid) {
 }
 
 // References up to the array's end, or to what is none.
-bool PdfPageTree::TakeKids(PdfCursor& cursor) {
+bool PdfPageTree::TakeKids(std::string_view array) {
+    PdfCursor cursor(array);
     PdfReference kid;
     if (!cursor.TakeText("[")) return true;
     while (cursor.TakeReference(kid)) {

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string_view>
 #include <vector>
 
 #include "documents/pdf_tokens.h"
@@ -14,7 +15,7 @@ class PdfPageTree {
 public:
     // False when there are too many.
     bool AddDictionary(long long number, const PdfDictionary& dictionary);
-    bool AddArray(long long number, PdfCursor& cursor);
+    bool AddArray(long long number, std::string_view array);
     bool AddOther(long long number);
     // An object that a trailer names as the catalog.
     bool AddRoot(long long number);
@@ -34,7 +35,7 @@ private:
     };
 
     bool Add(long long number, Kind kind, std::size_t firstKid);
-    bool TakeKids(PdfCursor& cursor);
+    bool TakeKids(std::string_view array);
     void Sort();
     Node* Find(long long number);
     long long CountLeaves(long long root);

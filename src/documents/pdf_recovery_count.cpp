@@ -36,6 +36,23 @@ long long ReadNumberBefore(std::string_view bytes, std::size_t position) {
     return cursor.TakeNumber(number) ? number : -1;
 }
 
+// The next occurrence of a word at or behind an index that only grows.
+class NextWord {
+public:
+    NextWord(std::string_view bytes, std::string_view word, std::size_t index)
+        : m_bytes(bytes), m_word(word), m_found(bytes.find(word, index)) {}
+
+    std::size_t From(std::size_t index) {
+        if (m_found < index) m_found = m_bytes.find(m_word, index);
+        return m_found;
+    }
+
+private:
+    std::string_view m_bytes;
+    std::string_view m_word;
+    std::size_t m_found;
+};
+
 class RecoveryScan {
 public:
     RecoveryScan(InputFile& file, PdfScratch& scratch);
@@ -51,7 +68,7 @@ private:
     Outcome TakeStream(std::string_view bytes, std::size_t data, std::int64_t offset);
     void TakeObjectStream(std::string_view data, std::int64_t offset, long long length);
     std::string_view ReadApart(std::int64_t offset, std::size_t size);
-    bool TakeStreamedObject(long long number, std::string_view text);
+    PdfRead AddObject(long long number, std::string_view bytes, PdfCursor& cursor);
     void TakeTrailerKeys();
     bool EndsStream(std::int64_t offset);
     void Spend(std::size_t bytes) { m_effort -= static_cast<std::int64_t>(bytes); }
@@ -98,16 +115,16 @@ void RecoveryScan::ScanBlock() {
     if (!isLast && bytes.size() < m_blockSize) return GiveUpUnless(false);
     auto index = static_cast<std::size_t>(m_position - begin);
     const std::size_t start = index;
-    std::size_t trailer = bytes.find(kTrailer, index);
+    NextWord trailers(bytes, kTrailer, index);
+    NextWord objects(bytes, kObject, index);
     while (m_effort >= 0) {
-        const std::size_t object = bytes.find(kObject, index);
-        const std::size_t found = std::min(object, trailer);
+        const std::size_t trailer = trailers.From(index);
+        const std::size_t found = std::min(objects.From(index), trailer);
         if (found == std::string_view::npos) break;
         Outcome outcome = Outcome::kGoOn;
         if (found == trailer) {
             index = found + kTrailer.size();
             outcome = TakeTrailer(bytes.substr(index));
-            trailer = bytes.find(kTrailer, index);
         } else {
             index = found + kObject.size();
             if (const long long number = ReadNumberBefore(bytes, found); number >= 0)
@@ -116,7 +133,6 @@ void RecoveryScan::ScanBlock() {
         if (outcome == Outcome::kMoved) {
             if (m_position - begin >= static_cast<std::int64_t>(bytes.size())) return;
             index = static_cast<std::size_t>(m_position - begin);
-            if (trailer < index) trailer = bytes.find(kTrailer, index);
         }
         if (outcome != Outcome::kNeedsMore || isLast) continue;
         // Again from here; with more when this is where the look began. What is too long is passed over.
@@ -150,30 +166,35 @@ void RecoveryScan::TakeTrailerKeys() {
 RecoveryScan::Outcome RecoveryScan::TakeObject(long long number, std::string_view bytes,
                                                std::int64_t offset) {
     PdfCursor cursor(bytes);
+    const PdfRead read = AddObject(number, bytes, cursor);
+    if (read == PdfRead::kNeedsMore) return Outcome::kNeedsMore;
+    const std::size_t data = FindStreamData(bytes, cursor.Position());
+    if (read == PdfRead::kBad || data == std::string_view::npos) return Outcome::kGoOn;
+    if (m_dictionary.Find("Type") == "/XRef") TakeTrailerKeys();
+    return TakeStream(bytes, data, offset);
+}
+
+// The object at the begin of `bytes`, and the cursor behind it. A dictionary is then in m_dictionary, which
+// is empty for anything else.
+PdfRead RecoveryScan::AddObject(long long number, std::string_view bytes, PdfCursor& cursor) {
+    m_dictionary.Clear();
     cursor.SkipBlanks();
     const std::string_view body = bytes.substr(cursor.Position());
+    PdfRead read = PdfRead::kDone;
+    bool good = true;
     if (StartsWith(body, "[")) {
         std::string_view array;
-        const PdfRead read = cursor.TakeValue(array);
-        Spend(read == PdfRead::kDone ? cursor.Position() : bytes.size());
-        if (read == PdfRead::kNeedsMore) return Outcome::kNeedsMore;
-        PdfCursor elements(array);
-        GiveUpUnless(m_tree.AddArray(number, elements));
-        return Outcome::kGoOn;
+        read = cursor.TakeValue(array);
+        if (read == PdfRead::kDone) good = m_tree.AddArray(number, array);
+    } else if (StartsWith(body, "<<")) {
+        read = m_dictionary.Read(cursor);
+        if (read == PdfRead::kDone) good = m_tree.AddDictionary(number, m_dictionary);
+    } else {
+        good = m_tree.AddOther(number);
     }
-    if (!StartsWith(body, "<<")) {
-        GiveUpUnless(m_tree.AddOther(number));
-        return Outcome::kGoOn;
-    }
-    const PdfRead read = m_dictionary.Read(cursor);
     Spend(read == PdfRead::kDone ? cursor.Position() : bytes.size());
-    if (read == PdfRead::kNeedsMore) return Outcome::kNeedsMore;
-    if (read == PdfRead::kBad) return Outcome::kGoOn;
-    GiveUpUnless(m_tree.AddDictionary(number, m_dictionary));
-    if (m_dictionary.Find("Type") == "/XRef") TakeTrailerKeys();
-    const std::size_t data = FindStreamData(bytes, cursor.Position());
-    if (data == std::string_view::npos) return Outcome::kGoOn;
-    return TakeStream(bytes, data, offset);
+    GiveUpUnless(good);
+    return read;
 }
 
 // Stream data, whose dictionary is at hand, is passed over when its length is right. It may hold whole PDF
@@ -222,24 +243,11 @@ void RecoveryScan::TakeObjectStream(std::string_view data, std::int64_t offset, 
         m_scratch.decoder.Decode(coding, packed, 5 * packed.size(), kMostUnpacked, m_scratch.objects);
     if (!content) return;
     Spend(content->size());
-    stream.Visit(*content,
-                 [&](long long number, std::string_view text) { return TakeStreamedObject(number, text); });
-}
-
-bool RecoveryScan::TakeStreamedObject(long long number, std::string_view text) {
-    PdfCursor cursor(text);
-    cursor.SkipBlanks();
-    bool good = true;
-    if (StartsWith(text.substr(cursor.Position()), "[")) {
-        good = m_tree.AddArray(number, cursor);
-    } else if (m_dictionary.Read(cursor) == PdfRead::kDone) {
-        good = m_tree.AddDictionary(number, m_dictionary);
-    } else {
-        good = m_tree.AddOther(number);
-    }
-    Spend(cursor.Position());
-    GiveUpUnless(good);
-    return m_effort >= 0;
+    stream.Visit(*content, [&](long long number, std::string_view text) {
+        PdfCursor cursor(text);
+        AddObject(number, text, cursor);
+        return m_effort >= 0;
+    });
 }
 
 }  // namespace

@@ -57,6 +57,7 @@ bool TakeObjectHeader(PdfCursor& cursor, PdfReference& reference);
 class PdfDictionary {
 public:
     PdfRead Read(PdfCursor& cursor);
+    void Clear() { m_entries.clear(); }
     // Empty when there is none; the last of several.
     std::string_view Find(std::string_view key) const;
 

@@ -1,0 +1,125 @@
+#include "unit/documents/pdf_samples.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <map>
+#include <qpdf/QPDF.hh>
+#include <qpdf/QPDFWriter.hh>
+
+#include "base/format.h"
+
+namespace quirepress {
+namespace {
+
+using Objects = std::vector<std::pair<int, std::string>>;
+
+// `objects` behind `pdf`, and a table in as few sections as their numbers allow.
+std::string AppendObjects(std::string pdf, const Objects& objects, const std::string& trailerKeys) {
+    std::map<int, std::string> entries;
+    if (pdf.find("startxref") == std::string::npos) entries[0] = "0000000000 65535 f \n";
+    for (const auto& [number, body] : objects) {
+        entries[number] = Format("%010d 00000 n \n", pdf.size());
+        pdf += Format("%d 0 obj\n%s\nendobj\n", number, body);
+    }
+    std::string table = "xref\n";
+    for (auto first = entries.begin(); first != entries.end();) {
+        std::string rows;
+        int count = 0;
+        const int number = first->first;
+        for (; first != entries.end() && first->first == number + count; ++first, ++count)
+            rows += first->second;
+        table += Format("%d %d\n", number, count) + rows;
+    }
+    return pdf + table + Format("trailer\n<< %s >>\nstartxref\n%d\n%%%%EOF\n", trailerKeys, pdf.size());
+}
+
+}  // namespace
+
+std::string MakePdfOf(const Objects& objects, const std::string& trailerKeys) {
+    return AppendObjects("%PDF-1.5\n%\xE2\xE3\xCF\xD3\n", objects, trailerKeys);
+}
+
+std::string WithUpdate(const std::string& pdf, const Objects& objects, const std::string& trailerKeys) {
+    return AppendObjects(pdf, objects, trailerKeys + Format(" /Prev %d", StartOffset(pdf)));
+}
+
+std::string MakePdf(int pages, int fan) {
+    Objects objects = {{1, "<< /Type /Catalog /Pages 2 0 R >>"}, {2, ""}};
+    std::string nodes;
+    int next = 3;
+    for (int first = 0; first < pages; first += fan) {
+        const int count = std::min(fan, pages - first);
+        const int node = next++;
+        std::string kids;
+        for (int i = 0; i < count; ++i) {
+            const std::string text = Format("BT (Page %d, endobj 7 0 obj) Tj ET\n", first + i);
+            objects.emplace_back(next,
+                                 Format("<< /Type /Page /Parent %d 0 R /Contents %d 0 R >>", node, next + 1));
+            objects.emplace_back(next + 1,
+                                 Format("<< /Length %d >>\nstream\n%sendstream", text.size(), text));
+            kids += Format("%d 0 R ", next);
+            next += 2;
+        }
+        objects.emplace_back(node,
+                             Format("<< /Type /Pages /Parent 2 0 R /Count %d /Kids [ %s] >>", count, kids));
+        nodes += Format("%d 0 R ", node);
+    }
+    objects[1].second = Format("<< /Type /Pages /Count %d /Kids [ %s] >>", pages, nodes);
+    return MakePdfOf(objects, Format("/Size %d /Root 1 0 R /ID [<0011><0011>]", next));
+}
+
+std::string RewritePdf(const std::string& pdf, const std::function<void(QPDFWriter&)>& setUp) {
+    QPDF document;
+    document.setSuppressWarnings(true);
+    document.processMemoryFile("sample", pdf.data(), pdf.size());
+    QPDFWriter writer(document);
+    writer.setOutputMemory();
+    setUp(writer);
+    writer.write();
+    const std::shared_ptr<Buffer> buffer = writer.getBufferSharedPointer();
+    return std::string(reinterpret_cast<const char*>(buffer->getBuffer()), buffer->getSize());
+}
+
+std::string WithObjectStreams(const std::string& pdf) {
+    return RewritePdf(pdf, [](QPDFWriter& writer) { writer.setObjectStreamMode(qpdf_o_generate); });
+}
+
+std::string Linearized(const std::string& pdf) {
+    return RewritePdf(pdf, [](QPDFWriter& writer) { writer.setLinearization(true); });
+}
+
+std::string Encrypted(const std::string& pdf, Cipher cipher, const std::string& userPassword,
+                      bool objectStreams) {
+    return RewritePdf(pdf, [&](QPDFWriter& writer) {
+        const char* user = userPassword.c_str();
+        const char* owner = "owner";
+        if (objectStreams) writer.setObjectStreamMode(qpdf_o_generate);
+        switch (cipher) {
+            case Cipher::kRc4Of40:
+                return writer.setR2EncryptionParametersInsecure(user, owner, true, true, true, true);
+            case Cipher::kRc4Of128:
+                return writer.setR3EncryptionParametersInsecure(user, owner, true, true, true, true, true,
+                                                                true, qpdf_r3p_full);
+            case Cipher::kAes128:
+                return writer.setR4EncryptionParametersInsecure(user, owner, true, true, true, true, true,
+                                                                true, qpdf_r3p_full, true, true);
+            case Cipher::kAes256:
+                return writer.setR6EncryptionParameters(user, owner, true, true, true, true, true, true,
+                                                        qpdf_r3p_full, true);
+        }
+    });
+}
+
+std::string Replaced(std::string text, const std::string& from, const std::string& to) {
+    const std::size_t found = text.find(from);
+    EXPECT_NE(found, std::string::npos) << from;
+    return found == std::string::npos ? text : text.replace(found, from.size(), to);
+}
+
+std::size_t StartOffset(const std::string& pdf) {
+    const std::string word = "startxref\n";
+    return std::stoul(pdf.substr(pdf.rfind(word) + word.size()));
+}
+
+}  // namespace quirepress

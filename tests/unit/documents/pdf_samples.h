@@ -1,0 +1,36 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+class QPDFWriter;
+
+namespace quirepress {
+
+// PDF files made for the tests, in memory.
+
+// Classic cross references, a page tree of two levels (`fan` pages a node), a content stream a page.
+std::string MakePdf(int pages, int fan = 8);
+
+// The same document written anew by the PDF library, as `setUp` tells its writer.
+std::string RewritePdf(const std::string& pdf, const std::function<void(QPDFWriter&)>& setUp);
+std::string WithObjectStreams(const std::string& pdf);
+std::string Linearized(const std::string& pdf);
+
+enum class Cipher { kRc4Of40, kRc4Of128, kAes128, kAes256 };
+std::string Encrypted(const std::string& pdf, Cipher cipher, const std::string& userPassword,
+                      bool objectStreams);
+
+// Objects "NUMBER 0 obj BODY endobj", their cross-reference table and a trailer with `trailerKeys`.
+std::string MakePdfOf(const std::vector<std::pair<int, std::string>>& objects,
+                      const std::string& trailerKeys);
+// The same appended to `pdf` as an update of it.
+std::string WithUpdate(const std::string& pdf, const std::vector<std::pair<int, std::string>>& objects,
+                       const std::string& trailerKeys);
+
+// `text` with its first `from` replaced by `to`; the test fails when there is none.
+std::string Replaced(std::string text, const std::string& from, const std::string& to);
+std::size_t StartOffset(const std::string& pdf);  // the number behind the last "startxref"
+
+}  // namespace quirepress

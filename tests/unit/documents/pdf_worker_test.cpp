@@ -1,0 +1,207 @@
+#include "documents/pdf_worker.h"
+
+#include <gtest/gtest.h>
+
+#include <deque>
+#include <functional>
+
+#include "documents/pdf_worker_messages.h"
+#include "fakes/fake_event_loop.h"
+#include "fakes/temporary_folder.h"
+#include "platform/files.h"
+#include "platform/processes.h"
+#include "platform/services.h"
+#include "platform/terminal.h"
+#include "unit/documents/pdf_samples.h"
+
+namespace quirepress {
+namespace {
+
+using namespace std::string_literals;
+
+// Worker processes that answer as the test says: nothing at all means that one hangs.
+class StandInProcesses : public Processes {
+public:
+    // What a process writes for a request; it dies behind an answer that ends in "!".
+    std::function<std::string(const PdfWorkerRequest&)> answer = [](const PdfWorkerRequest&) {
+        return "pages 3\n";
+    };
+    bool startFails = false;
+    std::vector<ProcessRequest> starts;
+    std::vector<PdfWorkerRequest> requests;
+    int alive = 0;
+
+    std::unique_ptr<ChildProcess> Start(const ProcessRequest& request, int& systemError) override {
+        if (startFails) {
+            systemError = 2;
+            return nullptr;
+        }
+        starts.push_back(request);
+        return std::make_unique<StandIn>(*this);
+    }
+
+private:
+    class StandIn : public ChildProcess {
+    public:
+        explicit StandIn(StandInProcesses& owner) : m_owner(owner) { ++m_owner.alive; }
+        ~StandIn() override { --m_owner.alive; }
+        bool IsRunning() override { return m_runs; }
+        int ExitCode() override { return 0; }
+        void EndTree() override { m_runs = false; }
+        std::int64_t Id() const override { return 1; }
+        bool WriteInput(std::string_view data) override {
+            PdfWorkerRequest request;
+            EXPECT_EQ(data.back(), '\n');
+            EXPECT_TRUE(ParseRequest(data.substr(0, data.size() - 1), request)) << data;
+            m_owner.requests.push_back(request);
+            m_output += m_owner.answer(request);
+            if (!m_output.empty() && m_output.back() == '!') {
+                m_output.pop_back();
+                m_runs = false;
+            }
+            return true;
+        }
+        void CloseInput() override {}
+        // A few bytes at a time, as a pipe may give them.
+        bool ReadOutput(std::string& output) override {
+            const bool more = m_runs || !m_output.empty();
+            output += m_output.substr(0, 5);
+            m_output.erase(0, 5);
+            return more;
+        }
+        bool ReadErrors(std::string&) override { return m_runs; }
+
+    private:
+        StandInProcesses& m_owner;
+        std::string m_output;
+        bool m_runs = true;
+    };
+};
+
+class PdfWorkerTest : public testing::Test {
+protected:
+    long long Count(std::string_view path = "a.pdf") { return worker.CountPages(path, false, ""); }
+
+    StandInProcesses processes;
+    FakeEventLoop loop;
+    PdfWorker worker{processes, loop, "/opt/qpr", {5'000, 1 << 20}};
+};
+
+TEST_F(PdfWorkerTest, OneProcessServesManyFiles) {
+    EXPECT_TRUE(processes.starts.empty()) << "not before it is needed";
+    EXPECT_EQ(Count("/a \n\xFF.pdf"), 3);
+    EXPECT_EQ(worker.CountPages("b.pdf", true, "se cret\n"), 3);
+    ASSERT_EQ(processes.starts.size(), 1U);
+    EXPECT_EQ(processes.starts[0].arguments, (std::vector<std::string>{"/opt/qpr", "pdf-worker"}));
+    EXPECT_EQ(processes.starts[0].memoryLimit, 1 << 20);
+    EXPECT_TRUE(processes.starts[0].pipes);
+    EXPECT_EQ(processes.requests[0].path, "/a \n\xFF.pdf");
+    EXPECT_FALSE(processes.requests[0].full);
+    EXPECT_EQ(processes.requests[1].password, "se cret\n");
+    EXPECT_TRUE(processes.requests[1].full);
+}
+
+TEST_F(PdfWorkerTest, BadAnswersCostThatFileAndThatProcess) {
+    const auto good = processes.answer;
+    for (const std::string& bad :
+         {""s, "!"s, "pages 7!"s, "pages seven\n"s, "\n"s, "pages -2\n"s, "pages 1\npages 2\n"s,
+          std::string(100'000, 'x'), "pages 99999999999999999999\n"s, "\0\xFF\n"s}) {
+        processes.answer = [&](const PdfWorkerRequest&) { return bad; };
+        EXPECT_EQ(Count(), -1) << bad.substr(0, 40);
+        EXPECT_EQ(processes.alive, 0) << bad.substr(0, 40);
+        processes.answer = good;
+        EXPECT_EQ(Count(), 3);
+        EXPECT_EQ(processes.alive, 1);
+        processes.answer = [&](const PdfWorkerRequest&) { return "pages 4\n!"s; };
+        EXPECT_EQ(Count(), 4);
+        processes.answer = good;
+    }
+    processes.answer = [](const PdfWorkerRequest&) { return "pages -1\r\n"s; };
+    EXPECT_EQ(Count(), -1) << "an honest answer";
+    EXPECT_EQ(processes.alive, 1);
+}
+
+TEST_F(PdfWorkerTest, AHungProcessIsGivenUpInTime) {
+    processes.answer = [](const PdfWorkerRequest&) { return ""s; };
+    const long long start = loop.MonotonicMilliseconds();
+    EXPECT_EQ(Count(), -1);
+    const long long took = loop.MonotonicMilliseconds() - start;
+    EXPECT_GE(took, 5'000);
+    EXPECT_LT(took, 5'100);
+    EXPECT_GT(loop.PumpCount(), 100) << "the program went on meanwhile";
+}
+
+TEST_F(PdfWorkerTest, CallsFromWithinTheWaitHaveTheirOwnProcess) {
+    processes.answer = [](const PdfWorkerRequest& request) {
+        return request.path == "slow" ? ""s : "pages 3\n"s;
+    };
+    long long inner = 0;
+    loop.StartTimer(1, 1'000, [&] {
+        loop.StopTimer(1);
+        inner = Count("quick");
+    });
+    EXPECT_EQ(Count("slow"), -1);
+    EXPECT_EQ(inner, 3);
+    EXPECT_EQ(Count(), 3);
+    EXPECT_EQ(processes.starts.size(), 2U);
+}
+
+TEST_F(PdfWorkerTest, WithoutAProgramNothingCanBeTold) {
+    processes.startFails = true;
+    EXPECT_EQ(Count(), -1);
+}
+
+// A terminal whose input and output lie in memory.
+class PipedTerminal : public Terminal {
+public:
+    std::deque<std::string> input;
+    std::string output;
+    bool closed = false;
+
+    bool OutputIsTerminal() override { return false; }
+    bool ErrorsAreTerminal() override { return false; }
+    bool InputIsTerminal() override { return false; }
+    int Columns() override { return 80; }
+    bool WriteOutput(std::string_view text) override {
+        output += text;
+        return !closed;
+    }
+    bool WriteErrors(std::string_view) override { return true; }
+    bool ReadLine(std::string& line) override {
+        if (input.empty()) return false;
+        line = input.front();
+        input.pop_front();
+        return true;
+    }
+};
+
+TEST(PdfWorkerSide, AnswersEveryLineUntilTheEnd) {
+    const TemporaryFolder folder;
+    const Services services = MakeSystemServices();
+    const std::string plain = folder.Write("a b.pdf", MakePdf(12));
+    const std::string hidden =
+        folder.Write("hidden.pdf", Encrypted(MakePdf(7), Cipher::kAes256, "secret", true));
+    PipedTerminal terminal;
+    terminal.input = {FormatRequest({plain, false, ""}),
+                      FormatRequest({hidden, true, "secret"}),
+                      FormatRequest({hidden, true, ""}),
+                      FormatRequest({folder.PathOf("missing.pdf"), false, ""}),
+                      FormatRequest({folder.Write("junk.pdf", "junk"), false, ""}),
+                      "",
+                      "quick 6g ",
+                      "quick 616 ",
+                      "slow 61 62",
+                      "quick 61",
+                      FormatRequest({plain, true, "any"})};
+    EXPECT_EQ(RunPdfWorker(*services.files, terminal), 0);
+    EXPECT_EQ(terminal.output,
+              "pages 12\npages 7\npages -1\npages -1\npages -1\npages -1\npages -1\npages -1\npages "
+              "-1\npages -1\npages 12\n");
+    terminal.input = {"", ""};
+    terminal.closed = true;
+    EXPECT_EQ(RunPdfWorker(*services.files, terminal), 1);
+    EXPECT_EQ(terminal.input.size(), 1U) << "nobody listens any more";
+}
+
+}  // namespace
+}  // namespace quirepress
