@@ -29,3 +29,14 @@ if(WIN32)
     target_compile_definitions(quirepress_archive_library INTERFACE LIBARCHIVE_STATIC)
     target_link_libraries(quirepress_archive_library INTERFACE ${lzma_LIBRARY} ${bz2_LIBRARY} ZLIB::ZLIB bcrypt)
 endif()
+
+# libqpdf's headers cannot be read as C++20 by clang 14 with the standard library of GCC 12 (nor by its
+# clang-tidy): the sources that include them, and what they include, are C++17.
+function(quirepress_mark_qpdf_sources)
+    foreach(source ${ARGN})
+        file(STRINGS ${source} includes REGEX "^#include <qpdf/")
+        if(includes)
+            set_source_files_properties(${source} PROPERTIES COMPILE_OPTIONS -std=c++17)
+        endif()
+    endforeach()
+endfunction()

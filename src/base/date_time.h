@@ -20,7 +20,10 @@ struct LocalTime {
     int minute = 0;
     int second = 0;
 
-    friend bool operator==(const LocalTime&, const LocalTime&) = default;
+    friend bool operator==(const LocalTime& left, const LocalTime& right) {
+        return left.year == right.year && left.month == right.month && left.day == right.day &&
+               left.hour == right.hour && left.minute == right.minute && left.second == right.second;
+    }
 };
 
 // "%.4d-%.2d-%.2d %.2d:%.2d:%.2d", the date-time text of every log and stamp.
