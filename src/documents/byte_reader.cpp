@@ -8,12 +8,17 @@
 namespace quirepress {
 namespace {
 
-constexpr std::size_t kBufferSize = 128 * 1024;
+// Room for a block, or for all of a short file.
+std::vector<char> MakeBuffer(std::int64_t fileSize) {
+    constexpr std::int64_t kMostSize = 128 * 1024;
+    const auto least = static_cast<std::int64_t>(ByteReader::kMostPeeked);
+    return std::vector<char>(static_cast<std::size_t>(std::clamp(fileSize, least, kMostSize)));
+}
 
 }  // namespace
 
 ByteReader::ByteReader(InputFile& file)
-    : m_file(file), m_size(file.Size()), m_buffer(kBufferSize), m_failed(m_size < 0) {}
+    : m_file(file), m_size(file.Size()), m_buffer(MakeBuffer(m_size)), m_failed(m_size < 0) {}
 
 int ByteReader::Take() {
     if (m_begin == m_end) Fill(1);

@@ -23,9 +23,10 @@ std::string_view PdfFileView::At(std::int64_t offset, std::size_t wanted) {
         const auto skipped = static_cast<std::size_t>(offset - m_tailOffset);
         return std::string_view(m_tail.data() + skipped, static_cast<std::size_t>(m_size - offset));
     }
-    const std::int64_t end = std::min(m_size, offset + static_cast<std::int64_t>(wanted));
+    const auto rest = static_cast<std::size_t>(m_size - offset);
+    const std::int64_t end = offset + static_cast<std::int64_t>(std::min(wanted, rest));
     if (offset < m_windowOffset || end > m_windowOffset + static_cast<std::int64_t>(m_windowSize)) {
-        const std::size_t size = std::max(wanted, kWindowSize);
+        const std::size_t size = std::min(std::max(wanted, kWindowSize), rest);
         if (m_buffer.size() < size) m_buffer.resize(size);
         const std::int64_t count = m_file.ReadAt(offset, m_buffer.data(), size);
         m_windowOffset = offset;

@@ -12,7 +12,7 @@
 namespace quirepress {
 namespace {
 
-constexpr std::size_t kBlockSize = 256 * 1024;
+constexpr std::int64_t kMostBlockSize = 256 * 1024;
 constexpr std::size_t kPatternSize = 12;  // of the longest pattern, and of the slice that is looked at
 constexpr std::size_t kLookBack = 2;      // a pattern begins one or two bytes behind what precedes it
 constexpr std::string_view kPatterns[] = {"/Type /Page ",  "/Type\n/Page\n", "/Type /Page\n",
@@ -47,16 +47,17 @@ int ScanPdfPages(InputFile& file, const PdfScanProgress& progress) {
     // Each block begins with the end of the one before: what may precede a pattern, and all of a pattern
     // that went over its end.
     constexpr std::size_t kOverlap = kLookBack + kPatternSize;
-    std::vector<char> buffer(kOverlap + kBlockSize);
+    const auto blockSize = static_cast<std::size_t>(std::min(size, kMostBlockSize));
+    std::vector<char> buffer(kOverlap + blockSize);
     std::size_t kept = 0;
     long long pages = 0;
     bool isLast = size == 0;
     for (std::int64_t offset = 0; !isLast;) {
-        const std::int64_t count = file.ReadAt(offset, buffer.data() + kept, kBlockSize);
+        const std::int64_t count = file.ReadAt(offset, buffer.data() + kept, blockSize);
         if (count < 0) return -1;
         const std::int64_t begin = offset - static_cast<std::int64_t>(kept);
         offset += count;
-        isLast = offset >= size || count < static_cast<std::int64_t>(kBlockSize);
+        isLast = offset >= size || count < static_cast<std::int64_t>(blockSize);
         const std::string_view bytes(buffer.data(), kept + static_cast<std::size_t>(count));
         const std::size_t end = bytes.size() - (isLast ? 0 : kPatternSize);
         std::size_t found = bytes.find(kStart, std::min(kept, kLookBack));
