@@ -148,6 +148,7 @@ int SettingsDocument::ClearKey(std::string_view key, std::string& message) {
 
 std::vector<std::string> SettingsNames() {
     std::vector<std::string> names;
+    names.reserve(kCatalog.size());
     for (const CatalogEntry& entry : kCatalog) names.emplace_back(entry.name);
     return names;
 }

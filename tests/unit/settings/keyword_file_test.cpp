@@ -111,6 +111,7 @@ TEST_F(KeywordFileTest, GarbageCostsItsOwnLine) {
     EXPECT_EQ(sample.m_second, 9);
     EXPECT_EQ(sample.m_kept, 1);
     EXPECT_EQ(Save(sample), kSettingsDone);
+    for (const char* text : {"TEXT;a\r\r\n", "TEXT;a\rb\n", "TEXT;a\r"}) EXPECT_EQ(Load(text).m_text, "a");
 }
 
 TEST_F(KeywordFileTest, WritesByTheRowsConditions) {
