@@ -48,13 +48,13 @@ std::string ListInsertion::PathInJob(const std::string& text, const std::string&
     const ItemKind kind = KindOfItem(text);
     const bool namesNoFile = text.empty() || kind == ItemKind::kDownload || kind == ItemKind::kSeparator;
     if (namesNoFile || IsAbsolutePath(text) || IsWindowsPath(text)) return text;
-    const std::string path = JoinPath(FolderOf(job), text);
+    std::string path = JoinPath(FolderOf(job), text);
     if (kind == ItemKind::kDocument && !Contains(text, "\\")) return path;
     const auto exists = [this](const std::string& tried) {
         return m_services.files.Inspect(tried).kind != FileKind::kMissing;
     };
     if (exists(path)) return path;
-    const std::string converted = ToPlatformSeparators(path);
+    std::string converted = ToPlatformSeparators(path);
     if (exists(converted)) return converted;
     // Many commands are words, not files.
     return kind == ItemKind::kCommand ? text : path;
