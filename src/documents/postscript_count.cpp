@@ -44,10 +44,9 @@ bool FindPages(std::string_view bytes, std::size_t end, std::size_t& position, i
 }  // namespace
 
 int CountPostScriptPages(InputFile& file) {
-    const std::int64_t size = file.Size();
     Window window;
     std::string_view bytes;
-    if (size < 0 || !ReadWindow(file, 0, window.size(), window, bytes)) return -1;
+    if (!ReadWindow(file, 0, window.size(), window, bytes)) return -1;
     if (!StartsWith(bytes, kSignature)) return 0;
 
     int pages = 0;
@@ -55,8 +54,9 @@ int CountPostScriptPages(InputFile& file) {
     if (!FindPages(bytes, kHeaderOffsets, position, pages)) return pages;
 
     // A comment of the trailer itself does not lead back to the trailer's begin.
+    const std::int64_t size = file.Size();
     const std::int64_t trailer = std::max<std::int64_t>(size - kTrailerSize, position);
-    if (!ReadWindow(file, trailer, kTrailerSize, window, bytes)) return -1;
+    if (size < 0 || !ReadWindow(file, trailer, kTrailerSize, window, bytes)) return -1;
     position = 0;
     while (FindPages(bytes, bytes.size(), position, pages)) {
     }
