@@ -6,7 +6,7 @@
 namespace quirepress {
 
 // The program-wide options, kept in general_setup.ini; read once at start-up and consulted by every
-// feature. The key of a field and its meaning stand in the table of general_options.cpp. A field of a key
+// feature. The key of a field and its meaning stand in the table of general_settings.cpp. A field of a key
 // with a negative sense ("DONT...", "NO...") holds the positive option.
 struct GeneralOptions {
     // Counting and list
