@@ -19,8 +19,8 @@ constexpr int kSettingsNotRead = -2;  // the file cannot be opened; the defaults
 // What a settings object needs of its surroundings.
 struct SettingsPlace {
     Files& files;
-    Prompts& prompts;                          // told of a file that cannot be written
-    std::string workingFolder;                 // ends in a separator; a file's path is this text and its name
+    Prompts& prompts;                   // told of a file that cannot be written
+    std::string workingFolder;          // ends in a separator; a file's path is this text and its name
     CodePage codePage = Windows1252();  // of files that are not UTF-8
 };
 
