@@ -1,0 +1,15 @@
+#pragma once
+
+#include <vector>
+
+#include "runner.h"
+
+namespace quirepress {
+
+// Each adds the workloads of one subject.
+void AddListWorkloads(std::vector<Workload>& workloads);
+void AddPageWorkloads(std::vector<Workload>& workloads);
+void AddSpoolWorkloads(std::vector<Workload>& workloads);
+void AddStartWorkloads(std::vector<Workload>& workloads);
+
+}  // namespace quirepress
