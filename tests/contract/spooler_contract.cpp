@@ -76,6 +76,7 @@ protected:
         std::vector<JobInfo> jobs;
         EXPECT_EQ(System().ListJobs(printer, jobs), 0);
         std::vector<std::string> names;
+        names.reserve(jobs.size());
         for (const JobInfo& job : jobs) names.push_back(job.document);
         return names;
     }
@@ -84,6 +85,7 @@ protected:
         std::vector<PrinterInfo> printers;
         EXPECT_EQ(System().ListPrinters(printers), 0);
         std::vector<std::string> names;
+        names.reserve(printers.size());
         for (const PrinterInfo& printer : printers) names.push_back(printer.name);
         return names;
     }

@@ -149,7 +149,7 @@ std::int64_t EmbeddedSpooler::PrintDocument(std::string_view printer, std::strin
 
 std::int64_t EmbeddedSpooler::CopyIntoQueue(std::string_view printer, InputFile& source,
                                             const DocumentInfo& document, int& systemError) {
-    constexpr std::size_t kChunk = 256 * 1024;
+    constexpr std::size_t kChunk = std::size_t{256} * 1024;
     const std::unique_ptr<RawPrinter> target = OpenRawPrinter(printer, systemError);
     if (!target) return -1;
     std::vector<char> buffer(kChunk);
@@ -229,11 +229,10 @@ int EmbeddedSpooler::CancelJob(std::string_view printer, std::int64_t id) {
     const PrinterFolder folder = m_printers.At(printer);
     if (!folder.Exists()) return -1;
     DeliveryOf(printer).Abandon(id);
-    const std::vector<JobFiles> all = folder.Jobs().List();
-    for (const JobFiles& job : all) {
+    for (const JobFiles& job : folder.Jobs().List()) {
         if (job.id != id || !job.IsWaiting()) continue;
         DeliveryOf(printer).LookSoon();
-        return folder.Jobs().Retire(job, all.back().id) == FileResult::kDone ? 0 : -1;
+        return folder.Jobs().Retire(job) == FileResult::kDone ? 0 : -1;
     }
     return -1;
 }

@@ -1,7 +1,7 @@
 #include "platform/embedded/job_folder.h"
 
 #include <algorithm>
-#include <map>
+#include <iterator>
 
 #include "base/format.h"
 #include "base/numbers.h"
@@ -12,9 +12,7 @@ namespace quirepress {
 
 namespace {
 
-constexpr std::int64_t kHighestId = 99'999'999;
 constexpr std::size_t kIdDigits = 8;
-constexpr std::string_view kMarkEnding = ".last";
 constexpr std::string_view kRecordEnding = ".job";
 
 // Notes what a file named `rest` behind its id says; false for a file that is none of ours.
@@ -23,11 +21,18 @@ bool NoteFile(std::string_view rest, JobFiles& job) {
     if (rest == ".open") return job.hasDraft = true;
     if (rest == ".lock") return job.hasLock = true;
     if (rest == ".begun") return job.isBegun = true;
-    if (rest == kMarkEnding) return job.isMark = true;
     if (rest.size() != 7 || rest[0] != '-' || !EndsWith(rest, kRecordEnding)) return false;
     const auto priority = ParseWholeNumber(rest.substr(1, 2), kLowestPriority, kHighestPriority);
     if (priority) job.priority = static_cast<int>(*priority);
     return priority.has_value();
+}
+
+void Join(JobFiles& job, const JobFiles& other) {
+    job.priority = std::max(job.priority, other.priority);
+    job.hasData = job.hasData || other.hasData;
+    job.hasDraft = job.hasDraft || other.hasDraft;
+    job.hasLock = job.hasLock || other.hasLock;
+    job.isBegun = job.isBegun || other.isBegun;
 }
 
 const JobFiles* FindJob(const std::vector<JobFiles>& all, std::int64_t id) {
@@ -49,18 +54,25 @@ std::string JobFolder::RecordPath(std::int64_t id, int priority) const {
 std::vector<JobFiles> JobFolder::List() const {
     std::vector<FolderEntry> entries;
     if (m_files.ListFolder(m_folder, entries) != FileResult::kDone) return {};
-    std::map<std::int64_t, JobFiles> jobs;
+    std::vector<JobFiles> all;
+    all.reserve(entries.size());
     for (const FolderEntry& entry : entries) {
         const std::string_view name = entry.name;
-        const auto id = ParseWholeNumber(name.substr(0, kIdDigits), 1, kHighestId);
+        const auto id = ParseWholeNumber(name.substr(0, kIdDigits), 1, JobIds::kHighest);
         if (!id || name.size() <= kIdDigits || entry.kind != FileKind::kRegular) continue;
-        const auto found = jobs.find(*id);
-        JobFiles noted = found == jobs.end() ? JobFiles{*id} : found->second;
-        if (NoteFile(name.substr(kIdDigits), noted)) jobs[*id] = noted;
+        JobFiles noted = {*id};
+        if (NoteFile(name.substr(kIdDigits), noted)) all.push_back(noted);
     }
-    std::vector<JobFiles> all;
-    all.reserve(jobs.size());
-    for (const auto& [id, job] : jobs) all.push_back(job);
+    std::sort(all.begin(), all.end(),
+              [](const JobFiles& left, const JobFiles& right) { return left.id < right.id; });
+    std::size_t count = 0;
+    for (const JobFiles& noted : all) {
+        if (count == 0 || all[count - 1].id != noted.id)
+            all[count++] = noted;
+        else
+            Join(all[count - 1], noted);
+    }
+    all.resize(count);
     return all;
 }
 
@@ -75,33 +87,32 @@ std::vector<JobFiles> JobFolder::WaitingInOrder(const std::vector<JobFiles>& all
 }
 
 std::unique_ptr<FileLock> JobFolder::Claim(std::int64_t& id, FileResult& result) const {
-    constexpr int kMostTries = 1000;
-    std::vector<JobFiles> all = List();
-    for (int i = 0; i < kMostTries; ++i) {
-        id = all.empty() ? 1 : all.back().id + 1;
-        result = FileResult::kFailed;
-        if (id > kHighestId) return nullptr;
-        std::unique_ptr<FileLock> lock = m_files.TryLock(LockPath(id), result);
-        if (!lock && result != FileResult::kBusy) return nullptr;
-        // Others may have taken this id, and ended its job, since the folder was listed. The highest id ever
-        // given always leaves a file, so an id is new when it is the highest now and has no other file.
-        all = List();
-        const JobFiles* mine = FindJob(all, id);
-        const bool isNew = lock && mine != nullptr && mine->id == all.back().id && mine->hasLock &&
-                           !mine->hasData && !mine->hasDraft && mine->priority == 0 && !mine->isMark;
-        if (isNew) return lock;
+    std::unique_ptr<FileLock> lock;
+    FileResult taken = FileResult::kDone;
+    const auto take = [&](std::int64_t next) {
+        const bool isFree = m_files.Inspect(DataPath(next)).kind == FileKind::kMissing &&
+                            m_files.Inspect(DraftPath(next)).kind == FileKind::kMissing;
+        lock = isFree ? m_files.TryLock(LockPath(next), taken) : nullptr;
+        return lock != nullptr;
+    };
+    const auto highestSeen = [this] {
+        const std::vector<JobFiles> all = List();
+        return all.empty() ? 0 : all.back().id;
+    };
+    result = m_ids.Give(take, highestSeen, id);
+    if (result == FileResult::kDone) return lock;
+    if (lock) {
+        lock.reset();
+        m_files.Erase(LockPath(id));
+    } else if (taken != FileResult::kDone) {
+        result = taken;
     }
-    result = FileResult::kBusy;
     return nullptr;
 }
 
-FileResult JobFolder::Retire(const JobFiles& job, std::int64_t highest) const {
-    FileResult result = job.hasData ? m_files.Erase(DataPath(job.id)) : FileResult::kDone;
+FileResult JobFolder::Retire(const JobFiles& job) const {
+    const FileResult result = job.hasData ? m_files.Erase(DataPath(job.id)) : FileResult::kDone;
     if (result != FileResult::kDone && result != FileResult::kMissing) return result;
-    FileResult marked = FileResult::kDone;
-    if (highest <= job.id)
-        m_files.OpenForWriting(PathOf(job.id, kMarkEnding), OpenMode::kReplace, FileAccess::kShared, marked);
-    if (marked != FileResult::kDone) return result;  // a full disk; the rest keeps the id until it is swept
     if (job.isBegun) m_files.Erase(BegunPath(job.id));
     if (job.hasDraft) m_files.Erase(DraftPath(job.id));
     if (job.priority != 0) m_files.Erase(RecordPath(job.id, job.priority));
@@ -111,22 +122,19 @@ FileResult JobFolder::Retire(const JobFiles& job, std::int64_t highest) const {
 
 void JobFolder::Sweep(const std::vector<JobFiles>& all) const {
     for (const JobFiles& job : all) {
-        const std::int64_t highest = all.back().id;
         if (job.hasLock)
-            SweepUnclosed(job.id, highest);
+            SweepUnclosed(job.id);
         else if (job.IsDelivered() || (job.isBegun && !job.hasData))
-            SweepDelivered(job, highest);
-        else if (job.isMark && !job.hasData && job.priority == 0 && job.id < highest)
-            m_files.Erase(PathOf(job.id, kMarkEnding));
+            SweepDelivered(job);
     }
 }
 
-void JobFolder::SweepDelivered(const JobFiles& job, std::int64_t highest) const {
+void JobFolder::SweepDelivered(const JobFiles& job) const {
     // A job that was spooled and closed while the folder was listed may have been seen without its data.
-    if (m_files.Inspect(DataPath(job.id)).kind == FileKind::kMissing) Retire(job, highest);
+    if (m_files.Inspect(DataPath(job.id)).kind == FileKind::kMissing) Retire(job);
 }
 
-void JobFolder::SweepUnclosed(std::int64_t id, std::int64_t highest) const {
+void JobFolder::SweepUnclosed(std::int64_t id) const {
     FileResult result = FileResult::kDone;
     const std::unique_ptr<FileLock> lock = m_files.TryLock(LockPath(id), result);
     if (!lock) return;
@@ -137,7 +145,7 @@ void JobFolder::SweepUnclosed(std::int64_t id, std::int64_t highest) const {
     // The draft is there before the data and leaves after them. Data alone are a closed job whose record is
     // just being renamed.
     if (job->IsUnclosed() && (job->hasDraft || !job->hasData))
-        Retire(*job, highest);
+        Retire(*job);
     else
         m_files.Erase(LockPath(id));
 }

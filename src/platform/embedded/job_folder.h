@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/embedded/job_ids.h"
 #include "platform/files.h"
 
 namespace quirepress {
@@ -18,7 +19,6 @@ struct JobFiles {
     bool hasDraft = false;
     bool hasLock = false;
     bool isBegun = false;
-    bool isMark = false;  // kept so that the id is not given again
 
     bool IsWaiting() const { return priority != 0 && hasData; }
     bool IsDelivered() const { return priority != 0 && !hasData; }
@@ -28,7 +28,9 @@ struct JobFiles {
 // The jobs of one printer: files in one folder, shared by every program on it. Nothing is kept in memory.
 class JobFolder {
 public:
-    JobFolder(Files& files, std::string_view folder) : m_files(files), m_folder(folder) {}
+    // `idsPath` is the file in which the numbers are kept.
+    JobFolder(Files& files, std::string_view folder, std::string_view idsPath)
+        : m_files(files), m_folder(folder), m_ids(files, idsPath) {}
 
     FileResult Prepare() const { return m_files.MakeFolders(m_folder); }
     // In the order of their ids; none when the folder cannot be read.
@@ -36,13 +38,13 @@ public:
     // The jobs that are waiting, in the order in which they are delivered.
     static std::vector<JobFiles> WaitingInOrder(const std::vector<JobFiles>& all);
 
-    // A new id, higher than all before. The lock tells others that the job's program lives.
+    // A new id. The lock tells others that the job's program lives.
     std::unique_ptr<FileLock> Claim(std::int64_t& id, FileResult& result) const;
-    // Ends a job: its data first (the job is gone with them), then the rest. `highest` is any id that has
-    // been listed; the highest id of all is kept as a mark. kMissing when the data had gone before.
-    FileResult Retire(const JobFiles& job, std::int64_t highest) const;
-    // Clears away what programs that died have left: jobs not closed, delivered ones, old marks. The jobs of
-    // programs that live are passed over.
+    // Ends a job: its data first (the job is gone with them), then the rest. kMissing when the data had gone
+    // before.
+    FileResult Retire(const JobFiles& job) const;
+    // Clears away what programs that died have left: jobs not closed, delivered ones. The jobs of programs
+    // that live are passed over.
     void Sweep(const std::vector<JobFiles>& all) const;
 
     std::string DataPath(std::int64_t id) const { return PathOf(id, ".data"); }
@@ -54,11 +56,12 @@ public:
 
 private:
     std::string PathOf(std::int64_t id, std::string_view ending) const;
-    void SweepDelivered(const JobFiles& job, std::int64_t highest) const;
-    void SweepUnclosed(std::int64_t id, std::int64_t highest) const;
+    void SweepDelivered(const JobFiles& job) const;
+    void SweepUnclosed(std::int64_t id) const;
 
     Files& m_files;
     std::string m_folder;
+    JobIds m_ids;
 };
 
 constexpr int kLowestPriority = 1;

@@ -56,7 +56,7 @@ struct SendRequest {
 std::unique_ptr<JobSender> MakeJobSender(const SendRequest& request);
 
 // One pass writes or copies no more than this.
-constexpr std::int64_t kBytesPerPass = 256 * 1024;
+constexpr std::int64_t kBytesPerPass = 256LL * 1024;
 
 // What a `begun` file holds: nothing while bytes are being sent; or one line that says what is known.
 namespace begun_note {

@@ -69,7 +69,7 @@ bool PrinterDelivery::Step() {
 }
 
 void PrinterDelivery::RetrySoon() {
-    m_nextLook = 0;
+    LookSoon();
     m_retryAt = 0;
     m_jobTroubles.clear();
 }
@@ -98,27 +98,51 @@ bool PrinterDelivery::IsOtherDelivering() {
     return !m_lock && !m_files.TryLock(m_printer.DeliveryLockPath(), result) && result == FileResult::kBusy;
 }
 
+void PrinterDelivery::LookSoon() {
+    m_nextLook = 0;
+    m_isChanged = true;
+}
+
 void PrinterDelivery::Look() {
     const long long now = m_loop.MonotonicMilliseconds();
     m_nextLook = now + kLookInterval;
-    // Another program may deliver, and what it does is seen only once this one holds the lock.
-    FileResult result = FileResult::kDone;
-    if (JobFolder::WaitingInOrder(m_printer.Jobs().List()).empty())
-        m_lock.reset();
-    else if (!m_lock)
-        m_lock = m_files.TryLock(m_printer.DeliveryLockPath(), result);
-    m_isOthersTurn = result == FileResult::kBusy;
-    const std::vector<JobFiles> all = m_printer.Jobs().List();
-    m_highestId = all.empty() ? 0 : all.back().id;
-    m_printer.Jobs().Sweep(all);
-    std::erase_if(m_jobTroubles, [&](const auto& trouble) { return !HasJob(all, trouble.first); });
     const PrinterSettings settings = m_printer.ReadSettings();
-    const bool mayTry = m_lock && !settings.paused && now >= m_retryAt;
-    if (!mayTry || !StartNext(JobFolder::WaitingInOrder(all), settings)) m_lock.reset();
+    if (settings.paused || now < m_retryAt) {
+        m_lock.reset();
+        if (IsListOld()) Refresh();
+        return;
+    }
+    // Without the lock another program may deliver; what it has done is seen only once the lock is held.
+    if (!m_lock && !m_isChanged) Refresh();
+    const bool isWorthTrying = m_lock || m_isChanged || !m_waiting.empty();
+    if (!isWorthTrying || !TakeLock()) return;
+    if (!StartNext(settings)) m_lock.reset();
 }
 
-bool PrinterDelivery::StartNext(const std::vector<JobFiles>& waiting, const PrinterSettings& settings) {
-    for (const JobFiles& job : waiting) {
+bool PrinterDelivery::TakeLock() {
+    if (m_lock && !m_isChanged && !IsListOld()) return true;
+    FileResult result = FileResult::kDone;
+    if (!m_lock) m_lock = m_files.TryLock(m_printer.DeliveryLockPath(), result);
+    m_isOthersTurn = result == FileResult::kBusy;
+    if (m_lock) Refresh();
+    return m_lock != nullptr;
+}
+
+bool PrinterDelivery::IsListOld() const {
+    return m_loop.MonotonicMilliseconds() - m_listedAt >= kLookInterval;
+}
+
+void PrinterDelivery::Refresh() {
+    const std::vector<JobFiles> all = m_printer.Jobs().List();
+    m_listedAt = m_loop.MonotonicMilliseconds();
+    m_isChanged = false;
+    m_printer.Jobs().Sweep(all);
+    m_waiting = JobFolder::WaitingInOrder(all);
+    std::erase_if(m_jobTroubles, [&](const auto& trouble) { return !HasJob(all, trouble.first); });
+}
+
+bool PrinterDelivery::StartNext(const PrinterSettings& settings) {
+    for (JobFiles& job : m_waiting) {
         JobRecord record;
         if (!CanSend(job, record)) continue;
         m_job = job;
@@ -134,23 +158,29 @@ bool PrinterDelivery::StartNext(const std::vector<JobFiles>& waiting, const Prin
     return false;
 }
 
-bool PrinterDelivery::CanSend(const JobFiles& job, JobRecord& record) {
+bool PrinterDelivery::CanSend(JobFiles& job, JobRecord& record) {
     const long long now = m_loop.MonotonicMilliseconds();
     const auto trouble = m_jobTroubles.find(job.id);
     if (trouble != m_jobTroubles.end() && now < trouble->second.retryAt) return false;
     const JobFolder& jobs = m_printer.Jobs();
-    if (job.isBegun) {
-        const std::string note = ReadNote(m_files, jobs, job.id);
-        // Who sent it is gone, or the delivery would not be ours.
-        if (note.empty())
-            WriteNote(m_files, jobs, job.id, begun_note::WriteUnknown(std::string(kProgramEnded)));
-        if (!IsPlaced(note)) return false;
-    }
+    if (job.isBegun && !CanResume(job)) return false;
     if (ReadRecord(m_files, jobs, job, record)) return true;
-    // A record that is not there any more has just got another priority.
-    if (m_files.Inspect(jobs.RecordPath(job.id, job.priority)).kind != FileKind::kMissing)
+    // A record that is not there any more has just got another priority, or the job is gone.
+    if (m_files.Inspect(jobs.RecordPath(job.id, job.priority)).kind == FileKind::kMissing)
+        m_isChanged = true;
+    else
         m_jobTroubles[job.id] = {std::string(kDamagedRecord), now + kLongestBackOff};
     return false;
+}
+
+bool PrinterDelivery::CanResume(JobFiles& job) {
+    const JobFolder& jobs = m_printer.Jobs();
+    job.isBegun = m_files.Inspect(jobs.BegunPath(job.id)).kind != FileKind::kMissing;
+    if (!job.isBegun) return true;  // restarted
+    const std::string note = ReadNote(m_files, jobs, job.id);
+    // Who sent it is gone, or the delivery would not be ours.
+    if (note.empty()) WriteNote(m_files, jobs, job.id, begun_note::WriteUnknown(std::string(kProgramEnded)));
+    return IsPlaced(note);
 }
 
 // Another program may have cancelled the job while it is sent.
@@ -178,13 +208,15 @@ void PrinterDelivery::Conclude(const SendReport& report) {
             m_jobTroubles[m_job.id] = {report.text + ".", m_loop.MonotonicMilliseconds() + kLongestBackOff};
             break;
         default:  // of unknown outcome: the job's files say so
+            m_isChanged = true;
             break;
     }
 }
 
 void PrinterDelivery::RetireJob() {
+    std::erase_if(m_waiting, [this](const JobFiles& job) { return job.id == m_job.id; });
     m_job.isBegun = m_job.hasDraft = true;  // by now perhaps
-    const FileResult result = m_printer.Jobs().Retire(m_job, m_highestId);
+    const FileResult result = m_printer.Jobs().Retire(m_job);
     m_jobTroubles.erase(m_job.id);
     m_printer.WriteTrouble({});
     m_backOff = 0;
@@ -235,14 +267,14 @@ void PrinterDelivery::DescribeJob(const JobFiles& job, const PortTrouble& troubl
 }
 
 void PrinterDelivery::AddState(DeliveryState& state) {
-    const std::vector<JobFiles> waiting = JobFolder::WaitingInOrder(m_printer.Jobs().List());
-    if (waiting.empty()) return;
+    if (m_isChanged || IsListOld()) Refresh();
+    if (m_waiting.empty()) return;
     const bool isPaused = m_printer.ReadSettings().paused;
     // What was noted before this program tried itself, or saw that another one does, is no news.
     const bool isTried = m_backOff != 0 || m_isOthersTurn;
     const bool isPortStuck = isTried && CurrentTrouble().jobId != 0;
     const bool isStalled = m_sender && m_sender->StalledMilliseconds() > kStalledAfter;
-    for (const JobFiles& job : waiting) {
+    for (const JobFiles& job : m_waiting) {
         const bool isUnknown =
             job.isBegun && !m_isOthersTurn && !IsPlaced(ReadNote(m_files, m_printer.Jobs(), job.id));
         const bool isHeld = isPaused || isPortStuck || isUnknown || m_jobTroubles.contains(job.id);

@@ -29,8 +29,8 @@ public:
 
     // A bounded piece of work; true when the next call finds more to do.
     bool Step();
-    // Something has changed: the next call looks at the queue.
-    void LookSoon() { m_nextLook = 0; }
+    // The queue has changed: the next call looks at it.
+    void LookSoon();
     // The same, and what failed is tried again at once.
     void RetrySoon();
     // Stops sending `id`, if that is what it does, before it is cancelled.
@@ -53,9 +53,13 @@ private:
     };
 
     void Look();
-    bool StartNext(const std::vector<JobFiles>& waiting, const PrinterSettings& settings);
+    void Refresh();
+    bool IsListOld() const;
+    bool TakeLock();
+    bool StartNext(const PrinterSettings& settings);
     bool IsOtherDelivering();
-    bool CanSend(const JobFiles& job, JobRecord& record);
+    bool CanResume(JobFiles& job);
+    bool CanSend(JobFiles& job, JobRecord& record);
     void CheckStillWanted();
     void Conclude(const SendReport& report);
     void NotePortTrouble(const SendReport& report);
@@ -68,7 +72,11 @@ private:
     std::unique_ptr<FileLock> m_lock;  // while there is something to deliver
     JobFiles m_job;                    // being sent
     std::unique_ptr<JobSender> m_sender;
-    std::int64_t m_highestId = 0;
+    // The queue as it was last listed, for a second at most while others may change it; what is taken from
+    // here is looked at again in its own files.
+    std::vector<JobFiles> m_waiting;
+    long long m_listedAt = 0;
+    bool m_isChanged = true;  // since then, by this program
     long long m_nextLook = 0;
     long long m_nextCheck = 0;
     long long m_retryAt = 0;

@@ -143,9 +143,7 @@ void PrinterDirectory::ClearFolder(PrinterFolder& printer) {
     m_files.Erase(printer.TroublePath());
     // With documents in its output folder the numbers go on, should a printer of this name come again.
     const FileResult emptied = m_files.Erase(printer.OwnOutputFolder());
-    if (emptied != FileResult::kDone && emptied != FileResult::kMissing) return;
-    EraseTree(m_files, printer.Jobs().Path());
-    m_files.Erase(printer.Path());
+    if (emptied == FileResult::kDone || emptied == FileResult::kMissing) EraseTree(m_files, printer.Path());
 }
 
 int PrinterDirectory::SetPaused(std::string_view printer, bool paused, std::string& message) {

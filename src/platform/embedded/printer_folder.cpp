@@ -26,7 +26,7 @@ PrinterFolder::PrinterFolder(Files& files, std::string_view workingFolder, std::
       m_workingFolder(workingFolder),
       m_name(printer),
       m_path(JoinPath(PrintersFolder(workingFolder), printer)),
-      m_jobs(files, JoinPath(m_path, "Jobs")) {}
+      m_jobs(files, JoinPath(m_path, "Jobs"), JoinPath(m_path, "ids")) {}
 
 bool PrinterFolder::Exists() const {
     // A name that is none would lead to another folder.

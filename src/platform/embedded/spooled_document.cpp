@@ -90,7 +90,7 @@ void SpooledDocument::Drop() {
     JobFiles job;
     job.id = m_id;
     job.hasData = job.hasDraft = job.hasLock = true;
-    m_printer.Jobs().Retire(job, 0);
+    m_printer.Jobs().Retire(job);
     m_lock.reset();
 }
 

@@ -9,7 +9,6 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Pair;
-using testing::StartsWith;
 using Call = FaultyFiles::Call;
 
 class EmbeddedSpoolerTest : public SpoolerBench {};
@@ -37,7 +36,7 @@ TEST_F(EmbeddedSpoolerTest, JobsComeToLieInTheOutputFolderAndLeaveNothingBehind)
     ASSERT_TRUE(Deliver());
     EXPECT_THAT(Output(), ElementsAre(Pair("00000001-a.ps", large), Pair("00000002-b.ps", "")));
     EXPECT_THAT(Jobs("Quirepress"), IsEmpty());
-    EXPECT_THAT(ReadFolder(m_files, JobsFolder()), ElementsAre(Pair("00000002.last", "")));
+    EXPECT_THAT(ReadFolder(m_files, JobsFolder()), IsEmpty());
 }
 
 TEST_F(EmbeddedSpoolerTest, IdsAreNeverGivenAgain) {
@@ -51,16 +50,27 @@ TEST_F(EmbeddedSpoolerTest, IdsAreNeverGivenAgain) {
     ASSERT_EQ(m_spooler->RemovePrinterQueue("Quirepress", m_message), 0);
     MakePrinter("Quirepress", "folder:");
     EXPECT_EQ(Spool("Quirepress", "c"), 3);
-    // And where somebody cleared the queue's folder, nothing is overwritten.
     ASSERT_TRUE(Deliver());
-    m_files.Erase(JobsFolder() + "/00000003.last");
+    // And where somebody cleared the folder of everything, nothing is overwritten.
+    m_files.Erase(m_folder.PathOf("Printers/Quirepress/ids"));
     EXPECT_EQ(Spool("Quirepress", "b"), 1);
     ASSERT_TRUE(Deliver());
-    m_files.Erase(JobsFolder() + "/00000001.last");
+    m_folder.Write("Printers/Quirepress/ids", "garbage");
     EXPECT_EQ(Spool("Quirepress", "b", "other"), 1);
     ASSERT_TRUE(Deliver());
     EXPECT_THAT(Output(), ElementsAre(Pair("00000001-b", "bytes"), Pair("00000001-b (2)", "other"),
                                       Pair("00000002-b", "bytes"), Pair("00000003-c", "bytes")));
+}
+
+TEST_F(EmbeddedSpoolerTest, NumbersThatFellBehindAreFoundByTheJobs) {
+    ASSERT_EQ(m_spooler->PausePrinterQueue("Quirepress", m_message), 0);
+    for (const char* name : {"a", "b", "c"}) Spool("Quirepress", name);
+    m_folder.Write("Printers/Quirepress/ids", "00000001\n");
+    EXPECT_EQ(Spool("Quirepress", "d"), 4);
+    m_folder.Write("Printers/Quirepress/ids", "99999998\n");
+    EXPECT_EQ(Spool("Quirepress", "the last"), 99'999'999);
+    EXPECT_EQ(Spool("Quirepress", "one too many"), -1);
+    EXPECT_EQ(Jobs("Quirepress").size(), 5U);
 }
 
 TEST_F(EmbeddedSpoolerTest, APrinterDeliversByPriorityAndThenByAge) {
@@ -151,7 +161,7 @@ TEST_F(EmbeddedSpoolerTest, AMissingChunkDropsTheDocument) {
     EXPECT_EQ(raw->SystemError(), number);
     ASSERT_TRUE(Deliver());
     EXPECT_THAT(Output(), IsEmpty());
-    EXPECT_THAT(ReadFolder(m_files, JobsFolder()), ElementsAre(Pair("00000001.last", "")));
+    EXPECT_THAT(ReadFolder(m_files, JobsFolder()), IsEmpty());
 }
 
 TEST_F(EmbeddedSpoolerTest, ADiskThatFillsUpLosesOnlyTheDocumentsThatWereRefused) {
