@@ -10,7 +10,7 @@ namespace {
 
 // Room for a block, or for all of a short file.
 std::vector<char> MakeBuffer(std::int64_t fileSize) {
-    constexpr std::int64_t kMostSize = 128 * 1024;
+    constexpr std::int64_t kMostSize = std::int64_t{128} * 1024;
     const auto least = static_cast<std::int64_t>(ByteReader::kMostPeeked);
     return std::vector<char>(static_cast<std::size_t>(std::clamp(fileSize, least, kMostSize)));
 }

@@ -14,8 +14,9 @@ namespace quirepress {
 namespace {
 
 constexpr std::size_t kNearEnd = 1024;
-constexpr std::size_t kFartherFromEnd = 64 * 1024;  // some transfers leave blanks or zeros behind the file
-constexpr std::size_t kHeaderSize = 1024;           // the file's "%PDF-" begins within it
+constexpr std::size_t kFartherFromEnd =
+    std::size_t{64} * 1024;                // some transfers leave blanks or zeros behind the file
+constexpr std::size_t kHeaderSize = 1024;  // the file's "%PDF-" begins within it
 constexpr std::string_view kStart = "startxref";
 
 // Where the newest cross references are said to stand; -1 when nothing says it.

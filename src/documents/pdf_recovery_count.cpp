@@ -15,7 +15,7 @@
 namespace quirepress {
 namespace {
 
-constexpr std::size_t kBlockSize = 256 * 1024;
+constexpr std::size_t kBlockSize = std::size_t{256} * 1024;
 constexpr std::size_t kLookBack = 64;  // "12 0 " stands before "obj"
 constexpr std::int64_t kMostFileSize = std::int64_t{4} << 30;
 constexpr std::string_view kObject = "obj";

@@ -12,7 +12,7 @@
 namespace quirepress {
 namespace {
 
-constexpr std::int64_t kMostBlockSize = 256 * 1024;
+constexpr std::int64_t kMostBlockSize = std::int64_t{256} * 1024;
 constexpr std::size_t kPatternSize = 12;  // of the longest pattern, and of the slice that is looked at
 constexpr std::size_t kLookBack = 2;      // a pattern begins one or two bytes behind what precedes it
 constexpr std::string_view kPatterns[] = {"/Type /Page ",  "/Type\n/Page\n", "/Type /Page\n",
