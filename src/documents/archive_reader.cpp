@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <filesystem>
 
 #include "platform/files.h"
 
@@ -15,6 +16,16 @@ namespace {
 
 // A reader may ask to be called again; one that never stops asking is damaged.
 constexpr int kMostRetries = 100;
+
+// Empty when it is none that UTF-8 can say.
+std::string ToUtf8(const wchar_t* name) {
+    try {
+        const std::u8string text = std::filesystem::path(name).u8string();
+        return {text.begin(), text.end()};
+    } catch (const std::filesystem::filesystem_error&) {
+        return {};
+    }
+}
 
 }  // namespace
 
@@ -87,9 +98,11 @@ ArchiveReader::Step ArchiveReader::TakeEntry() {
 }
 
 std::string ArchiveReader::EntryName() const {
-    const char* name = archive_entry_pathname_utf8(m_entry);
-    if (name == nullptr) name = archive_entry_pathname(m_entry);
-    return name == nullptr ? std::string() : name;
+    if (const char* const name = archive_entry_pathname(m_entry)) return name;
+    if (const char* const name = archive_entry_pathname_utf8(m_entry)) return name;
+    // Where the system's own encoding does not hold the name, it is there as wide characters only.
+    const wchar_t* const name = archive_entry_pathname_w(m_entry);
+    return name == nullptr ? std::string() : ToUtf8(name);
 }
 
 bool ArchiveReader::IsFile() const {

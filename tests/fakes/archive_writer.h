@@ -8,10 +8,12 @@
 #include <string>
 #include <vector>
 
+#include "base/text.h"
+
 namespace quirepress {
 
 struct ArchiveMember {
-    std::string name;  // UTF-8
+    std::string name;  // UTF-8, or bytes that go in as they are
     std::string bytes;
     int type = AE_IFREG;
     std::string linkTo = {};  // a hard link where `type` is AE_IFREG, else the symbolic link's target
@@ -41,7 +43,10 @@ inline std::string MakeArchive(const std::string& format, const std::vector<Arch
     EXPECT_EQ(archive_write_open_memory(writer, bytes.data(), bytes.size(), &used), ARCHIVE_OK);
     for (const ArchiveMember& member : members) {
         archive_entry* const entry = archive_entry_new();
-        archive_entry_set_pathname(entry, member.name.c_str());
+        if (IsValidUtf8(member.name))
+            archive_entry_set_pathname_utf8(entry, member.name.c_str());
+        else
+            archive_entry_set_pathname(entry, member.name.c_str());
         archive_entry_set_filetype(entry, static_cast<unsigned>(member.type));
         archive_entry_set_perm(entry, 0755);
         archive_entry_set_size(entry, static_cast<la_int64_t>(member.bytes.size()));

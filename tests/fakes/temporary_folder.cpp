@@ -1,5 +1,6 @@
 #include "fakes/temporary_folder.h"
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <filesystem>
@@ -40,7 +41,9 @@ TemporaryFolder::~TemporaryFolder() {
 }
 
 std::string TemporaryFolder::PathOf(std::string_view name) const {
-    return JoinPath(m_path, name);
+    std::string path = JoinPath(m_path, name);
+    std::replace(path.begin(), path.end(), '/', PlatformSeparator());
+    return path;
 }
 
 std::string TemporaryFolder::Write(std::string_view name, std::string_view bytes) const {

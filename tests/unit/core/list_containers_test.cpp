@@ -175,7 +175,7 @@ TEST_F(ListContainersTest, AJobListsPathsOfEveryKind) {
     EXPECT_EQ(Insert(job, 1, texts), 1);
     EXPECT_THAT(Rows(), ElementsAre("Yes|a.txt|Ready.", "No|b.txt|No File.", "Yes|set.prs|Ready.",
                                     "Yes|landscape.paperorientation|No File.", "Yes|a.txt|Ready.",
-                                    "No|C:\\w.txt|No File.", "Yes|-------Separator-------|Separator",
+                                    "No|" + std::string(FileTitle("C:\\w.txt")) + "|No File.", "Yes|-------Separator-------|Separator",
                                     "No|a.txt|Ready"));
     EXPECT_EQ(TextOf(2, kColumnFilename), m_folder.PathOf("jobs/set.prs"));
     EXPECT_EQ(TextOf(3, kColumnFilename), "landscape.paperorientation");
