@@ -89,6 +89,11 @@ FileFacts ToFacts(const struct statx& status, bool opened) {
     return facts;
 }
 
+Descriptor OpenToRead(const PlacedPath& place) {
+    constexpr int kFlags = O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
+    return Descriptor(RetryInterrupted([&] { return openat(place.Folder(), place.Name(), kFlags); }));
+}
+
 class OpenInputFile : public InputFile {
 public:
     explicit OpenInputFile(Descriptor file) : m_file(std::move(file)) {}
@@ -233,23 +238,26 @@ public:
     FileFacts Inspect(std::string_view path) override {
         const PlacedPath place(path);
         if (!place.IsValid()) return {};
-        const Descriptor file(RetryInterrupted([&] {
-            return openat(place.Folder(), place.Name(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
-        }));
         struct statx status;
-        const bool found = file.IsOpen()
-                               ? AskSystem(file.Value(), "", AT_EMPTY_PATH, status)
-                               : errno != ENOENT && AskSystem(place.Folder(), place.Name(), 0, status);
-        return found ? ToFacts(status, file.IsOpen()) : FileFacts();
+        if (!AskSystem(place.Folder(), place.Name(), 0, status)) return {};
+        // Only regular files are opened: opening a pipe would let go a writer that waits at its other end.
+        return ToFacts(status, S_ISREG(status.stx_mode) && OpenToRead(place).IsOpen());
     }
 
     std::unique_ptr<InputFile> OpenForReading(std::string_view path, FileResult& result) override {
-        Descriptor file = OpenPath(path, O_RDONLY);
+        const PlacedPath place(path);
         struct stat status;
+        const bool found = place.IsValid() && fstatat(place.Folder(), place.Name(), &status, 0) == 0;
+        if (found && !S_ISREG(status.st_mode)) {
+            result = FileResult::kNoAccess;
+            return nullptr;
+        }
+        Descriptor file = place.IsValid() ? OpenToRead(place) : Descriptor();
         if (!file.IsOpen() || fstat(file.Value(), &status) != 0) {
             result = LastResult();
             return nullptr;
         }
+        // It may have been exchanged since it was looked at.
         result = S_ISREG(status.st_mode) ? FileResult::kDone : FileResult::kNoAccess;
         return result == FileResult::kDone ? std::make_unique<OpenInputFile>(std::move(file)) : nullptr;
     }

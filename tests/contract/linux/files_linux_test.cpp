@@ -1,10 +1,12 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <signal.h>
 #include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstring>
@@ -70,6 +72,25 @@ private:
 
 #define SKIP_UNLESS_MOUNTED(volume) \
     if (!(volume).IsMounted()) GTEST_SKIP() << "a volume can be mounted by root only"
+
+TEST_F(LinuxFilesTest, LookingAtAFifoDoesNotLetGoTheWriterThatWaitsThere) {
+    const std::string fifo = PathOf("fifo");
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0666), 0);
+    const pid_t writer = fork();
+    if (writer == 0) {
+        const int end = open(fifo.c_str(), O_WRONLY);  // waits for a reader
+        _exit(end >= 0 ? 0 : 1);
+    }
+    usleep(50'000);
+    FileResult result = FileResult::kDone;
+    EXPECT_EQ(files().Inspect(fifo).kind, FileKind::kOther);
+    EXPECT_EQ(files().OpenForReading(fifo, result), nullptr);
+    usleep(50'000);
+    int status = 0;
+    EXPECT_EQ(waitpid(writer, &status, WNOHANG), 0);  // still waiting
+    kill(writer, SIGKILL);
+    waitpid(writer, &status, 0);
+}
 
 TEST_F(LinuxFilesTest, NeverWaitsForFifosSocketsAndDevices) {
     const std::string fifo = PathOf("fifo");
