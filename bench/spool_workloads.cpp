@@ -54,11 +54,11 @@ struct RawBench {
     }
 
     double Print() {
-        DirectPrinter printer(*spooler, *services.files, debugLog);
+        DirectPrinter printer(*spooler, *services.files, *services.loop, debugLog);
         bool isGood = false;
         const double seconds = TimeCall([&] {
             DirectOutcome outcome;
-            isGood = printer.PrintExtPS("Null", source, outcome) == 0 && outcome.accepted;
+            isGood = printer.PrintExtPS("Null", source, {}, outcome) == 0 && outcome.accepted;
             std::vector<JobInfo> jobs;
             do {
                 services.loop->Pump();
@@ -86,12 +86,7 @@ void AddSpoolWorkloads(std::vector<Workload>& workloads) {
                              *bench = std::make_unique<RawBench>();
                              return (*bench)->Prepare(whyNot);
                          },
-                         [bench] { return (*bench)->Print(); },
-                         [bench] {
-                             const double seconds = (*bench)->Copy();
-                             return seconds;
-                         },
-                         9});
+                         [bench] { return (*bench)->Print(); }, [bench] { return (*bench)->Copy(); }, 9});
 }
 
 }  // namespace quirepress

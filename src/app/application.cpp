@@ -52,9 +52,9 @@ Application::Application(Services& services, Prompts& userPrompts, ApplicationRe
     m_pdfLibrary = std::make_unique<PdfWorker>(*m_services.processes, *m_services.loop,
                                                m_services.machine->ProgramPath());
     m_pdfCounter = std::make_unique<PdfCounter>(files, *m_pdfLibrary);
-    m_list = std::make_unique<PrintList>(
-        PrintListServices{files, *m_services.shell, *m_services.clock, *m_services.machine, *m_services.loop,
-                          *m_prompts, *m_debugLog, *m_pdfCounter, m_options, m_request.workingFolder});
+    m_list = std::make_unique<PrintList>(PrintListServices{
+        files, *m_services.shell, *m_services.clock, *m_services.machine, *m_services.loop, *m_prompts,
+        *m_debugLog, *m_pdfCounter, m_options, m_request.workingFolder, m_request.keepLoading});
     LoadGeneralOptions(m_options, Settings(), m_services.machine->Family(), m_request.unattended);
     if (m_request.debug && m_debugLog->Open(files, PathOf("qpr.log")) != 0)
         m_prompts->ShowBox("Log File Error", "Can't open qpr.log for append");
@@ -63,7 +63,7 @@ Application::Application(Services& services, Prompts& userPrompts, ApplicationRe
 Application::~Application() = default;
 
 SettingsPlace Application::Settings() {
-    return {*m_services.files, *m_prompts, m_request.workingFolder};
+    return {*m_services.files, *m_prompts, m_request.workingFolder, m_services.machine->SystemCodePage()};
 }
 
 }  // namespace quirepress

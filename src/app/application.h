@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -27,10 +29,19 @@ class Spooler;
 int PrepareWorkingFolder(Services& services, std::string_view named, std::string& folder,
                          std::string& message);
 
+// How far a spooler is that delivers its jobs itself while the program runs. One with a server of its own is
+// always idle.
+struct DeliveryProgress {
+    bool isIdle = true;                          // nothing waits but what cannot go out now
+    int waiting = 0;                             // jobs
+    std::int64_t bytesSent = 0, bytesTotal = 0;  // of those that are going out
+};
+
 struct ApplicationRequest {
     std::string workingFolder;  // as PrepareWorkingFolder gives it
     bool unattended = false;    // boxes go to the error log, questions take their safe answer
     bool debug = false;
+    std::function<bool()> keepLoading = [] { return true; };  // false ends the loading of items
 };
 
 // The one place where the services, the settings, the list and the run are made and wired. Everything lives
@@ -59,7 +70,8 @@ public:
 
     // After OpenSpooler.
     Spooler& PrintSpooler() { return *m_spooler; }
-    EmbeddedSpooler* Embedded() { return m_embedded; }  // null when another spooler was opened
+    PrinterAdministration* Administration();  // null when the spooler has tools of its own
+    DeliveryProgress Delivery();
     PrintRun& Run() { return *m_run; }
 
 private:

@@ -43,4 +43,14 @@ int Application::OpenSpooler(std::string_view name, bool& wasNamed, std::string&
     return 0;
 }
 
+PrinterAdministration* Application::Administration() {
+    return m_embedded;
+}
+
+DeliveryProgress Application::Delivery() {
+    if (m_embedded == nullptr) return {};
+    const DeliveryState state = m_embedded->WaitingJobs();
+    return {m_embedded->IsIdle(), state.waiting, state.bytesSent, state.bytesTotal};
+}
+
 }  // namespace quirepress

@@ -8,6 +8,7 @@
 #include "platform/clock.h"
 #include "platform/event_loop.h"
 #include "platform/files.h"
+#include "platform/interrupts.h"
 #include "platform/libraries.h"
 #include "platform/machine.h"
 #include "platform/network.h"
@@ -38,6 +39,7 @@ Application* Context::OpenApplication() {
     ApplicationRequest request;
     request.unattended = m_global.unattended;
     request.debug = m_global.debug;
+    request.keepLoading = [] { return InterruptCount() == 0; };
     std::string message;
     if (PrepareWorkingFolder(m_services, m_global.home, request.workingFolder, message) != 0) {
         Complain(message);

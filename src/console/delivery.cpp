@@ -7,9 +7,9 @@
 #include "base/text.h"
 #include "console/context.h"
 #include "console/progress.h"
-#include "platform/embedded/embedded_spooler.h"
 #include "platform/event_loop.h"
 #include "platform/interrupts.h"
+#include "platform/spooler.h"
 
 namespace quirepress {
 
@@ -28,24 +28,23 @@ std::string WaitingLine(const PrinterInfo& printer) {
 
 DeliveryReport DeliverJobs(Context& context, Application& application, ProgressLine& progress) {
     DeliveryReport report;
-    EmbeddedSpooler* embedded = application.Embedded();
-    if (embedded == nullptr) return report;
+    if (application.Administration() == nullptr) return report;
     EventLoop& loop = *context.System().loop;
     loop.Pump();
-    while (!embedded->IsIdle()) {
+    for (DeliveryProgress delivery = application.Delivery(); !delivery.isIdle;
+         delivery = application.Delivery()) {
         if (InterruptCount() > 0) {
             report.wasStopped = true;
             break;
         }
-        const DeliveryState state = embedded->WaitingJobs();
-        const double share = state.bytesTotal > 0 ? static_cast<double>(state.bytesSent) /
-                                                        static_cast<double>(state.bytesTotal)
-                                                  : 0.0;
-        progress.Show(RenderBar(share, 20) + Format(" Delivering, %d waiting", state.waiting));
+        const double share = delivery.bytesTotal > 0 ? static_cast<double>(delivery.bytesSent) /
+                                                           static_cast<double>(delivery.bytesTotal)
+                                                     : 0.0;
+        progress.Show(RenderBar(share, 20) + Format(" Delivering, %d waiting", delivery.waiting));
         loop.Wait(kLookEvery);
     }
     std::vector<PrinterInfo> printers;
-    embedded->ListPrinters(printers);
+    application.PrintSpooler().ListPrinters(printers);
     for (const PrinterInfo& printer : printers) {
         report.jobsLeft += static_cast<int>(printer.jobs);
         if (printer.jobs > 0) report.lines.push_back(WaitingLine(printer));
@@ -56,7 +55,7 @@ DeliveryReport DeliverJobs(Context& context, Application& application, ProgressL
 std::string OutputFolderOf(Application& application, const std::string& printer) {
     constexpr std::string_view kFolderPort = "folder:";
     std::vector<PrinterInfo> printers;
-    if (application.Embedded() != nullptr) application.Embedded()->ListPrinters(printers);
+    if (application.Administration() != nullptr) application.PrintSpooler().ListPrinters(printers);
     for (const PrinterInfo& info : printers) {
         if (info.name != printer || !StartsWith(info.port, kFolderPort)) continue;
         const std::string folder = info.port.substr(kFolderPort.size());

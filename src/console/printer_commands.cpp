@@ -9,7 +9,6 @@
 #include "console/delivery.h"
 #include "console/progress.h"
 #include "console/table.h"
-#include "platform/embedded/embedded_spooler.h"
 #include "platform/spooler.h"
 
 namespace quirepress {
@@ -63,7 +62,7 @@ int Administer(Context& context,
                const std::function<int(PrinterAdministration&, std::string& message)>& operation) {
     Application* application = context.OpenApplicationWithSpooler();
     if (application == nullptr) return kExitNoPrinter;
-    PrinterAdministration* administration = application->Embedded();
+    PrinterAdministration* administration = application->Administration();
     if (administration == nullptr) {
         const bool isCups = application->PrintSpooler().SystemName() == "cups";
         context.PrintResult(kExitUsage, isCups ? "On CUPS, use lpadmin, cupsenable and cupsdisable."
