@@ -6,6 +6,8 @@
 #include <qpdf/QPDFWriter.hh>
 
 #include "base/format.h"
+#include "documents/pdf_cross_references.h"
+#include "documents/pdf_file_view.h"
 #include "documents/qpdf_library.h"
 #include "fakes/memory_file.h"
 #include "unit/documents/pdf_samples.h"
@@ -105,10 +107,14 @@ TEST(PdfQuickCount, BytesBeforeAndBehindTheFileDoNotMatter) {
 
 TEST(PdfQuickCount, WhatIsNotPlausibleIsNotBelieved) {
     const std::string pdf = MakePdf(12);
-    for (const char* lie :
-         {"/Count 0 ", "/Count -12 ", "/Count 99999999999 ", "/Count 1 ", "/Count 3000000000 ", "/Count x ",
-          "/Count 999999999999999999999999 ", "/Cxunt 12 ", "/Count 12.5 "})
-        EXPECT_EQ(QuickCount(Replaced(pdf, "/Count 12 ", lie)), -1) << lie;
+    const auto withCount = [&](const std::string& count) {
+        return WithUpdate(pdf, {{2, "<< /Type /Pages " + count + " /Kids [ 3 0 R 20 0 R ] >>"}},
+                          "/Root 1 0 R");
+    };
+    EXPECT_EQ(QuickCount(withCount("/Count 12")), 12);
+    for (const char* lie : {"/Count 0", "/Count -12", "/Count 99999999999", "/Count 1", "/Count 3000000000",
+                            "/Count x", "/Count 999999999999999999999999", "/Cxunt 12", "/Count 12.5"})
+        EXPECT_EQ(QuickCount(withCount(lie)), -1) << lie;
     EXPECT_EQ(QuickCount(Replaced(pdf, "/Type /Catalog", "/Type /Cxtalog")), -1);
     EXPECT_EQ(QuickCount(Replaced(pdf, "/Pages 2 0 R", "/Pages 3 0 R")), -1) << "not the root of the tree";
     EXPECT_EQ(QuickCount(Replaced(pdf, "2 0 obj", "2 1 obj")), -1);
@@ -148,6 +154,21 @@ TEST(PdfQuickCount, HugeSizesCostNothing) {
     std::string table = MakePdf(3);
     table = Replaced(table, "xref\n0 ", "xref\n0 999999999999\n");
     EXPECT_EQ(QuickCount(table), -1);
+}
+
+// Sections that promise much and hold little get no room for what they promise.
+TEST(PdfQuickCount, PromisedRowsTakeNoMemory) {
+    const std::string data = Deflated("1234");
+    MemoryFile file(
+        "%PDF-1.5\n1 0 obj\n<< /Type /XRef /Root 1 0 R /Size 60000000 /W [8 8 8] /Filter /FlateDecode" +
+        Format(" /Length %d >>\nstream\n", data.size()) + data + "\nendstream\nendobj\n");
+    std::vector<char> window;
+    std::vector<char> rows;
+    PdfStreamDecoder decoder;
+    PdfFileView view(file, window);
+    PdfCrossReferences crossReferences(view, decoder, rows, 0);
+    EXPECT_FALSE(crossReferences.LoadNewest(9));
+    EXPECT_LE(rows.size(), 2 * kMostUnpacked);
 }
 
 TEST(PdfQuickCount, PredictorsOfEveryKindAreUndone) {

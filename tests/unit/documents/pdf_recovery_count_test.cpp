@@ -33,7 +33,10 @@ TEST(PdfRecovery, CountsSoundFilesLikeTheLibrary) {
               Encrypted(pdf, Cipher::kAes256, "secret", false)})
             EXPECT_EQ(Recover(file).pages, pages);
     }
-    EXPECT_EQ(Recover(Encrypted(MakePdf(9), Cipher::kAes256, "", true)).pages, -1) << "its pages are hidden";
+    const std::string hidden = Encrypted(MakePdf(9), Cipher::kAes256, "", true);
+    EXPECT_EQ(Recover(hidden).pages, -1) << "its pages are hidden";
+    const std::string partly = WithUpdate(hidden, {{90, "<< /Type /Page >>"}}, "/Root 1 0 R");
+    EXPECT_EQ(Recover(partly).pages, -1) << "all but one";
 }
 
 TEST(PdfRecovery, FindsTheObjectsOfDamagedFiles) {
