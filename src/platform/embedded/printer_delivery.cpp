@@ -183,14 +183,21 @@ bool PrinterDelivery::CanResume(JobFiles& job) {
     return IsPlaced(note);
 }
 
-// Another program may have cancelled the job while it is sent.
+// Another program may have cancelled the job while it is sent. Its data may stay to be seen while they are
+// open here, so the record counts; it has another name by another priority. What is left is for Sweep.
 void PrinterDelivery::CheckStillWanted() {
-    if (m_loop.MonotonicMilliseconds() < m_nextCheck) return;
-    m_nextCheck = m_loop.MonotonicMilliseconds() + kLookInterval;
-    const FileFacts data = m_files.Inspect(m_printer.Jobs().DataPath(m_job.id));
-    if (data.kind != FileKind::kMissing) return;
+    const long long now = m_loop.MonotonicMilliseconds();
+    if (now < m_nextCheck) return;
+    m_nextCheck = now + kLookInterval;
+    const std::string record = m_printer.Jobs().RecordPath(m_job.id, m_job.priority);
+    if (m_files.Inspect(record).kind != FileKind::kMissing) return;
+    for (const JobFiles& job : m_printer.Jobs().List()) {
+        if (job.id != m_job.id || !job.IsWaiting()) continue;
+        m_job.priority = job.priority;
+        return;
+    }
     m_sender.reset();
-    Conclude({SendOutcome::kGone});
+    LookSoon();
 }
 
 void PrinterDelivery::Conclude(const SendReport& report) {

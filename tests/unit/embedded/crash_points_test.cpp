@@ -64,7 +64,7 @@ protected:
         std::vector<JobInfo> jobs;
         ASSERT_EQ(life.spooler.ListJobs("Out", jobs), 0);
         EXPECT_TRUE(jobs.empty());
-        m_loop.Wait(5'000);
+        m_loop.Wait(1'100);
         EXPECT_TRUE(ReadFolder(*m_system.files, m_folder->PathOf("Printers/Out/Jobs")).empty());
     }
 

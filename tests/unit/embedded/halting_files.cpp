@@ -18,7 +18,7 @@ public:
         return FileResult::kFailed;
     }
     FileResult FlushToDisk() override {
-        return m_files.HasHalted() ? FileResult::kFailed : m_real->FlushToDisk();
+        return m_files.HasHalted() ? FileResult::kFailed : FileResult::kDone;
     }
     FileResult Close() override { return m_files.HasHalted() ? FileResult::kFailed : m_real->Close(); }
 
@@ -67,8 +67,8 @@ FileResult HaltingFiles::Erase(std::string_view path) {
     return TakeChange() ? m_real.Erase(path) : FileResult::kFailed;
 }
 
-FileResult HaltingFiles::FlushFolder(std::string_view path) {
-    return HasHalted() ? FileResult::kFailed : m_real.FlushFolder(path);
+FileResult HaltingFiles::FlushFolder(std::string_view) {
+    return HasHalted() ? FileResult::kFailed : FileResult::kDone;
 }
 
 std::unique_ptr<FileLock> HaltingFiles::TryLock(std::string_view path, FileResult& result) {

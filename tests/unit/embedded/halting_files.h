@@ -11,7 +11,7 @@
 namespace quirepress {
 
 // Files of a program that is ended at its n-th change: that change is done by half or not at all, and
-// whatever the program tries afterwards fails without an effect.
+// whatever the program tries afterwards fails without an effect. Nothing is flushed: the system goes on.
 class HaltingFiles : public Files {
 public:
     explicit HaltingFiles(Files& real) : m_real(real) {}

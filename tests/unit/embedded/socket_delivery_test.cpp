@@ -145,10 +145,13 @@ TEST_F(SocketDelivery, AJobCancelledElsewhereStops) {
     Spool("Net", "stalled", m_large);
     m_loop.Wait(500);
     EmbeddedSpooler other(m_files, m_loop, m_network, m_clock, m_machine, m_folder.Path());
+    EXPECT_EQ(other.ChangeJobPriority("Net", 1, 50), 0);
+    m_loop.Wait(3'000);
+    EXPECT_FALSE(m_network.peers[0]->dropped);
     EXPECT_EQ(other.CancelJob("Net", 1), 0);
     m_loop.Wait(3'000);
     EXPECT_TRUE(m_network.peers[0]->dropped);
-    EXPECT_THAT(ReadFolder(m_files, JobsFolder("Net")), IsEmpty());
+    EXPECT_EQ(ReadFolder(m_files, JobsFolder("Net")).size(), 0U);
 }
 
 }  // namespace
