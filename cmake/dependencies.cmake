@@ -22,12 +22,12 @@ quirepress_find_library(deflate libdeflate.h deflate)
 
 if(WIN32)
     # Static libraries do not say what they need themselves.
-    foreach(library jpeg lzma bz2)
+    foreach(library jpeg lzma bz2 zstd)
         find_library(${library}_LIBRARY NAMES ${library} REQUIRED)
     endforeach()
     target_link_libraries(quirepress_qpdf_library INTERFACE ${jpeg_LIBRARY} ZLIB::ZLIB)
     target_compile_definitions(quirepress_archive_library INTERFACE LIBARCHIVE_STATIC)
-    target_link_libraries(quirepress_archive_library INTERFACE ${lzma_LIBRARY} ${bz2_LIBRARY} ZLIB::ZLIB bcrypt)
+    target_link_libraries(quirepress_archive_library INTERFACE ${lzma_LIBRARY} ${bz2_LIBRARY} ${zstd_LIBRARY} ZLIB::ZLIB bcrypt)
 endif()
 
 # libqpdf's headers cannot be read as C++20 by clang 14 with the standard library of GCC 12 (nor by its
