@@ -135,10 +135,10 @@ TEST_F(EmbeddedSpoolerTest, GarbageBlocksNothing) {
     ASSERT_TRUE(Deliver());
     EXPECT_THAT(Output(), ElementsAre(Pair("00000002-good", "bytes")));
     ASSERT_THAT(Jobs("Quirepress").size(), 1U);
-    EXPECT_EQ(Jobs("Quirepress")[0].statusBits, job_status::kError);
-    EXPECT_THAT(Jobs("Quirepress")[0].statusText, HasSubstr("damaged"));
+    EXPECT_EQ(FirstJob("Quirepress").statusBits, job_status::kError);
+    EXPECT_THAT(FirstJob("Quirepress").statusText, HasSubstr("damaged"));
     EXPECT_EQ(Printer("Bad port").statusBits, printer_status::kError);
-    EXPECT_THAT(Jobs("Bad port")[0].statusText, HasSubstr("usb:3"));
+    EXPECT_THAT(FirstJob("Bad port").statusText, HasSubstr("usb:3"));
     EXPECT_EQ(m_spooler->CancelJob("Quirepress", 1), 0);
     EXPECT_THAT(Jobs("Quirepress"), IsEmpty());
     m_folder.Write("Printers/Bad port/printer.ini", "PORT;null:\n");
@@ -192,8 +192,8 @@ TEST_F(EmbeddedSpoolerTest, AnUnwritableOutputFolderKeepsTheJobUntilItIsMended) 
     EXPECT_THAT(Output(), ElementsAre(Pair("00000001-c.ps", "bytes")));
     EXPECT_EQ(Printer("Blocked").statusBits, printer_status::kError);
     EXPECT_THAT(Printer("Blocked").statusText, HasSubstr("next try in 1 s"));
-    EXPECT_EQ(Jobs("Blocked")[0].statusBits, job_status::kError);
-    EXPECT_THAT(Jobs("Blocked")[0].statusText, HasSubstr("can't be made"));
+    EXPECT_EQ(FirstJob("Blocked").statusBits, job_status::kError);
+    EXPECT_THAT(FirstJob("Blocked").statusText, HasSubstr("can't be made"));
     EXPECT_EQ(Jobs("Blocked")[1].statusBits, 0U);
     const int before = m_files.CountOf(Call::kMakeFolders);
     m_loop.Wait(3'600'000);
@@ -214,7 +214,7 @@ TEST_F(EmbeddedSpoolerTest, AProgramThatOnlyJustStartedIsNotToldOldTroubles) {
     Spool("Blocked", "a.ps");
     ASSERT_TRUE(Deliver());
     Restart();
-    EXPECT_THAT(Jobs("Blocked")[0].statusText, HasSubstr("can't be made"));
+    EXPECT_THAT(FirstJob("Blocked").statusText, HasSubstr("can't be made"));
     EXPECT_FALSE(m_spooler->IsIdle());
     ASSERT_TRUE(Deliver());
     EXPECT_EQ(m_spooler->WaitingJobs().stuck, 1);

@@ -26,7 +26,7 @@ TEST_F(SocketDelivery, SendsAllAndIsDoneWhenAllIsAcknowledged) {
     ASSERT_THAT(m_network.addresses, ElementsAre("host:9101"));
     EXPECT_EQ(m_network.peers[0]->received, m_large);
     EXPECT_TRUE(m_network.peers[0]->sawEnd);
-    EXPECT_EQ(Jobs("Net")[0].statusBits, job_status::kPrinting);
+    EXPECT_EQ(FirstJob("Net").statusBits, job_status::kPrinting);
     EXPECT_FALSE(m_spooler->IsIdle());
     EXPECT_EQ(m_spooler->WaitingJobs().stalled, 1);
     m_network.peers[0]->acknowledges = true;
@@ -54,8 +54,8 @@ TEST_F(SocketDelivery, APrinterThatIsNotThereIsTriedAgain) {
     Spool("Net", "a", "a");
     Spool("Net", "b", "b");
     m_loop.Wait(2'000);
-    EXPECT_EQ(Jobs("Net")[0].statusBits, job_status::kOffline);
-    EXPECT_THAT(Jobs("Net")[0].statusText,
+    EXPECT_EQ(FirstJob("Net").statusBits, job_status::kOffline);
+    EXPECT_THAT(FirstJob("Net").statusText,
                 StartsWith("Net is not reachable: connection refused; next try in"));
     EXPECT_EQ(Printer("Net").statusBits, printer_status::kOffline);
     EXPECT_TRUE(m_spooler->IsIdle());
@@ -63,7 +63,7 @@ TEST_F(SocketDelivery, APrinterThatIsNotThereIsTriedAgain) {
     m_network.nextPeer.refuses = false;
     m_network.nextPeer.answers = false;
     m_loop.Wait(30'000);
-    EXPECT_THAT(Jobs("Net")[0].statusText, HasSubstr("no answer"));
+    EXPECT_THAT(FirstJob("Net").statusText, HasSubstr("no answer"));
     m_network.nextPeer.answers = true;
     m_loop.Wait(60'000);
     EXPECT_THAT(Jobs("Net"), IsEmpty());
@@ -81,14 +81,14 @@ TEST_F(SocketDelivery, AConnectionThatBreaksLeavesTheJobAsUnknown) {
     Spool("Net", "later", "later");
     ASSERT_TRUE(Deliver());
     ASSERT_THAT(Documents("Net"), ElementsAre("broken"));
-    EXPECT_EQ(Jobs("Net")[0].statusBits, kUnknown);
-    EXPECT_THAT(Jobs("Net")[0].statusText,
+    EXPECT_EQ(FirstJob("Net").statusBits, kUnknown);
+    EXPECT_THAT(FirstJob("Net").statusText,
                 StartsWith("Unknown: the connection ended after 300000 of 900000 bytes. "));
     EXPECT_EQ(m_network.peers[1]->received, "later");
     Restart();
     m_loop.Wait(3'600'000);
     EXPECT_EQ(m_network.peers.size(), 2U);
-    EXPECT_EQ(Jobs("Net")[0].statusBits, kUnknown);
+    EXPECT_EQ(FirstJob("Net").statusBits, kUnknown);
     ASSERT_EQ(m_spooler->RestartJob("Net", broken, m_message), 0) << m_message;
     ASSERT_TRUE(Deliver());
     EXPECT_EQ(m_network.peers[2]->received, m_large);
@@ -99,7 +99,7 @@ TEST_F(SocketDelivery, AConnectionThatBreaksBeforeTheFirstByteIsTriedAgain) {
     m_network.nextPeer.breaksAfter = 0;
     Spool("Net", "a", "a");
     m_loop.Wait(200);
-    EXPECT_EQ(Jobs("Net")[0].statusBits, job_status::kOffline);
+    EXPECT_EQ(FirstJob("Net").statusBits, job_status::kOffline);
     m_network.nextPeer.breaksAfter = -1;
     m_loop.Wait(10'000);
     EXPECT_THAT(Jobs("Net"), IsEmpty());
@@ -109,7 +109,7 @@ TEST_F(SocketDelivery, TheEndOfTheProgramLeavesTheJobAsUnknown) {
     m_network.nextPeer.takes = 1'000;
     Spool("Net", "a", m_large);
     m_loop.Wait(500);
-    EXPECT_EQ(Jobs("Net")[0].statusBits, job_status::kPrinting);
+    EXPECT_EQ(FirstJob("Net").statusBits, job_status::kPrinting);
     EXPECT_EQ(m_spooler->WaitingJobs().bytesSent, 1'000);
     EXPECT_EQ(m_spooler->WaitingJobs().bytesTotal, 900'000);
     EXPECT_EQ(m_spooler->RestartJob("Net", 1, m_message), -1);
@@ -119,8 +119,8 @@ TEST_F(SocketDelivery, TheEndOfTheProgramLeavesTheJobAsUnknown) {
     EXPECT_EQ(jobs[0].statusBits, job_status::kPrinting);
     EXPECT_EQ(other.RestartJob("Net", 1, m_message), -1);
     Restart();
-    EXPECT_EQ(Jobs("Net")[0].statusBits, kUnknown);
-    EXPECT_THAT(Jobs("Net")[0].statusText, HasSubstr("1000 of 900000"));
+    EXPECT_EQ(FirstJob("Net").statusBits, kUnknown);
+    EXPECT_THAT(FirstJob("Net").statusText, HasSubstr("1000 of 900000"));
     EXPECT_EQ(m_spooler->CancelJob("Net", 1), 0);
     EXPECT_THAT(Jobs("Net"), IsEmpty());
 }

@@ -58,6 +58,11 @@ std::vector<JobInfo> SpoolerBench::Jobs(std::string_view printer) {
     return jobs;
 }
 
+JobInfo SpoolerBench::FirstJob(std::string_view printer) {
+    const std::vector<JobInfo> jobs = Jobs(printer);
+    return jobs.empty() ? JobInfo() : jobs[0];
+}
+
 std::vector<std::string> SpoolerBench::Documents(std::string_view printer) {
     std::vector<std::string> names;
     for (const JobInfo& job : Jobs(printer)) names.push_back(job.document);

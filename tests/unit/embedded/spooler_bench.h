@@ -41,6 +41,7 @@ protected:
     // Pumps until nothing moves any more; false when that takes an hour.
     bool Deliver();
     std::vector<JobInfo> Jobs(std::string_view printer);
+    JobInfo FirstJob(std::string_view printer);  // an empty one when there is none
     std::vector<std::string> Documents(std::string_view printer);
     PrinterInfo Printer(std::string_view name);
     std::map<std::string, std::string> Output(std::string_view printer = "Quirepress");

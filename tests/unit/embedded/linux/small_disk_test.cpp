@@ -45,7 +45,7 @@ TEST_F(SmallDiskTest, AFullOutputVolumeKeepsTheJobsUntilThereIsRoom) {
     Spool("Small", "too large", m_large);
     ASSERT_TRUE(Deliver());
     ASSERT_EQ(Jobs("Small").size(), 1U);
-    EXPECT_THAT(Jobs("Small")[0].statusText, HasSubstr("no space"));
+    EXPECT_THAT(FirstJob("Small").statusText, HasSubstr("no space"));
     EXPECT_EQ(Printer("Small").statusBits, printer_status::kError);
     EXPECT_EQ(ReadFolder(m_files, m_folder.PathOf("disk/out")).size(), 1U);
     ASSERT_TRUE(disk.Change(false));
@@ -56,7 +56,7 @@ TEST_F(SmallDiskTest, AFullOutputVolumeKeepsTheJobsUntilThereIsRoom) {
     Spool("Small", "refused");
     ASSERT_TRUE(Deliver());
     ASSERT_EQ(Jobs("Small").size(), 1U);
-    EXPECT_EQ(Jobs("Small")[0].statusBits, job_status::kError);
+    EXPECT_EQ(FirstJob("Small").statusBits, job_status::kError);
     ASSERT_TRUE(disk.Change(false));
     m_loop.Wait(120'000);
     EXPECT_EQ(ReadFolder(m_files, m_folder.PathOf("disk/out")).size(), 3U);
