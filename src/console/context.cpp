@@ -42,7 +42,7 @@ Application* Context::OpenApplication() {
     request.keepLoading = [] { return InterruptCount() == 0; };
     std::string message;
     if (PrepareWorkingFolder(m_services, m_global.home, request.workingFolder, message) != 0) {
-        Complain(message);
+        PrintResult(-1, message);
         return nullptr;
     }
     m_application = std::make_unique<Application>(m_services, *m_prompts, std::move(request));
@@ -55,7 +55,7 @@ Application* Context::OpenApplicationWithSpooler() {
     bool wasNamed = false;
     std::string message;
     if (application->OpenSpooler(m_global.spooler, wasNamed, message) != 0) {
-        Complain(message);
+        PrintResult(-1, message);
         return nullptr;
     }
     if (!wasNamed)

@@ -37,9 +37,9 @@ public:
 
     Services& System() { return m_services; }
 
-    // The application with its working folder; null when there can be none (said on standard error).
+    // The application with its working folder; null when there can be none (which is the command's result).
     Application* OpenApplication();
-    // The application with its spooler; null when there is none (said on standard error).
+    // The application with its spooler; null when there is none (which is the command's result).
     Application* OpenApplicationWithSpooler();
 
     bool WantsJson() const { return m_global.json; }
@@ -50,8 +50,8 @@ public:
     void Print(std::string_view text);               // results
     void PrintJson(const nlohmann::json& document);  // the one document of --json
     void Complain(std::string_view text);            // "qpr: TEXT" on standard error
-    // The closing of a command without a JSON shape of its own: {"result": n, "message": TEXT}, or the
-    // message alone.
+    // The closing of a command that failed, or has no JSON shape of its own: {"result": n, "message": TEXT},
+    // or the message alone.
     void PrintResult(int result, std::string_view message);
     // False once standard output is closed or full: what was printed is not all there.
     bool OutputIsWhole() const { return m_outputIsWhole; }

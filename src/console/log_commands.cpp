@@ -21,7 +21,7 @@ int ShowLog(Context& context) {
     std::vector<std::vector<std::string>> records;
     if (ReadRecords(*application->System().files, application->Errors().Path(), layout, records) != 0 &&
         application->System().files->Inspect(application->Errors().Path()).kind != FileKind::kMissing) {
-        context.Complain("Can't open '" + application->Errors().Path() + "' for reading");
+        context.PrintResult(1, "Can't open '" + application->Errors().Path() + "' for reading");
         return kExitNotAllDone;
     }
     nlohmann::json list = nlohmann::json::array();

@@ -168,8 +168,8 @@ int RunPrint(Context& context, const PrintOptions& options) {
     Spooler& spooler = application->PrintSpooler();
     const std::string printer = options.printer.empty() ? spooler.DefaultPrinter() : options.printer;
     if (printer.empty() || !PrinterExists(spooler, printer)) {
-        context.Complain(printer.empty() ? "There is no printer."
-                                         : "There is no printer \"" + printer + "\".");
+        context.PrintResult(kExitNoPrinter, printer.empty() ? "There is no printer."
+                                                            : "There is no printer \"" + printer + "\".");
         return kExitNoPrinter;
     }
     ProgressLine progress(*context.System().terminal, application->List(), context.ErrorsHaveColours());

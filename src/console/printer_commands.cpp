@@ -20,7 +20,7 @@ int ListPrinters(Context& context) {
     if (application == nullptr) return kExitNoPrinter;
     std::vector<PrinterInfo> printers;
     if (application->PrintSpooler().ListPrinters(printers) != 0) {
-        context.Complain("The printers can't be read.");
+        context.PrintResult(kExitNoPrinter, "The printers can't be read.");
         return kExitNoPrinter;
     }
     nlohmann::json list = nlohmann::json::array();
@@ -83,7 +83,7 @@ int ListQueue(Context& context, std::string printer) {
     if (printer.empty()) printer = spooler.DefaultPrinter();
     std::vector<JobInfo> jobs;
     if (spooler.ListJobs(printer, jobs) != 0) {
-        context.Complain("There is no printer \"" + printer + "\".");
+        context.PrintResult(kExitNoPrinter, "There is no printer \"" + printer + "\".");
         return kExitNoPrinter;
     }
     nlohmann::json list = nlohmann::json::array();
