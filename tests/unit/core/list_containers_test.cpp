@@ -31,9 +31,9 @@ TEST_F(ListContainersTest, ScansAFolderByNameWithItsTraces) {
     const std::string folder = m_folder.PathOf("in");
     EXPECT_EQ(
         DebugText(),
-        Format("*** DoScanDir m_fname: %s, m_type: *.txt\r\ninserting: %s/a.TXT\r\ninserting: %s/b.txt\r\n"
-               "Found Folder: %s/sub, m_type: *.txt\r\n",
-               folder, folder, folder, folder));
+        Format("*** DoScanDir m_fname: %s, m_type: *.txt\r\ninserting: %s\r\ninserting: %s\r\n"
+               "Found Folder: %s, m_type: *.txt\r\n",
+               folder, m_folder.PathOf("in/a.TXT"), m_folder.PathOf("in/b.txt"), m_folder.PathOf("in/sub")));
     EXPECT_EQ(m_prompts.statusTexts.back(), "Scanning directory: " + folder);
     m_list.Clear();
     Scan("*.*", true);
@@ -175,8 +175,8 @@ TEST_F(ListContainersTest, AJobListsPathsOfEveryKind) {
     EXPECT_EQ(Insert(job, 1, texts), 1);
     EXPECT_THAT(Rows(), ElementsAre("Yes|a.txt|Ready.", "No|b.txt|No File.", "Yes|set.prs|Ready.",
                                     "Yes|landscape.paperorientation|No File.", "Yes|a.txt|Ready.",
-                                    "No|" + std::string(FileTitle("C:\\w.txt")) + "|No File.", "Yes|-------Separator-------|Separator",
-                                    "No|a.txt|Ready"));
+                                    "No|" + std::string(FileTitle("C:\\w.txt")) + "|No File.",
+                                    "Yes|-------Separator-------|Separator", "No|a.txt|Ready"));
     EXPECT_EQ(TextOf(2, kColumnFilename), m_folder.PathOf("jobs/set.prs"));
     EXPECT_EQ(TextOf(3, kColumnFilename), "landscape.paperorientation");
     EXPECT_EQ(TextOf(0, kColumnPriority), "9");

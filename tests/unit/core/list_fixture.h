@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "base/path.h"
 #include "core/print_list.h"
 #include "documents/pdf_counter.h"
 #include "fakes/fake_clock.h"
@@ -56,7 +57,7 @@ protected:
     GeneralOptions m_options;
     bool m_keepGoing = true;
     PrintList m_list{PrintListServices{m_files, m_shell, m_clock, m_machine, m_loop, m_prompts, m_debugLog,
-                                       m_pdfCounter, m_options, m_folder.Path() + "/",
+                                       m_pdfCounter, m_options, WithTrailingSeparator(m_folder.Path()),
                                        [this] { return m_keepGoing; }}};
 };
 

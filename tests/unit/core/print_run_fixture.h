@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "backends/direct_print.h"
+#include "base/path.h"
 #include "base/text.h"
 #include "core/print_list.h"
 #include "core/print_run.h"
@@ -76,7 +77,7 @@ public:
     explicit RunStage(Arguments&&... arguments)
         : spooler(files, std::forward<Arguments>(arguments)...),
           list({files, *services.shell, clock, *services.machine, loop, prompts, debugLog, pdfCounter,
-                options, folder.Path() + "/"}),
+                options, WithTrailingSeparator(folder.Path())}),
           run({list, spooler, directPrinter, files, loop, prompts, debugLog, errorLog, options}) {
         spooler.PutPrinter("Laser");
         spooler.PutPrinter("Plotter");
