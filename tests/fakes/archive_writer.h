@@ -8,8 +8,6 @@
 #include <string>
 #include <vector>
 
-#include "base/text.h"
-
 namespace quirepress {
 
 struct ArchiveMember {
@@ -43,10 +41,7 @@ inline std::string MakeArchive(const std::string& format, const std::vector<Arch
     EXPECT_EQ(archive_write_open_memory(writer, bytes.data(), bytes.size(), &used), ARCHIVE_OK);
     for (const ArchiveMember& member : members) {
         archive_entry* const entry = archive_entry_new();
-        if (IsValidUtf8(member.name))
-            archive_entry_set_pathname_utf8(entry, member.name.c_str());
-        else
-            archive_entry_set_pathname(entry, member.name.c_str());
+        archive_entry_set_pathname(entry, member.name.c_str());
         archive_entry_set_filetype(entry, static_cast<unsigned>(member.type));
         archive_entry_set_perm(entry, 0755);
         archive_entry_set_size(entry, static_cast<la_int64_t>(member.bytes.size()));
