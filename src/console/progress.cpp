@@ -21,10 +21,13 @@ std::string RenderBar(double share, int width) {
 ProgressLine::ProgressLine(Terminal& terminal, const PrintList& list, bool colours)
     : m_terminal(terminal), m_list(list), m_isTerminal(terminal.ErrorsAreTerminal()), m_colours(colours) {}
 
+std::size_t ProgressLine::WidestLine() const {
+    return static_cast<std::size_t>(std::max(20, m_terminal.Columns() - 1));
+}
+
 void ProgressLine::Show(const std::string& text) {
     if (!m_isTerminal) return;
-    const auto widest = static_cast<std::size_t>(std::max(20, m_terminal.Columns() - 1));
-    m_terminal.WriteErrors("\r\x1b[K" + CutMiddle(ToPrintableLine(text), widest));
+    m_terminal.WriteErrors("\r\x1b[K" + CutMiddle(ToPrintableLine(text), WidestLine()));
     m_isDrawn = true;
 }
 
@@ -45,11 +48,14 @@ void ProgressLine::Draw(const RunProgress& progress) {
     if (progress.secondsLeft >= 0)
         text += Format("  DPM:%d  ETA:%.2d:%.2d", std::lround(progress.documentsPerMinute),
                        progress.secondsLeft / 60, progress.secondsLeft % 60);
+    text += "  ";
     if (progress.row >= 0 && progress.row < m_list.RowCount()) {
-        text += "  ";
         text += m_list.Text(progress.row, kColumnStatus);
         text += "  ";
-        text += FileTitle(m_list.Text(progress.row, kColumnFilename));
+        // The name gives way first: what comes before it tells how far the run is.
+        const std::string name = ToPrintableLine(FileTitle(m_list.Text(progress.row, kColumnFilename)));
+        const std::size_t used = CountCharacters(text);
+        if (WidestLine() > used) text += CutMiddle(name, WidestLine() - used);
     }
     Show(text);
 }

@@ -24,6 +24,7 @@ public:
 
 private:
     void Draw(const RunProgress& progress);
+    std::size_t WidestLine() const;  // characters
 
     Terminal& m_terminal;
     const PrintList& m_list;
