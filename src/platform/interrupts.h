@@ -2,8 +2,8 @@
 
 namespace quirepress {
 
-// From now on the first Ctrl-C, or request of the system to end, is counted instead of ending the program; the
-// second ends it at once, whatever it does. Waits of the event loop end early when one arrives.
+// From now on the first Ctrl-C, or request of the system to end, is counted instead of ending the program;
+// the second ends it at once, whatever it does. Waits of the event loop end early when one arrives.
 void CatchInterrupts();
 
 // How many have come. Safe at any time.

@@ -1,6 +1,6 @@
 #ifdef _WIN32
 __declspec(dllexport)
 #endif
-int QuirepressTestValue(void) {
+    int QuirepressTestValue(void) {
     return 42;
 }
