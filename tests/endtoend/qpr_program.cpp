@@ -36,9 +36,11 @@ ProgramResult QprProgram::Finish(ChildProcess& process) {
     ProgramResult result;
     const long long start = m_services.loop->MonotonicMilliseconds();
     process.CloseInput();
-    while (process.ReadOutput(result.output) | process.ReadErrors(result.errors)) {
+    for (bool isOpen = true; isOpen;) {
+        const bool hasOutput = process.ReadOutput(result.output);
+        isOpen = process.ReadErrors(result.errors) || hasOutput;
         if (m_services.loop->MonotonicMilliseconds() - start > kLongest) return result;
-        m_services.loop->Wait(1);
+        if (isOpen) m_services.loop->Wait(1);
     }
     if (WaitForProcess(*m_services.loop, process, kLongest)) result.exitCode = process.ExitCode();
     return result;
