@@ -119,7 +119,7 @@ void WaitForFirstOutput(QprProgram& qpr) {
     for (int i = 0; i < 1000 && qpr.OutputNames().empty(); ++i) qpr.m_services.loop->Wait(10);
 }
 
-TEST(QprInterrupts, TheFirstCtrlCStopsInOrderAndTheSecondAtOnce) {
+TEST(QprInterrupts, TheFirstCtrlCStopsInOrder) {
     QprProgram qpr;
     qpr.m_work.Write("a.ps", kOnePage);
     ASSERT_EQ(qpr.Run({"settings", "set", "general", "PAUSE1AFTER", "50"}).exitCode, 0);
