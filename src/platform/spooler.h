@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "base/date_time.h"
+#include "platform/job_ticket.h"
 
 namespace quirepress {
 
@@ -65,6 +66,10 @@ struct BinInfo {
 struct DocumentInfo {
     std::string name;  // shown in the queue; for a file of the list its full path
     int copies = 1;
+    int priority = 0;  // 1 to 99; 0: the print system's own
+    // For whole documents; a printer-ready one says by itself how it is to be printed.
+    JobTicket ticket = {};
+    std::string pageRanges = {};  // "1-3,7"; empty: all
 };
 
 // A printer opened for one raw document.
@@ -74,7 +79,8 @@ public:
     virtual int StartDocument(const DocumentInfo& document) = 0;  // 0, -1 on failure
     // 0, or -1: the chunk did not reach the spooler. The next chunk may be offered all the same.
     virtual int WriteChunk(const void* data, std::size_t size) = 0;
-    // Ends the document. 0: the spooler has it and keeps it; -1: it does not, and there is no job.
+    // Ends the document. 0: the spooler has it and keeps it; -1: it does not, and there is no job; 1: its
+    // answer did not come, so that nobody can tell.
     virtual int Finish() = 0;
     virtual std::int64_t JobId() const = 0;  // once started; 0 when the system tells none
     virtual int SystemError() const = 0;     // of the last call that failed
@@ -95,7 +101,8 @@ public:
     // Whether PrintDocument makes something of a file of this name; it is not opened. By default what every
     // system with document jobs knows: PDF, the common images and plain text, in any capitals.
     virtual bool TakesDocument(std::string_view path);
-    // Hands over a whole file that the print system can render or store by itself. The job's id, or -1.
+    // Hands over a whole file that the print system can render or store by itself. The job's id; -1: there is
+    // no job; -2: the answer did not come, so that nobody can tell.
     virtual std::int64_t PrintDocument(std::string_view printer, std::string_view path,
                                        const DocumentInfo& document, int& systemError) = 0;
 
