@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "base/escaped_text.h"
 #include "base/format.h"
 #include "base/keyword_lines.h"
 #include "base/path.h"
@@ -16,47 +17,9 @@ constexpr std::string_view kLastLine = "END";
 constexpr std::size_t kLongestFileName = 255;
 constexpr std::size_t kLongestKeptExtension = 32;
 
-bool IsControl(char c) {
-    const auto byte = static_cast<unsigned char>(c);
-    return byte < 0x20 || byte == 0x7F;
-}
-
-std::string Escape(std::string_view value) {
-    std::string result;
-    for (const char c : value) {
-        if (IsControl(c) || c == '%')
-            result += Format("%%%02X", static_cast<unsigned char>(c));
-        else
-            result += c;
-    }
-    return result;
-}
-
-int HexDigit(char c) {
-    constexpr std::string_view kDigits = "0123456789ABCDEF";
-    const std::size_t value = kDigits.find(c);
-    return value == std::string_view::npos ? -1 : static_cast<int>(value);
-}
-
-std::string Unescape(std::string_view value) {
-    std::string result;
-    for (std::size_t i = 0; i < value.size(); ++i) {
-        const bool escaped = value[i] == '%' && i + 2 < value.size();
-        const int high = escaped ? HexDigit(value[i + 1]) : -1;
-        const int low = escaped ? HexDigit(value[i + 2]) : -1;
-        if (high < 0 || low < 0) {
-            result += value[i];
-            continue;
-        }
-        result += static_cast<char>(high * 16 + low);
-        i += 2;
-    }
-    return result;
-}
-
 bool IsUnfitForFileName(char c) {
     constexpr std::string_view kWindowsOnly = ":*?\"<>|";
-    if (IsControl(c) || c == '/' || c == '\\') return true;
+    if (IsControlCharacter(c) || c == '/' || c == '\\') return true;
     return PlatformSeparator() == '\\' && kWindowsOnly.find(c) != std::string_view::npos;
 }
 
@@ -75,10 +38,10 @@ std::string_view CutText(std::string_view text, std::size_t size) {
 
 std::string WriteJobRecord(const JobRecord& record) {
     std::string text(kFirstLine);
-    text += "\nDOCUMENT;" + Escape(record.document);
-    text += "\nUSER;" + Escape(record.user);
-    text += "\nMACHINE;" + Escape(record.machine);
-    text += "\nDATATYPE;" + Escape(record.dataType);
+    text += "\nDOCUMENT;" + EscapeControls(record.document);
+    text += "\nUSER;" + EscapeControls(record.user);
+    text += "\nMACHINE;" + EscapeControls(record.machine);
+    text += "\nDATATYPE;" + EscapeControls(record.dataType);
     text += "\nSUBMITTED;" + FormatDateTime(record.submitted) + "\n";
     text += kLastLine;
     return text + "\n";
@@ -96,7 +59,7 @@ bool ReadJobRecord(std::string_view text, JobRecord& record) {
         }
         const std::size_t end = std::min(line.find(';'), line.size());
         const std::string_view key = line.substr(0, end);
-        const std::string value = Unescape(line.substr(std::min(end + 1, line.size())));
+        const std::string value = UnescapeControls(line.substr(std::min(end + 1, line.size())));
         if (key == "DOCUMENT") read.document = value;
         if (key == "USER") read.user = value;
         if (key == "MACHINE") read.machine = value;
