@@ -109,6 +109,16 @@ bool IsValidUtf8(std::string_view text) {
     return true;
 }
 
+std::string_view CutToSize(std::string_view text, std::size_t size) {
+    if (text.size() <= size) return text;
+    const auto continues = [&](std::size_t i) {
+        return (static_cast<unsigned char>(text[i]) & 0xC0) == 0x80;
+    };
+    std::size_t end = size;
+    for (int steps = 0; steps < 3 && end > 0 && continues(end); ++steps) --end;
+    return text.substr(0, continues(end) ? size : end);  // not UTF-8 at all: anywhere will do
+}
+
 std::string ToUtf8ForDisplay(std::string_view text) {
     return IsValidUtf8(text) ? std::string(text) : DecodeText(text, Windows1252());
 }

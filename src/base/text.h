@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -25,6 +26,13 @@ std::vector<std::string_view> SplitAt(std::string_view text, char separator);
 std::string ReplaceAll(std::string_view text, std::string_view from, std::string_view to);
 
 bool IsValidUtf8(std::string_view text);
+
+// UTF-8 code points of `text`, and the bytes of the first `count` of them.
+std::size_t CountCharacters(std::string_view text);
+std::size_t BytesOfCharacters(std::string_view text, std::size_t count);
+
+// The longest start of at most `size` bytes that ends with a whole UTF-8 sequence.
+std::string_view CutToSize(std::string_view text, std::size_t size);
 
 // `text` when it is valid UTF-8; else its bytes read as Windows-1252, the five bytes that this code page
 // leaves open as U+0081, U+008D, U+008F, U+0090 and U+009D.

@@ -23,17 +23,6 @@ bool IsUnfitForFileName(char c) {
     return PlatformSeparator() == '\\' && kWindowsOnly.find(c) != std::string_view::npos;
 }
 
-// The longest start of at most `size` bytes that ends with a whole UTF-8 sequence.
-std::string_view CutText(std::string_view text, std::size_t size) {
-    if (text.size() <= size) return text;
-    const auto continues = [&](std::size_t i) {
-        return (static_cast<unsigned char>(text[i]) & 0xC0) == 0x80;
-    };
-    std::size_t end = size;
-    for (int steps = 0; steps < 3 && end > 0 && continues(end); ++steps) --end;
-    return text.substr(0, continues(end) ? size : end);  // not UTF-8 at all: anywhere will do
-}
-
 }  // namespace
 
 std::string WriteJobRecord(const JobRecord& record) {
@@ -81,7 +70,7 @@ std::string OutputName(std::int64_t id, std::string_view document, int copy) {
     }
     const std::string start = Format("%08d-", id);
     const std::string end = (copy > 1 ? Format(" (%d)", copy) : std::string()) + std::string(extension);
-    return start + std::string(CutText(stem, kLongestFileName - start.size() - end.size())) + end;
+    return start + std::string(CutToSize(stem, kLongestFileName - start.size() - end.size())) + end;
 }
 
 }  // namespace quirepress
