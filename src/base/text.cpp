@@ -1,5 +1,7 @@
 #include "base/text.h"
 
+#include <algorithm>
+
 #include "base/code_page.h"
 
 namespace quirepress {
@@ -8,6 +10,10 @@ namespace {
 
 char LowerAscii(char c) {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+bool StartsCharacter(char c) {
+    return (static_cast<unsigned char>(c) & 0xC0U) != 0x80;
 }
 
 // Length of the UTF-8 sequence at `position`, 0 when there is none: overlong forms, surrogates and values
@@ -98,6 +104,19 @@ std::string ReplaceAll(std::string_view text, std::string_view from, std::string
     }
     result.append(text.substr(start));
     return result;
+}
+
+std::size_t CountCharacters(std::string_view text) {
+    return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), StartsCharacter));
+}
+
+std::size_t BytesOfCharacters(std::string_view text, std::size_t count) {
+    std::size_t i = 0;
+    while (i < text.size()) {
+        if (StartsCharacter(text[i]) && count-- == 0) break;
+        ++i;
+    }
+    return i;
 }
 
 bool IsValidUtf8(std::string_view text) {

@@ -8,20 +8,6 @@ namespace quirepress {
 
 namespace {
 
-bool StartsCharacter(char c) {
-    return (static_cast<unsigned char>(c) & 0xC0U) != 0x80;
-}
-
-// Bytes of the first `count` characters.
-std::size_t BytesOfCharacters(std::string_view text, std::size_t count) {
-    std::size_t i = 0;
-    while (i < text.size()) {
-        if (StartsCharacter(text[i]) && count-- == 0) break;
-        ++i;
-    }
-    return i;
-}
-
 std::string Padded(std::string_view text, std::size_t width, bool alignRight) {
     const std::size_t length = CountCharacters(text);
     const std::string blanks(width > length ? width - length : 0, ' ');
@@ -29,10 +15,6 @@ std::string Padded(std::string_view text, std::size_t width, bool alignRight) {
 }
 
 }  // namespace
-
-std::size_t CountCharacters(std::string_view text) {
-    return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), StartsCharacter));
-}
 
 std::string CutMiddle(std::string_view text, std::size_t widest) {
     constexpr std::string_view kGap = "...";

@@ -30,9 +30,6 @@ private:
     std::vector<Row> m_rows;
 };
 
-// UTF-8 code points of `text`.
-std::size_t CountCharacters(std::string_view text);
-
 // At most `widest` characters: the middle gives way to "...", so that a path keeps its file name.
 std::string CutMiddle(std::string_view text, std::size_t widest);
 

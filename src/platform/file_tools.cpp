@@ -14,51 +14,6 @@ namespace {
 
 constexpr std::size_t kChunkSize = 262'144;
 
-// A new file beside `path`, under a name that is free. It has this name until it is complete.
-class UnfinishedFile {
-public:
-    UnfinishedFile(Files& files, std::string_view path, FileAccess access) : m_files(files), m_target(path) {
-        constexpr int kMostTries = 1000;
-        // The name is short, so that it can be made wherever `path` can.
-        const std::string stem = std::string(FolderOf(path)) + "~qpr";
-        for (int i = 0; i < kMostTries; ++i) {
-            m_path = stem + std::to_string(i) + ".tmp";
-            m_file = files.OpenForWriting(m_path, OpenMode::kCreateNew, access, m_result);
-            if (m_result != FileResult::kExists) break;
-        }
-    }
-
-    ~UnfinishedFile() {
-        if (!m_file) return;
-        m_file.reset();
-        m_files.Erase(m_path);
-    }
-
-    UnfinishedFile(const UnfinishedFile&) = delete;
-    UnfinishedFile& operator=(const UnfinishedFile&) = delete;
-
-    // Once one call has failed, the later ones answer that failure.
-    FileResult Write(const void* data, std::size_t size) {
-        if (m_result == FileResult::kDone) m_result = m_file->Write(data, size);
-        return m_result;
-    }
-
-    FileResult Finish(bool replace) {
-        if (m_result == FileResult::kDone) m_result = m_file->FlushToDisk();
-        if (m_result == FileResult::kDone) m_result = m_file->Close();
-        if (m_result == FileResult::kDone) m_result = m_files.Rename(m_path, m_target, replace);
-        if (m_result == FileResult::kDone) m_file.reset();
-        return m_result;
-    }
-
-private:
-    Files& m_files;
-    std::string m_target;
-    std::string m_path;
-    FileResult m_result = FileResult::kFailed;
-    std::unique_ptr<OutputFile> m_file;
-};
-
 }  // namespace
 
 bool ReadWholeFile(Files& files, std::string_view path, std::int64_t limit, std::string& out,
@@ -84,13 +39,48 @@ bool ReadWholeFile(Files& files, std::string_view path, std::int64_t limit, std:
     return true;
 }
 
+// A new file beside `path`, under a name that is free. It has this name until it is complete.
+ReplacementFile::ReplacementFile(Files& files, std::string_view path, FileAccess access) : m_files(files) {
+    constexpr int kMostTries = 1000;
+    // A link stays one: what it stands for is replaced.
+    m_target = files.ResolvePath(path);
+    if (m_target.empty()) m_target = path;
+    // A device or a FIFO must not become a file.
+    m_result = FileResult::kNoAccess;
+    if (files.Inspect(m_target).kind == FileKind::kOther) return;
+    // The name is short, so that it can be made wherever `path` can.
+    const std::string stem = std::string(FolderOf(m_target)) + "~qpr";
+    for (int i = 0; i < kMostTries; ++i) {
+        m_path = stem + std::to_string(i) + ".tmp";
+        m_file = files.OpenForWriting(m_path, OpenMode::kCreateNew, access, m_result);
+        if (m_result != FileResult::kExists) break;
+    }
+}
+
+ReplacementFile::~ReplacementFile() {
+    if (!m_file) return;
+    m_file.reset();
+    m_files.Erase(m_path);
+}
+
+FileResult ReplacementFile::Write(const void* data, std::size_t size) {
+    if (m_result == FileResult::kDone) m_result = m_file->Write(data, size);
+    return m_result;
+}
+
+FileResult ReplacementFile::Finish(bool replace) {
+    if (m_result == FileResult::kDone) m_result = m_file->FlushToDisk();
+    if (m_result == FileResult::kDone) m_result = m_file->Close();
+    if (m_result == FileResult::kDone) m_result = m_files.Rename(m_path, m_target, replace);
+    if (m_result == FileResult::kDone) m_file.reset();
+    return m_result;
+}
+
 FileResult ReplaceFileDurably(Files& files, std::string_view path, std::string_view bytes,
                               FileAccess access) {
-    // A link stays one: what it stands for is replaced.
-    const std::string resolved = files.ResolvePath(path);
-    UnfinishedFile file(files, resolved.empty() ? path : resolved, access);
+    ReplacementFile file(files, path, access);
     file.Write(bytes.data(), bytes.size());
-    return file.Finish(true);
+    return file.Finish();
 }
 
 FileResult CopyFileDurably(Files& files, std::string_view from, std::string_view to,
@@ -99,7 +89,7 @@ FileResult CopyFileDurably(Files& files, std::string_view from, std::string_view
     const std::unique_ptr<InputFile> source = files.OpenForReading(from, result);
     if (!source) return result;
     if (files.Inspect(to).kind != FileKind::kMissing) return FileResult::kExists;
-    UnfinishedFile target(files, to, FileAccess::kShared);
+    ReplacementFile target(files, to);
     std::vector<char> chunk(kChunkSize);
     for (std::int64_t position = 0;;) {
         const std::int64_t count = source->ReadAt(position, chunk.data(), chunk.size());

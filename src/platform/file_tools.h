@@ -1,7 +1,9 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -18,6 +20,27 @@ bool ReadWholeFile(Files& files, std::string_view path, std::int64_t limit, std:
 // `path` holds either what it held or `bytes`, whatever happens meanwhile; on success for good.
 FileResult ReplaceFileDurably(Files& files, std::string_view path, std::string_view bytes,
                               FileAccess access = FileAccess::kShared);
+
+// The same for a file that is written piece by piece: `path` keeps what it held until Finish, and for good
+// when a call fails or Finish is never called. Once one call has failed, the later ones answer that failure.
+class ReplacementFile {
+public:
+    ReplacementFile(Files& files, std::string_view path, FileAccess access = FileAccess::kShared);
+    ~ReplacementFile();
+    ReplacementFile(const ReplacementFile&) = delete;
+    ReplacementFile& operator=(const ReplacementFile&) = delete;
+
+    FileResult Result() const { return m_result; }  // at first, whether it can be written at all
+    FileResult Write(const void* data, std::size_t size);
+    FileResult Finish(bool replace = true);  // kExists when `path` has come to be unless `replace`
+
+private:
+    Files& m_files;
+    std::string m_target;
+    std::string m_path;
+    FileResult m_result = FileResult::kFailed;
+    std::unique_ptr<OutputFile> m_file;
+};
 
 // `to`, which must not exist, becomes a complete copy, or does not come to be. `keepGoing` is asked between
 // chunks and may pump; when it answers false the copy is given up with kFailed.

@@ -85,8 +85,8 @@ TEST_F(FileToolsTest, FlushesBeforeItRenames) {
     EXPECT_EQ(ReplaceFileDurably(files, folder.PathOf("settings"), "x"), FileResult::kDone);
     std::vector<Call> order;
     for (const FaultyFiles::Record& record : files.Records()) order.push_back(record.call);
-    const std::vector<Call> expected = {Call::kOpenForWriting, Call::kWrite, Call::kFlushToDisk, Call::kClose,
-                                        Call::kRename};
+    const std::vector<Call> expected = {Call::kInspect,     Call::kOpenForWriting, Call::kWrite,
+                                        Call::kFlushToDisk, Call::kClose,          Call::kRename};
     EXPECT_EQ(order, expected);
 }
 
