@@ -9,6 +9,7 @@
 
 #include "base/date_time.h"
 #include "platform/job_ticket.h"
+#include "platform/print_setup.h"
 
 namespace quirepress {
 
@@ -111,6 +112,8 @@ public:
     virtual int ChangeJobPriority(std::string_view printer, std::int64_t id, int priority) = 0;
     virtual int CancelJob(std::string_view printer, std::int64_t id) = 0;
     virtual int ListBins(std::string_view printer, std::vector<BinInfo>& bins) = 0;
+    // How this system writes print set-ups; the portable way where it has none of its own.
+    virtual PrintSetupFormat& SetupFormat() { return PortableSetupFormat(); }
 };
 
 // The embedded spooler's further operations on its own printers.
