@@ -2,6 +2,10 @@
 
 namespace quirepress {
 
+std::string Files::ShortPath(std::string_view path) {
+    return std::string(path);
+}
+
 const char* DescribeFileResult(FileResult result) {
     switch (result) {
         case FileResult::kDone:

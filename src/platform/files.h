@@ -92,6 +92,9 @@ public:
     // The absolute path without links, "." and ".."; empty when it does not exist, or is longer than the
     // system can tell.
     virtual std::string ResolvePath(std::string_view path) = 0;
+    // The platform's short (8.3) form of a path, by default for platforms without one: the path itself.
+    // Empty when it cannot be told, as for a file that does not exist.
+    virtual std::string ShortPath(std::string_view path);
     // An advisory lock on `path` (created when missing). Null when another holder has it: kBusy.
     virtual std::unique_ptr<FileLock> TryLock(std::string_view path, FileResult& result) = 0;
     // Bytes free for this user on the volume of `path`; -1 when unknown.

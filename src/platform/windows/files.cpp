@@ -299,6 +299,18 @@ public:
         return FromSystemPath({resolved.data(), std::min<std::size_t>(size, resolved.size())});
     }
 
+    std::string ShortPath(std::string_view path) override {
+        std::wstring file;
+        if (ToSystemPath(path, file) != FileResult::kDone) return {};
+        std::wstring shortPath(MAX_PATH, L'\0');
+        DWORD size = GetShortPathNameW(file.c_str(), shortPath.data(), MAX_PATH);
+        if (size >= shortPath.size()) {
+            shortPath.resize(size);
+            size = GetShortPathNameW(file.c_str(), shortPath.data(), size);
+        }
+        return FromSystemPath({shortPath.data(), std::min<std::size_t>(size, shortPath.size())});
+    }
+
     std::unique_ptr<FileLock> TryLock(std::string_view path, FileResult& result) override {
         SystemHandle file = OpenRegular(path, GENERIC_READ | GENERIC_WRITE, OPEN_ALWAYS, result);
         if (!file) return nullptr;
