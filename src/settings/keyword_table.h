@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <initializer_list>
 #include <string>
@@ -15,8 +16,6 @@ namespace quirepress {
 //     Number("PAUSE1AFTER", &GeneralOptions::m_pauseAfter, "...").WhenMissing(2).WrittenWhenNonZero()
 template <typename Options>
 class KeywordRowFor {
-    static_assert(std::is_standard_layout_v<Options>, "fields are found by their place in the object");
-
 public:
     template <typename Field>
     KeywordRowFor(const char* key, KeywordForm form, std::initializer_list<Field Options::*> members,
@@ -25,6 +24,13 @@ public:
         m_row.form = form;
         m_row.help = help;
         for (const auto member : members) m_row.offsets.push_back(OffsetOf(member));
+    }
+    // A field of one of several parts of the same kind.
+    template <typename Part, std::size_t kParts, typename Field>
+    KeywordRowFor(const char* key, KeywordForm form, std::array<Part, kParts> Options::*parts,
+                  std::size_t index, Field Part::*member, const char* help)
+        : KeywordRowFor<Options>(key, form, std::initializer_list<Field Options::*>{}, help) {
+        m_row.offsets.push_back(OffsetOf(parts) + index * sizeof(Part) + OffsetOf(member));
     }
 
     // For numbers; other numbers have no line.
@@ -83,9 +89,10 @@ public:
     const KeywordRow& Row() const { return m_row; }
 
 private:
-    template <typename Field>
-    static std::size_t OffsetOf(Field Options::*member) {
-        static const Options sample{};
+    template <typename Object, typename Field>
+    static std::size_t OffsetOf(Field Object::*member) {
+        static_assert(std::is_standard_layout_v<Object>, "fields are found by their place in the object");
+        static const Object sample{};
         return static_cast<std::size_t>(reinterpret_cast<const char*>(&(sample.*member)) -
                                         reinterpret_cast<const char*>(&sample));
     }
@@ -131,6 +138,19 @@ KeywordRowFor<Options> Text(const char* key, std::string Options::*member, const
     return {key, KeywordForm::kText, {member}, help};
 }
 
+// The same for the part of this index of an array: Text("PRINTER2", &Options::m_printers, 1, &Printer::name).
+template <typename Options, typename Part, std::size_t kParts>
+KeywordRowFor<Options> Number(const char* key, std::array<Part, kParts> Options::*parts, std::size_t index,
+                              std::int32_t Part::*member, const char* help) {
+    return {key, KeywordForm::kNumber, parts, index, member, help};
+}
+
+template <typename Options, typename Part, std::size_t kParts>
+KeywordRowFor<Options> Text(const char* key, std::array<Part, kParts> Options::*parts, std::size_t index,
+                            std::string Part::*member, const char* help) {
+    return {key, KeywordForm::kText, parts, index, member, help};
+}
+
 // A key that stands once for each of the texts.
 template <typename Options>
 KeywordRowFor<Options> Texts(const char* key, std::vector<std::string> Options::*member, const char* help) {
@@ -141,7 +161,7 @@ KeywordRowFor<Options> Texts(const char* key, std::vector<std::string> Options::
 template <typename Options>
 class KeywordTable {
 public:
-    KeywordTable(SettingsFile file, std::initializer_list<KeywordRowFor<Options>> rows) : m_file(file) {
+    KeywordTable(SettingsFile file, const std::vector<KeywordRowFor<Options>>& rows) : m_file(file) {
         for (const KeywordRowFor<Options>& row : rows) m_rows.push_back(row.Row());
     }
     const SettingsFile& File() const { return m_file; }

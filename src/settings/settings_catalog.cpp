@@ -3,6 +3,8 @@
 #include <array>
 
 #include "platform/prompts.h"
+#include "settings/balance_options.h"
+#include "settings/color_printer_options.h"
 #include "settings/general_settings.h"
 #include "settings/keyword_file.h"
 #include "settings/misc_options.h"
@@ -79,6 +81,8 @@ private:
 
 constexpr CatalogFile<GeneralOptions> kGeneral = {GeneralKeywords, ApplyDialogCouplings, IsCoupledKey};
 constexpr CatalogFile<MiscOptions> kMisc = {MiscKeywords};
+constexpr CatalogFile<BalanceOptions> kBalance = {BalanceKeywords};
+constexpr CatalogFile<ColorPrinterOptions> kColorPrinters = {ColorPrinterKeywords};
 
 struct CatalogEntry {
     const char* name;
@@ -102,7 +106,8 @@ constexpr CatalogEntry EntryOf(const char* name) {
 }
 
 // Every settings file of the program; a new one is a line here.
-constexpr std::array kCatalog = {EntryOf<kGeneral>("general"), EntryOf<kMisc>("misc")};
+constexpr std::array kCatalog = {EntryOf<kGeneral>("general"), EntryOf<kMisc>("misc"),
+                                 EntryOf<kBalance>("balance"), EntryOf<kColorPrinters>("colorprinters")};
 
 }  // namespace
 
