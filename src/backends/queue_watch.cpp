@@ -1,0 +1,186 @@
+#include "backends/queue_watch.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include "backends/candidate_names.h"
+#include "backends/document_windows.h"
+#include "base/format.h"
+#include "base/path.h"
+#include "base/text.h"
+#include "logs/debug_log.h"
+#include "platform/files.h"
+#include "platform/prompts.h"
+#include "settings/general_options.h"
+
+namespace quirepress {
+
+namespace {
+
+using namespace job_status;
+
+constexpr int kHighestPriority = 99;
+
+// Status bits with which the first job of a queue tells that its printer wants to be looked after.
+constexpr std::uint32_t kAttentionBits = 0x6418da;
+
+struct StatusVerdict {
+    std::uint32_t statusBits;
+    int verdict;
+};
+
+constexpr std::array<StatusVerdict, 9> kVerdicts = {{
+    {kDeleting, queue_verdict::kDeleting},
+    {kPrinted, queue_verdict::kPrinted},
+    {kPrinting, queue_verdict::kPrinting},
+    {0, queue_verdict::kPrinting},
+    {kPrinting | kError, queue_verdict::kPrinting},
+    {kPrinting | kDeleting, queue_verdict::kPrinting},
+    {kSpooling, queue_verdict::kSpooling},
+    {kSpooling | kPrinting, queue_verdict::kSpooling},
+    {kRetained | kPrinting, queue_verdict::kSpooling},
+}};
+
+bool IsWordDocument(std::string_view path) {
+    const std::string ending = ToLowerAscii(FileExtension(path));
+    return ending == ".doc" || ending == ".docx" || ending == ".rtf";
+}
+
+}  // namespace
+
+int VerdictOnStatus(std::uint32_t statusBits) {
+    for (const StatusVerdict& row : kVerdicts)
+        if (row.statusBits == statusBits) return row.verdict;
+    return queue_verdict::kOther;
+}
+
+int CountWaitingJobs(const std::vector<JobInfo>& jobs) {
+    // Some systems keep jobs in the list that take no more of the printer's time.
+    constexpr std::uint32_t kOver = kPrinted | kDeleted | kComplete;
+    return static_cast<int>(std::count_if(jobs.begin(), jobs.end(),
+                                          [](const JobInfo& job) { return (job.statusBits & kOver) == 0; }));
+}
+
+QueueWatch::QueueWatch(Spooler& spooler, Files& files, Prompts& prompts, DebugLog& debugLog,
+                       const GeneralOptions& options)
+    : m_spooler(spooler), m_files(files), m_prompts(prompts), m_debugLog(debugLog), m_options(options) {}
+
+QueueScan QueueWatch::ListJobsForPrinter(std::string printer, WatchedItem item) {
+    m_debugLog.Trace("ListJobsForPrinter: %s, file: %s filetitle: %s\r\n", printer, item.path,
+                     FileTitle(item.path));
+    m_prompts.ShowStatus("Scanning spooler queue:  for file: " + item.path);
+    QueueScan scan;
+    std::vector<JobInfo> jobs;
+    scan.listed = m_spooler.ListJobs(printer, jobs) == 0;
+    if (!scan.listed) {
+        m_debugLog.Trace("Invalid Handle Printer Name\n");
+        return scan;
+    }
+    m_debugLog.Trace("Close Printer\n");
+    m_debugLog.Trace("%d jobs\r\n", jobs.size());
+    if (jobs.empty()) {
+        m_debugLog.Trace("ListJobsForPrinter -1 no jobs for printer: %s\r\n", printer);
+        return scan;
+    }
+    const std::uint32_t firstStatus = jobs.front().statusBits;
+    const auto job = FindJob(jobs, item);
+    scan.found = job != jobs.end();
+    if (scan.found) {
+        scan.job = std::move(*job);
+        JudgeJob(printer, item.path, firstStatus, scan);
+    }
+    if (scan.verdict != queue_verdict::kSpooling && WordProcessorSpools(item.path))
+        scan.verdict = queue_verdict::kSpooling;
+    return scan;
+}
+
+std::vector<JobInfo>::iterator QueueWatch::FindJob(std::vector<JobInfo>& jobs, const WatchedItem& item) {
+    const CandidateNames names(item.path, item.jobId == 0 ? m_files.ShortPath(item.path) : std::string());
+    std::string lowerPath;
+    if (item.jobId == 0) names.Trace(m_debugLog);
+    if (m_debugLog.IsOn()) lowerPath = ToLowerAscii(item.path);
+    for (auto job = jobs.rbegin(); job != jobs.rend(); ++job) {
+        m_debugLog.Trace("pJobInfo[i].pDocument :%s status: %d ??? = %s\r\n", job->document, job->statusBits,
+                         job->statusText);
+        if (item.jobId != 0 ? job->id == item.jobId : names.Matches(job->document))
+            return std::prev(job.base());
+        m_debugLog.Trace("didn't match!! - lwr_pfn: %s\r\n", lowerPath);
+    }
+    return jobs.end();
+}
+
+void QueueWatch::JudgeJob(const std::string& printer, const std::string& path, std::uint32_t firstStatus,
+                          QueueScan& scan) {
+    const JobInfo& job = scan.job;
+    if (m_debugLog.IsOn()) {
+        const LocalTime& time = job.submitted;
+        m_debugLog.Trace(
+            "[%d] [%s] total pages: [%ld] PagesPrinted:[%ld] status:[%ld] printTime:[%s] submitTime:[%s]\r\n",
+            job.id, job.document, job.totalPages, job.pagesPrinted, job.statusBits,
+            Format("%-4.4d%-2.2d%-2.2d", time.year, time.month, time.day),
+            Format("%-2.2d%-2.2d%-2.2d", time.hour, time.minute, time.second));
+    }
+    const int priority = RunPriority();
+    if (priority != 0 && priority != job.priority) SetJobPriority(printer, job.id, priority);
+    if (m_jobCallback) m_jobCallback(job);
+    scan.verdict = VerdictOnStatus(job.statusBits);
+    if (m_options.m_showPrinterAttention && (firstStatus & kAttentionBits) != 0) {
+        m_debugLog.Trace("printer error showPrinterAttention status: %ld\r\n", firstStatus);
+        scan.verdict = queue_verdict::kSpooling;
+    } else if (ViewerShows(path)) {
+        scan.verdict = queue_verdict::kSpooling;
+    }
+}
+
+bool QueueWatch::ViewerShows(const std::string& path) {
+    if (m_windows == nullptr || !EqualIgnoringAsciiCase(FileExtension(path), ".pdf")) return false;
+    m_debugLog.Trace("looking for file in Acrobat window: %s\r\n", path);
+    if (!m_windows->ViewerShows(path)) return false;
+    m_debugLog.Trace("Matched file in Acrobat window: %s\r\n", path);
+    return true;
+}
+
+bool QueueWatch::WordProcessorSpools(const std::string& path) {
+    if (m_windows == nullptr || !IsWordDocument(path)) return false;
+    m_debugLog.Trace("check for word doc, g_wordOpenDoc=true\n");
+    switch (m_windows->AskWordProcessor(path)) {
+        case DocumentWindows::WordAnswer::kNotSpooling:
+            return false;
+        case DocumentWindows::WordAnswer::kSpooling:
+            m_prompts.ShowStatus("Still spoooling word doc!");
+            m_debugLog.Trace("Still spoooling word doc!\r\n");
+            return true;
+        case DocumentWindows::WordAnswer::kNoProgram:
+            m_debugLog.Trace("Word doc processing Exception caught!\r\n");
+            return false;
+        case DocumentWindows::WordAnswer::kNoDocument:
+            break;
+    }
+    m_debugLog.Trace("Word doc processing Exception2 caught!\r\n");
+    return false;
+}
+
+void QueueWatch::SetJobPriority(std::string_view printer, std::int64_t id, int priority) {
+    m_prompts.ShowStatus("Setting print priority");
+    m_spooler.ChangeJobPriority(printer, id, priority);
+}
+
+int QueueWatch::QueueCount(std::string_view printer) {
+    std::vector<JobInfo> jobs;
+    return m_spooler.ListJobs(printer, jobs) == 0 ? CountWaitingJobs(jobs) : -1;
+}
+
+void QueueWatch::BeginRun() {
+    m_decreasingRuns = m_options.m_decreasePrintPriority ? m_decreasingRuns % kHighestPriority + 1 : 0;
+}
+
+int QueueWatch::RunPriority() const {
+    const int first = m_options.m_printPriority;
+    if (first < 1 || first > kHighestPriority) return 0;
+    // The first run has the priority of the options, each further one less; after 1 comes 99 again.
+    const int less = std::max(m_decreasingRuns - 1, 0);
+    return (first - 1 - less + kHighestPriority) % kHighestPriority + 1;
+}
+
+}  // namespace quirepress
