@@ -1,0 +1,73 @@
+#include "backends/balance.h"
+
+#include <algorithm>
+
+#include "backends/queue_watch.h"
+#include "logs/debug_log.h"
+#include "platform/event_loop.h"
+#include "platform/prompts.h"
+#include "platform/spooler.h"
+
+namespace quirepress {
+
+namespace {
+
+// With one of these a printer keeps its jobs waiting.
+constexpr std::uint32_t kNotReadyBits = printer_status::kPaused | printer_status::kPendingDeletion |
+                                        printer_status::kOffline | printer_status::kNotAvailable;
+
+}  // namespace
+
+PrinterBalance::PrinterBalance(Spooler& spooler, EventLoop& loop, Prompts& prompts, DebugLog& debugLog,
+                               const BalanceOptions& options)
+    : m_spooler(spooler), m_loop(loop), m_prompts(prompts), m_debugLog(debugLog), m_options(options) {}
+
+BalanceChoice PrinterBalance::Choose(BalancedSet allowed) {
+    m_prompts.ShowStatus("Load balancing processing");
+    const BalanceOptions options = m_options;  // a pump may load others
+    std::vector<PrinterInfo> printers;
+    m_spooler.ListPrinters(printers);
+    BalanceChoice spare;
+    for (std::size_t step = 0; step < kBalancedPrinters; ++step) {
+        const std::size_t first = options.m_roundRobin ? static_cast<std::size_t>(m_lastUsed) : 0;
+        const std::size_t at = (first + step) % kBalancedPrinters;
+        const BalancedPrinter& printer = options.m_printers[at];
+        if (printer.name.empty() || !allowed[at] || !HasRoom(printer)) continue;
+        const BalanceChoice choice = {static_cast<int>(at) + 1, printer.name, printer.prs};
+        if (IsReady(printers, printer.name)) return choice;
+        m_debugLog.Trace("Load balancing, printer passed over, it is not ready: %s\r\n", printer.name);
+        if (spare.index == 0) spare = choice;
+    }
+    return spare;
+}
+
+bool PrinterBalance::HasRoom(const BalancedPrinter& printer) {
+    std::vector<JobInfo> jobs;
+    if (m_spooler.ListJobs(printer.name, jobs) != 0) {
+        m_debugLog.Trace("Load balancing, printer passed over, its queue can't be read: %s\r\n",
+                         printer.name);
+        return false;
+    }
+    const int count =
+        CountWaitingJobs(jobs) + m_unseen.Settle(printer.name, jobs, m_loop.MonotonicMilliseconds());
+    m_prompts.ShowStatus("Load balancing, spooler queue count: " + std::to_string(count));
+    return printer.spool <= 0 || count < printer.spool;
+}
+
+bool PrinterBalance::IsReady(const std::vector<PrinterInfo>& printers, const std::string& name) {
+    const auto printer = std::find_if(printers.begin(), printers.end(),
+                                      [&](const PrinterInfo& listed) { return listed.name == name; });
+    return printer == printers.end() || (printer->statusBits & kNotReadyBits) == 0;
+}
+
+void PrinterBalance::NoteSent(const BalanceChoice& choice, std::int64_t jobId) {
+    if (choice.index == 0) return;
+    m_lastUsed = choice.index;
+    if (jobId > 0) m_unseen.Add(choice.printer, jobId, m_loop.MonotonicMilliseconds());
+}
+
+void PrinterBalance::NoteSeen(const BalanceChoice& choice, std::int64_t jobId) {
+    m_unseen.Remove(choice.printer, jobId);
+}
+
+}  // namespace quirepress

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "backends/balance_check.h"
+#include "backends/unseen_jobs.h"
+#include "settings/balance_options.h"
+
+namespace quirepress {
+
+class DebugLog;
+class EventLoop;
+class Prompts;
+class Spooler;
+struct PrinterInfo;
+
+struct BalanceChoice {
+    int index = 0;        // 1 to 10; 0: no printer has room, and what is current stays
+    std::string printer;  // empty for index 0
+    std::string prs;      // printer settings file; empty: make the printer the default one
+};
+
+// Spreads the documents of a run over the printers of the options.
+class PrinterBalance {
+public:
+    PrinterBalance(Spooler& spooler, EventLoop& loop, Prompts& prompts, DebugLog& debugLog,
+                   const BalanceOptions& options);
+
+    // The printer for the next document: the first of the allowed ones whose queue has room, or in turn. A
+    // printer that is paused, stopped or offline is taken only where no other has room; one whose queue
+    // cannot be read never. Changes nothing. May pump.
+    BalanceChoice Choose(BalancedSet allowed = BalancedSet().set());
+
+    // A document was accepted as this job (0: its id is not known). Until a listing shows the job, or has
+    // had time to, it counts as one of the printer's queue.
+    void NoteSent(const BalanceChoice& choice, std::int64_t jobId);
+    // The job was seen in the queue, or is known to have left it.
+    void NoteSeen(const BalanceChoice& choice, std::int64_t jobId);
+
+private:
+    bool HasRoom(const BalancedPrinter& printer);
+    bool IsReady(const std::vector<PrinterInfo>& printers, const std::string& name);
+
+    Spooler& m_spooler;
+    EventLoop& m_loop;
+    Prompts& m_prompts;
+    DebugLog& m_debugLog;
+    const BalanceOptions& m_options;
+    UnseenJobs m_unseen;
+    int m_lastUsed = 0;  // index
+};
+
+}  // namespace quirepress

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <bitset>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "settings/balance_options.h"
+
+namespace quirepress {
+
+// What is wrong with the options of the balancing, in sentences for the user; empty when they are sound.
+std::vector<std::string> CheckBalanceOptions(const BalanceOptions& options);
+
+// Bit i: the printer PRINTER(i + 1).
+using BalancedSet = std::bitset<kBalancedPrinters>;
+
+// The printers that a row's column "Balanced Printers" allows: numbers or names, separated by ",", or ";".
+// All of them for a blank text; none when nothing in it names one.
+BalancedSet ParseBalancedPrinters(std::string_view text, const BalanceOptions& options);
+
+}  // namespace quirepress
