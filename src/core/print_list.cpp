@@ -38,6 +38,7 @@ void PrintList::SetText(int row, int column, std::string_view text) {
 void PrintList::RemoveRow(int row) {
     if (row < 0 || row >= RowCount()) return;
     m_rows.erase(m_rows.begin() + row);
+    ++m_version;
     if (m_currentRow == row)
         m_currentRow = -1;
     else if (m_currentRow > row)
@@ -46,7 +47,13 @@ void PrintList::RemoveRow(int row) {
 
 void PrintList::Clear() {
     m_rows.clear();
+    ++m_version;
     m_currentRow = -1;
+}
+
+void PrintList::AppendRow(const ColumnTexts& texts, const RunMark& mark) {
+    AddRow(RowCount(), texts, -1);
+    m_rows.back().Mark() = mark;
 }
 
 int PrintList::InsertFileIntoList(std::string_view path, int selectMode, std::string_view moveToDir,
@@ -87,6 +94,7 @@ int PrintList::TakeRowIndex() {
 void PrintList::AddRow(int index, const ColumnTexts& texts, int keptPages) {
     index = std::clamp(index, 0, RowCount());
     m_rows.emplace(m_rows.begin() + index, texts)->KeepPages(keptPages);
+    ++m_version;
     if (m_currentRow >= index) ++m_currentRow;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstdint>
 #include <deque>
 #include <functional>
 #include <string>
@@ -68,6 +69,10 @@ public:
     RunMark& MarkOf(int row) { return m_rows[row].Mark(); }  // good until the list changes
     void RemoveRow(int row);
     void Clear();
+    // A row as it was in an earlier list, below the others.
+    void AppendRow(const ColumnTexts& texts, const RunMark& mark);
+    // Another number whenever rows have come, gone or changed places.
+    std::uint64_t Version() const { return m_version; }
 
     // The one way in, for whatever a path may stand for: a document, a command item, a download, a separator,
     // a folder, an archive, a job file, a shortcut. `selectMode` 1 ticks the row, 0 does not;
@@ -122,6 +127,7 @@ private:
     PrintListServices m_services;
     ListPages m_pages;
     std::deque<ListItem> m_rows;
+    std::uint64_t m_version = 0;
     int m_pendingPosition = -1;
     int m_startPosition = -1;
     int m_selectedRow = -1;

@@ -72,6 +72,7 @@ void PrintList::SortByFileTitle() {
         sorted.push_back(std::move(m_rows[static_cast<std::size_t>(row)]));
     }
     m_rows = std::move(sorted);
+    ++m_version;
     m_currentRow = currentRow;
 }
 

@@ -1,6 +1,7 @@
 #include "fakes/fake_network.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace quirepress {
 
@@ -25,13 +26,20 @@ public:
         };
         limit(m_peer->takes);
         limit(m_peer->breaksAfter);
+        if (Received() < m_peer->endsAfter) limit(m_peer->endsAfter);
         room = std::max<std::int64_t>(room, 0);
-        m_peer->received.append(static_cast<const char*>(data), static_cast<std::size_t>(room));
+        const std::string_view taken(static_cast<const char*>(data), static_cast<std::size_t>(room));
+        m_peer->received += taken;
+        if (m_peer->answer && !IsBroken()) m_peer->replies += m_peer->answer(taken);
         return room;
     }
 
-    std::int64_t Receive(std::string&) override {
-        return State() == ConnectionState::kFailed || IsEnded() ? -1 : 0;
+    std::int64_t Receive(std::string& data) override {
+        if (State() == ConnectionState::kFailed) return -1;
+        const std::string replies = std::exchange(m_peer->replies, {});
+        data += replies;
+        if (replies.empty() && IsEnded()) return -1;
+        return static_cast<std::int64_t>(replies.size());
     }
 
     void EndSending() override { m_peer->sawEnd = true; }
@@ -48,7 +56,10 @@ public:
 private:
     std::int64_t Received() const { return static_cast<std::int64_t>(m_peer->received.size()); }
     bool IsBroken() const { return m_peer->breaksAfter >= 0 && Received() >= m_peer->breaksAfter; }
-    bool IsEnded() const { return m_peer->endedEarly || (m_peer->sawEnd && m_peer->endsAtEnd); }
+    bool IsEnded() const {
+        return (m_peer->endsAfter >= 0 && Received() >= m_peer->endsAfter) ||
+               (m_peer->sawEnd && m_peer->endsAtEnd);
+    }
 
     std::shared_ptr<FakePeer> m_peer;
 };
@@ -58,6 +69,7 @@ private:
 std::unique_ptr<Connection> FakeNetwork::Connect(const std::string& host, int port) {
     addresses.push_back(host + ":" + std::to_string(port));
     peers.push_back(std::make_shared<FakePeer>(nextPeer));
+    onConnect();
     return std::make_unique<FakeConnection>(peers.back());
 }
 

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/network.h"
@@ -18,8 +20,10 @@ struct FakePeer {
     bool acknowledges = true;       // false: what was sent stays unacknowledged
     bool tellsAcknowledged = true;  // false: the system cannot tell
     bool endsAtEnd = true;          // ends its side when it has everything
-    bool endedEarly = false;        // has ended its side from the beginning
+    std::int64_t endsAfter = -1;    // bytes until it ends its side in any case; -1: never
+    std::function<std::string(std::string_view)> answer = {};  // to the bytes of one call; none: nothing
     std::string received = {};
+    std::string replies = {};  // on their way to the program
     bool sawEnd = false;
     bool dropped = false;  // the program closed the connection
 };
@@ -30,6 +34,7 @@ public:
     std::unique_ptr<Connection> Connect(const std::string& host, int port) override;
 
     FakePeer nextPeer;
+    std::function<void()> onConnect = [] {};
     std::vector<std::shared_ptr<FakePeer>> peers;  // of all connections, in their order
     std::vector<std::string> addresses;            // "HOST:PORT" of them
 };

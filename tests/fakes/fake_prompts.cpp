@@ -16,6 +16,15 @@ bool FakePrompts::AskYesNo(std::string_view title, std::string_view text, bool s
     return answer;
 }
 
+std::string FakePrompts::AskSavePath(std::string_view title, std::string_view filter) {
+    questions.push_back({std::string(title), std::string(filter)});
+    RunWhileOpen();
+    if (m_savePaths.empty()) return {};
+    std::string path = std::move(m_savePaths.front());
+    m_savePaths.pop_front();
+    return path;
+}
+
 void FakePrompts::ShowStatus(std::string_view text) {
     statusTexts.emplace_back(text);
 }

@@ -3,13 +3,14 @@
 #include <deque>
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/prompts.h"
 
 namespace quirepress {
 
-// Records what it is told; answers questions as scripted, then with the safe answer.
+// Records what it is told; answers questions as scripted, then with the safe answer, and without a path.
 class FakePrompts : public Prompts {
 public:
     struct Box {
@@ -20,9 +21,11 @@ public:
 
     void ShowBox(std::string_view title, std::string_view text) override;
     bool AskYesNo(std::string_view title, std::string_view text, bool safeAnswer) override;
+    std::string AskSavePath(std::string_view title, std::string_view filter) override;
     void ShowStatus(std::string_view text) override;
 
     void AnswerNext(bool yes) { m_answers.push_back(yes); }
+    void ChooseNext(std::string path) { m_savePaths.push_back(std::move(path)); }
     // Runs inside each box and question, as other work does while one is open.
     void WhileOpen(std::function<void()> action) { m_whileOpen = std::move(action); }
 
@@ -34,6 +37,7 @@ private:
     void RunWhileOpen();
 
     std::deque<bool> m_answers;
+    std::deque<std::string> m_savePaths;
     std::function<void()> m_whileOpen;
 };
 

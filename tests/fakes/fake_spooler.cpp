@@ -170,7 +170,8 @@ std::string FakeSpooler::DefaultPrinter() {
 
 int FakeSpooler::MakeDefaultPrinter(std::string_view printer) {
     m_calls.push_back(Join("MakeDefaultPrinter", printer));
-    if (FindQueue(printer) == nullptr) return -1;
+    const Printer* queue = FindQueue(printer);
+    if (queue == nullptr || queue->info.port.empty()) return -1;
     m_default = printer;
     return 0;
 }
@@ -314,12 +315,14 @@ int FakeSpooler::StartJob(std::string_view printer, const DocumentInfo& document
     job.user = "tester";
     job.document = document.name;
     job.dataType = "RAW";
+    job.options = OptionsText(document.ticket, document.pageRanges);
     job.statusBits = job_status::kSpooling;
     job.submitted = m_now;
     const std::int64_t id = PutJob(printer, job);
     if (id < 0) return -1;
     sent = m_sent.size();
-    m_sent.push_back({std::string(printer), document.name, document.copies, "", id, false});
+    m_sent.push_back({std::string(printer), document.name, document.copies, "", id, false, document.ticket,
+                      document.pageRanges});
     return 0;
 }
 

@@ -21,6 +21,8 @@ struct SentDocument {
     std::string bytes;  // of the chunks that were taken
     std::int64_t jobId = 0;
     bool finished = false;  // the spooler answered that it keeps it
+    JobTicket ticket;
+    std::string pageRanges;
 };
 
 // Printers and jobs in memory. A job that is finished is delivered (leaves the queue) at once, unless
@@ -29,7 +31,7 @@ class FakeSpooler : public Spooler, public PrinterAdministration {
 public:
     explicit FakeSpooler(Files& files) : m_files(files) {}  // for the documents that are handed over whole
 
-    // The stage.
+    // The stage. A printer without a port cannot be made the default one.
     void PutPrinter(std::string_view name, std::string_view port = "null:", std::uint32_t statusBits = 0);
     void SetPrinterStatus(std::string_view name, std::uint32_t statusBits);
     void SetBins(std::string_view name, std::vector<BinInfo> bins);

@@ -1,6 +1,6 @@
 #include <gmock/gmock.h>
 
-#include "unit/embedded/halting_files.h"
+#include "fakes/halting_files.h"
 #include "unit/embedded/spooler_bench.h"
 
 namespace quirepress {

@@ -1,4 +1,4 @@
-#include "unit/embedded/halting_files.h"
+#include "fakes/halting_files.h"
 
 #include "base/text.h"
 

@@ -1,0 +1,273 @@
+#include "core/run_snapshot.h"
+
+#include <algorithm>
+#include <limits>
+#include <optional>
+#include <utility>
+
+#include "base/escaped_text.h"
+#include "base/format.h"
+#include "base/numbers.h"
+#include "base/text.h"
+#include "core/print_list.h"
+#include "platform/file_tools.h"
+#include "platform/files.h"
+
+namespace quirepress {
+
+namespace {
+
+constexpr std::string_view kListName = "SnapshotRestore.List";
+constexpr std::string_view kCheckpointName = "SnapshotRestore.Checkpoint";
+constexpr std::string_view kBackupName = "SnapshotRestore.Checkpoint.bak";
+constexpr std::string_view kLockName = "SnapshotRestore.lock";
+constexpr std::string_view kListTitle = "QUIREPRESS SNAPSHOT 1";
+constexpr std::string_view kListEnd = "ROWS";
+constexpr std::string_view kCheckpointTitle = "QUIREPRESS CHECKPOINT 1";
+constexpr std::int64_t kMostBytes = 4LL << 30;
+constexpr int kMostRows = std::numeric_limits<int>::max() - 1;
+
+// A tab and a "%" inside a text are escaped, so the fields of a line can be told apart.
+std::string JoinFields(std::initializer_list<std::string_view> fields) {
+    std::string line;
+    for (const std::string_view field : fields) {
+        if (!line.empty()) line += '\t';
+        line += field;
+    }
+    return line + "\n";
+}
+
+std::string RowLine(PrintList& list, int row) {
+    const RunMark& mark = list.MarkOf(row);
+    std::string line = Format("ROW\t%d\t%d\t%d", mark.pass, mark.printed, static_cast<int>(mark.outcome));
+    for (int column = 0; column < kColumnCount; ++column)
+        line += '\t' + EscapeControls(list.Text(row, column));
+    return line + "\n";
+}
+
+// The fields of one line after the other; those of a line that is not whole are none.
+class Fields {
+public:
+    explicit Fields(std::string_view text) : m_rest(text) {}
+
+    bool TakeLine(std::vector<std::string_view>& fields) {
+        const std::size_t end = m_rest.find('\n');
+        if (end == std::string_view::npos) return false;
+        fields = SplitAt(m_rest.substr(0, end), '\t');
+        m_rest.remove_prefix(end + 1);
+        return true;
+    }
+
+private:
+    std::string_view m_rest;
+};
+
+bool ReadNumber(std::string_view text, int lowest, int highest, std::int32_t& number) {
+    const std::optional<std::int64_t> value = ParseWholeNumber(text, lowest, highest);
+    if (value) number = static_cast<std::int32_t>(*value);
+    return value.has_value();
+}
+
+bool ReadOutcome(std::string_view text, RowOutcome& outcome) {
+    std::int32_t number = 0;
+    if (!ReadNumber(text, 0, static_cast<int>(RowOutcome::kFailed), number)) return false;
+    outcome = static_cast<RowOutcome>(number);
+    return true;
+}
+
+bool ReadRow(const std::vector<std::string_view>& fields, CutOffRun::Row& row) {
+    constexpr std::size_t kBefore = 4;
+    if (fields.size() != kBefore + kColumnCount || fields[0] != "ROW") return false;
+    if (!ReadNumber(fields[1], 0, kMostRows, row.mark.pass)) return false;
+    if (!ReadNumber(fields[2], 0, kMostRows, row.mark.printed)) return false;
+    if (!ReadOutcome(fields[3], row.mark.outcome)) return false;
+    for (std::size_t i = 0; i < kColumnCount; ++i) row.texts[i] = UnescapeControls(fields[kBefore + i]);
+    return true;
+}
+
+// Title, generation, printer, copies; the rows; their number.
+bool ReadRows(Fields& lines, CutOffRun& run, std::uint64_t& generation) {
+    std::vector<std::string_view> fields;
+    if (!lines.TakeLine(fields) || fields.size() != 4 || fields[0] != kListTitle) return false;
+    const auto number = ParseWholeNumber(fields[1], 0, std::numeric_limits<std::int64_t>::max());
+    if (!number || !ReadNumber(fields[3], 1, kMostRows, run.copies)) return false;
+    generation = static_cast<std::uint64_t>(*number);
+    run.printer = UnescapeControls(fields[2]);
+    while (lines.TakeLine(fields) && fields[0] != kListEnd) {
+        if (!ReadRow(fields, run.rows.emplace_back())) return false;
+    }
+    std::int32_t count = 0;
+    return fields.size() == 2 && fields[0] == kListEnd && ReadNumber(fields[1], 0, kMostRows, count) &&
+           static_cast<std::size_t>(count) == run.rows.size();
+}
+
+// What became of rows after the list was written. The line that the end of the program cut short, and
+// whatever is behind it, did not happen.
+void ReadJournal(Fields& lines, CutOffRun& run) {
+    std::vector<std::string_view> fields;
+    while (lines.TakeLine(fields)) {
+        std::int32_t index = 0;
+        RunMark mark;
+        const bool isWhole = fields.size() == 6 && fields[0] == "FINISHED" &&
+                             ReadNumber(fields[1], 0, static_cast<int>(run.rows.size()) - 1, index) &&
+                             ReadNumber(fields[2], 1, kMostRows, mark.pass) &&
+                             ReadNumber(fields[3], 0, kMostRows, mark.printed) &&
+                             ReadOutcome(fields[4], mark.outcome);
+        if (!isWhole) return;
+        CutOffRun::Row& row = run.rows[static_cast<std::size_t>(index)];
+        row.mark = mark;
+        row.texts[kColumnStatus] = UnescapeControls(fields[5]);
+    }
+}
+
+}  // namespace
+
+struct RunSnapshot::Checkpoint {
+    std::int32_t finished = -1;  // index of the last finished row
+    std::int32_t copy = 1;
+    std::int32_t begun = -1;
+    std::uint64_t generation = 0;
+};
+
+RunSnapshot::RunSnapshot(Files& files, std::string_view workingFolder)
+    : m_files(files), m_folder(workingFolder) {}
+
+RunSnapshot::~RunSnapshot() = default;
+
+bool RunSnapshot::Create(PrintList& list, std::string_view printer, int copies, int copy) {
+    if (!TakeLock()) return false;
+    m_printer = printer;
+    m_copies = copies;
+    m_finished = -1;
+    // Never that of an earlier run, whose checkpoint may still lie there.
+    CutOffRun earlier;
+    std::string text;
+    FileResult result = FileResult::kDone;
+    if (ReadWholeFile(m_files, PathOf(kListName), kMostBytes, text, result)) {
+        Fields lines(text);
+        ReadRows(lines, earlier, m_generation);
+    }
+    if (!WriteList(list, copy)) return GiveUp();
+    return true;
+}
+
+bool RunSnapshot::TakeLock() {
+    if (m_lock) return true;
+    FileResult result = FileResult::kDone;
+    m_lock = m_files.TryLock(PathOf(kLockName), result);
+    return m_lock != nullptr;
+}
+
+bool RunSnapshot::GiveUp() {
+    m_journal.reset();
+    m_lock.reset();
+    return false;
+}
+
+bool RunSnapshot::WriteList(PrintList& list, int copy) {
+    m_journal.reset();
+    ++m_generation;
+    std::string text = JoinFields(
+        {kListTitle, std::to_string(m_generation), EscapeControls(m_printer), std::to_string(m_copies)});
+    for (int row = 0; row < list.RowCount(); ++row) text += RowLine(list, row);
+    text += JoinFields({kListEnd, std::to_string(list.RowCount())});
+    if (ReplaceFileDurably(m_files, PathOf(kListName), text) != FileResult::kDone) return false;
+    FileResult result = FileResult::kDone;
+    m_journal = m_files.OpenForWriting(PathOf(kListName), OpenMode::kAppend, FileAccess::kShared, result);
+    m_listVersion = list.Version();
+    m_finished = -1;
+    return m_journal != nullptr && WriteCheckpoint({-1, copy, -1, m_generation});
+}
+
+bool RunSnapshot::WriteCheckpoint(const Checkpoint& checkpoint) {
+    const std::string path = PathOf(kCheckpointName);
+    const FileResult kept = m_files.Rename(path, PathOf(kBackupName), true);
+    if (kept != FileResult::kDone && kept != FileResult::kMissing) return false;
+    const std::string text =
+        JoinFields({kCheckpointTitle, std::to_string(checkpoint.finished), std::to_string(checkpoint.copy),
+                    std::to_string(checkpoint.begun), std::to_string(checkpoint.generation)});
+    return ReplaceFileDurably(m_files, path, text) == FileResult::kDone;
+}
+
+bool RunSnapshot::NoteBegun(PrintList& list, int row, int copy) {
+    if (!IsOn()) return true;
+    // A row above the last one that was finished: the index of the last one no longer says how far it is.
+    const bool isBack = row <= m_finished;
+    if (isBack || list.Version() != m_listVersion) {
+        RunMark& mark = list.MarkOf(row);
+        const std::int32_t pass = std::exchange(mark.pass, copy - 1);
+        const bool isWritten = WriteList(list, copy);
+        mark.pass = pass;
+        if (!isWritten) return GiveUp();
+    }
+    return WriteCheckpoint({m_finished, copy, row, m_generation}) || GiveUp();
+}
+
+bool RunSnapshot::NoteFinished(PrintList& list, int row, int copy) {
+    if (!IsOn() || list.Version() != m_listVersion) return true;  // the next list will hold it
+    const RunMark& mark = list.MarkOf(row);
+    const std::string line = JoinFields(
+        {"FINISHED", std::to_string(row), std::to_string(copy), std::to_string(mark.printed),
+         std::to_string(static_cast<int>(mark.outcome)), EscapeControls(list.Text(row, kColumnStatus))});
+    m_finished = row;
+    return m_journal->Write(line.data(), line.size()) == FileResult::kDone || GiveUp();
+}
+
+void RunSnapshot::Remove() {
+    if (!IsOn()) return;
+    m_journal.reset();
+    for (const std::string_view name : {kListName, kCheckpointName, kBackupName}) m_files.Erase(PathOf(name));
+    m_lock.reset();
+}
+
+SnapshotResult RunSnapshot::Load(CutOffRun& run) {
+    if (m_files.Inspect(PathOf(kListName)).kind == FileKind::kMissing) return SnapshotResult::kNone;
+    if (IsOn() || !TakeLock()) return SnapshotResult::kInUse;
+    m_lock.reset();
+    std::string text;
+    FileResult result = FileResult::kDone;
+    if (!ReadWholeFile(m_files, PathOf(kListName), kMostBytes, text, result)) return SnapshotResult::kDamaged;
+    CutOffRun read;
+    std::uint64_t generation = 0;
+    Fields lines(text);
+    if (!ReadRows(lines, read, generation)) return SnapshotResult::kDamaged;
+    ReadJournal(lines, read);
+    Checkpoint checkpoint;
+    const bool isFound =
+        (ReadCheckpoint(kCheckpointName, checkpoint) && checkpoint.generation == generation) ||
+        (ReadCheckpoint(kBackupName, checkpoint) && checkpoint.generation == generation);
+    const int count = static_cast<int>(read.rows.size());
+    if (isFound && checkpoint.finished < count && checkpoint.begun < count) {
+        read.copy = checkpoint.copy;
+        for (int row = 0; row <= checkpoint.finished; ++row) read.rows[row].mark.pass = read.copy;
+        if (checkpoint.begun >= 0 && read.rows[checkpoint.begun].mark.pass < read.copy)
+            read.rowAtWork = checkpoint.begun;
+    } else {
+        // The list was written and its checkpoint was not: no row of it has begun since.
+        for (const CutOffRun::Row& row : read.rows) read.copy = std::max(read.copy, row.mark.pass);
+    }
+    run = std::move(read);
+    return SnapshotResult::kLoaded;
+}
+
+bool RunSnapshot::ReadCheckpoint(std::string_view name, Checkpoint& checkpoint) const {
+    constexpr std::int64_t kLongest = 1000;
+    std::string text;
+    FileResult result = FileResult::kDone;
+    if (!ReadWholeFile(m_files, PathOf(name), kLongest, text, result)) return false;
+    std::vector<std::string_view> fields;
+    if (!Fields(text).TakeLine(fields) || fields.size() != 5 || fields[0] != kCheckpointTitle) return false;
+    const auto generation = ParseWholeNumber(fields[4], 0, std::numeric_limits<std::int64_t>::max());
+    checkpoint.generation = static_cast<std::uint64_t>(generation.value_or(0));
+    return generation && ReadNumber(fields[1], -1, kMostRows, checkpoint.finished) &&
+           ReadNumber(fields[2], 1, kMostRows, checkpoint.copy) &&
+           ReadNumber(fields[3], -1, kMostRows, checkpoint.begun);
+}
+
+bool RunSnapshot::Discard() {
+    if (IsOn() || !TakeLock()) return false;
+    Remove();
+    return m_files.Inspect(PathOf(kListName)).kind == FileKind::kMissing;
+}
+
+}  // namespace quirepress

@@ -1,0 +1,82 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "core/list_item.h"
+
+namespace quirepress {
+
+class FileLock;
+class Files;
+class OutputFile;
+class PrintList;
+
+// A run that was cut off.
+struct CutOffRun {
+    struct Row {
+        std::array<std::string, kColumnCount> texts;
+        RunMark mark;
+    };
+    std::string printer;
+    int copies = 1;         // walks over the whole list
+    int copy = 1;           // the walk that was under way
+    std::vector<Row> rows;  // those that were finished in this walk have its number as their mark's pass
+    int rowAtWork = -1;     // begun and not finished: nobody can tell whether it came out
+};
+
+enum class SnapshotResult { kLoaded, kNone, kInUse, kDamaged };
+
+// What a run leaves on the disk while it is under way, for the case that it is cut off:
+// "SnapshotRestore.List" and "SnapshotRestore.Checkpoint" in the working folder, whose layouts stand in
+// docs/formats-jobs.md.
+class RunSnapshot {
+public:
+    RunSnapshot(Files& files, std::string_view workingFolder);
+    ~RunSnapshot();
+    RunSnapshot(const RunSnapshot&) = delete;
+    RunSnapshot& operator=(const RunSnapshot&) = delete;
+
+    // Starts anew, with the list as it is. False when it can't be written, or another program's run in this
+    // folder has one: this run then goes without.
+    bool Create(PrintList& list, std::string_view printer, int copies, int copy);
+    bool IsOn() const { return m_lock != nullptr; }
+    // On the disk for good when it returns; `row` is an index of the list now. False when it can't be
+    // written, which ends the snapshot.
+    bool NoteBegun(PrintList& list, int row, int copy);
+    // Lost with the machine, not with the program: the row then counts as begun.
+    bool NoteFinished(PrintList& list, int row, int copy);
+    // The run has come to its end, so that there is nothing to restore.
+    void Remove();
+
+    // What the last run has left; `run` stays untouched unless it is loaded.
+    SnapshotResult Load(CutOffRun& run);
+    // Forgets what the last run has left. False when it is in use, or can't be erased.
+    bool Discard();
+
+private:
+    struct Checkpoint;
+
+    bool TakeLock();
+    bool WriteList(PrintList& list, int copy);
+    bool WriteCheckpoint(const Checkpoint& checkpoint);
+    bool ReadCheckpoint(std::string_view name, Checkpoint& checkpoint) const;
+    bool GiveUp();
+    std::string PathOf(std::string_view name) const { return m_folder + std::string(name); }
+
+    Files& m_files;
+    std::string m_folder;
+    std::string m_printer;
+    int m_copies = 1;
+    std::unique_ptr<FileLock> m_lock;       // while there is a snapshot of this run
+    std::unique_ptr<OutputFile> m_journal;  // the list's file, for what becomes of its rows
+    std::uint64_t m_generation = 0;         // of the list that was written last
+    std::uint64_t m_listVersion = 0;        // of the print list at that time
+    int m_finished = -1;                    // index of the last finished row
+};
+
+}  // namespace quirepress

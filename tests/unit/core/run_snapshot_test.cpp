@@ -1,0 +1,143 @@
+#include "core/run_snapshot.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <map>
+
+#include "fakes/halting_files.h"
+#include "unit/core/print_run_fixture.h"
+
+namespace quirepress {
+namespace {
+
+class RunSnapshotTest : public testing::Test, protected RunStage<FakeSpooler> {
+protected:
+    void MakeRows() {
+        for (const auto& entry : std::filesystem::directory_iterator(folder.Path()))
+            std::filesystem::remove(entry.path());
+        list.Clear();
+        for (const char* name : {"a.ps", "b%20\n\t;c.ps", "d.ps"}) AddFile(name);
+    }
+
+    void FinishAt(int row, int copy, std::string_view status, RowOutcome outcome) {
+        RunMark& mark = list.MarkOf(row);
+        mark.pass = copy;
+        mark.outcome = outcome;
+        if (outcome == RowOutcome::kDone) ++mark.printed;
+        list.SetText(row, kColumnStatus, status);
+    }
+
+    SnapshotResult Load(CutOffRun& cutOff) {
+        return RunSnapshot(*services.files, WithTrailingSeparator(folder.Path())).Load(cutOff);
+    }
+};
+
+TEST_F(RunSnapshotTest, ComesBackWithEveryTextAndMark) {
+    MakeRows();
+    CutOffRun cutOff;
+    EXPECT_EQ(Load(cutOff), SnapshotResult::kNone);
+    {
+        RunSnapshot snapshot(files, WithTrailingSeparator(folder.Path()));
+        ASSERT_TRUE(snapshot.Create(list, "Laser\t2", 3, 1));
+        EXPECT_TRUE(snapshot.NoteBegun(list, 0, 1));
+        FinishAt(0, 1, "Error - \"x\"\n", RowOutcome::kFailed);
+        EXPECT_TRUE(snapshot.NoteFinished(list, 0, 1));
+        EXPECT_TRUE(snapshot.NoteBegun(list, 1, 1));
+        EXPECT_EQ(Load(cutOff), SnapshotResult::kInUse);
+        RunSnapshot second(files, WithTrailingSeparator(folder.Path()));
+        EXPECT_FALSE(second.Create(list, "Laser", 1, 1));
+        EXPECT_FALSE(second.Discard());
+    }
+    ASSERT_EQ(Load(cutOff), SnapshotResult::kLoaded);
+    EXPECT_EQ(cutOff.printer, "Laser\t2");
+    EXPECT_EQ(cutOff.copies, 3);
+    EXPECT_EQ(cutOff.copy, 1);
+    EXPECT_EQ(cutOff.rowAtWork, 1);
+    ASSERT_EQ(cutOff.rows.size(), 3U);
+    EXPECT_EQ(cutOff.rows[0].texts[kColumnStatus], "Error - \"x\"\n");
+    EXPECT_EQ(cutOff.rows[0].mark.outcome, RowOutcome::kFailed);
+    for (int row = 0; row < 3; ++row)
+        EXPECT_EQ(cutOff.rows[row].texts[kColumnFilename], list.Text(row, kColumnFilename));
+
+    EXPECT_TRUE(RunSnapshot(files, WithTrailingSeparator(folder.Path())).Discard());
+    EXPECT_EQ(Load(cutOff), SnapshotResult::kNone);
+}
+
+// Two walks over three rows; a row comes in before the one at work in the first.
+TEST_F(RunSnapshotTest, WhereverItIsCutOffNoRowIsDoneTwiceOrForgotten) {
+    int halts = 0;
+    for (bool isWhole = false; !isWhole; ++halts) {
+        MakeRows();
+        std::map<std::string, int> begun, finished;  // how often, by file name
+        HaltingFiles halting(*services.files);
+        halting.HaltAfter(halts);
+        {
+            RunSnapshot snapshot(halting, WithTrailingSeparator(folder.Path()));
+            bool isOn = snapshot.Create(list, "Laser", 2, 1);
+            for (int copy = 1; copy <= 2 && isOn; ++copy) {
+                for (int row = 0; row < list.RowCount() && isOn; ++row) {
+                    const std::string name = Text(row, kColumnFilename);
+                    if (list.MarkOf(row).pass >= copy) continue;
+                    list.MarkOf(row).pass = copy;
+                    isOn = snapshot.NoteBegun(list, row, copy);
+                    if (!isOn || halting.HasHalted()) break;
+                    ++begun[name];
+                    if (copy == 1 && row == 1 && list.RowCount() == 3) {
+                        list.SetPendingPosition(0);
+                        AddFile("late.ps");
+                        row = 2;
+                    }
+                    ++finished[name];
+                    FinishAt(row, copy, "Done", RowOutcome::kDone);
+                    isOn = snapshot.NoteFinished(list, row, copy) && !halting.HasHalted();
+                }
+            }
+            isWhole = !halting.HasHalted();
+        }
+        CutOffRun cutOff;
+        const SnapshotResult result = Load(cutOff);
+        if (result != SnapshotResult::kLoaded) {
+            EXPECT_TRUE(begun.empty()) << halts;
+            continue;
+        }
+        for (std::size_t row = 0; row < cutOff.rows.size(); ++row) {
+            const std::string& name = cutOff.rows[row].texts[kColumnFilename];
+            const bool isAtWork = static_cast<int>(row) == cutOff.rowAtWork;
+            const int passes = cutOff.rows[row].mark.pass + (isAtWork ? 1 : 0);
+            EXPECT_LE(begun[name], passes) << name << " would be printed again, halted at " << halts;
+            const int counted = isAtWork ? finished[name] : cutOff.rows[row].mark.pass;
+            EXPECT_EQ(finished[name], counted) << name << ", halted at " << halts;
+        }
+    }
+    EXPECT_GT(halts, 50);
+}
+
+TEST_F(RunSnapshotTest, RefusesWhatIsNotWhole) {
+    MakeRows();
+    { ASSERT_TRUE(RunSnapshot(files, WithTrailingSeparator(folder.Path())).Create(list, "Laser", 1, 1)); }
+    const std::string whole = folder.Read("SnapshotRestore.List");
+    CutOffRun cutOff;
+    for (std::size_t size = 0; size < whole.size(); size += 7) {
+        folder.Write("SnapshotRestore.List", whole.substr(0, size));
+        EXPECT_EQ(Load(cutOff), SnapshotResult::kDamaged) << size;
+    }
+    folder.Write("SnapshotRestore.List", whole + "FINISHED\t99\t1\t1\t1\tDone\nFINISHED\t0\t1\t1\t1\tDo");
+    folder.Write("SnapshotRestore.Checkpoint", "QUIREPRESS CHECKPOINT 1\t77\t1\t78\t1\n");
+    ASSERT_EQ(Load(cutOff), SnapshotResult::kLoaded);
+    EXPECT_EQ(cutOff.rowAtWork, -1);
+    for (const CutOffRun::Row& row : cutOff.rows) EXPECT_EQ(row.mark.pass, 0);
+}
+
+TEST_F(RunSnapshotTest, AFullDiskEndsTheSnapshotAndSaysSo) {
+    MakeRows();
+    RunSnapshot snapshot(files, WithTrailingSeparator(folder.Path()));
+    ASSERT_TRUE(snapshot.Create(list, "Laser", 1, 1));
+    files.FillDiskAfter(0);
+    EXPECT_FALSE(snapshot.NoteBegun(list, 0, 1));
+    EXPECT_FALSE(snapshot.IsOn());
+    EXPECT_TRUE(snapshot.NoteBegun(list, 1, 1)) << "what is off has nothing to write";
+}
+
+}  // namespace
+}  // namespace quirepress
