@@ -109,6 +109,7 @@ int ListQueue(Context& context, std::string printer) {
                         {"pages", job.totalPages},
                         {"pages_printed", job.pagesPrinted},
                         {"size", job.size},
+                        {"options", ToUtf8ForDisplay(job.options)},
                         {"submitted", submitted}});
         const bool isBad = (job.statusBits & job_status::kError) != 0;
         table.AddRow({std::to_string(job.id), std::to_string(job.position), std::to_string(job.priority),
@@ -168,11 +169,13 @@ void DefineAdministration(CommandSet& commands, CLI::App* printers) {
     };
     CLI::App* add = commands.Add(*printers, "add", "Make a printer of the embedded spooler",
                                  {"qpr printers add Label --port socket://192.0.2.7:9100",
+                                  "qpr printers add Floor2 --port lpd://printserver/raw",
                                   "qpr printers add Archive --port folder:/srv/archive"});
     auto name = std::make_shared<std::string>();
     auto port = std::make_shared<std::string>("folder:");
     add->add_option("NAME", *name, "The printer")->required()->type_name("");
-    add->add_option("--port", *port, "folder:[DIR], socket://HOST[:PORT] or null: (default folder:)")
+    add->add_option("--port", *port,
+                    "folder:[DIR], socket://HOST[:PORT], lpd://HOST[:PORT]/QUEUE or null: (default folder:)")
         ->type_name("PORT");
     commands.RunWith(add, [name, port, &context] {
         return Administer(context, [&](PrinterAdministration& administration, std::string& message) {

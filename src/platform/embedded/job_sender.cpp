@@ -2,6 +2,7 @@
 
 #include "base/text.h"
 #include "platform/embedded/folder_sender.h"
+#include "platform/embedded/lpd_sender.h"
 #include "platform/embedded/socket_sender.h"
 
 namespace quirepress {
@@ -25,6 +26,7 @@ std::unique_ptr<JobSender> MakeJobSender(const SendRequest& request) {
     if (request.job.isBegun || request.port.kind == PrinterPort::Kind::kFolder)
         return std::make_unique<FolderSender>(request);
     if (request.port.kind == PrinterPort::Kind::kSocket) return std::make_unique<SocketSender>(request);
+    if (request.port.kind == PrinterPort::Kind::kLpd) return std::make_unique<LpdSender>(request);
     return std::make_unique<NullSender>();
 }
 

@@ -126,17 +126,20 @@ SendReport NetworkSender::Deliver() {
 }
 
 SendReport NetworkSender::Break(const std::string& reason) {
-    const std::string begun = m_request.printer.Jobs().BegunPath(m_request.job.id);
-    const bool hadBegun = m_hasBegun;
-    m_hasBegun = false;
     if (m_sent == 0) {
-        if (hadBegun) m_request.files.Erase(begun);
+        if (m_hasBegun) m_request.files.Erase(m_request.printer.Jobs().BegunPath(m_request.job.id));
+        m_hasBegun = false;
         return Unreachable(reason);
     }
-    std::string text = Format("the connection ended after %d of %d bytes", m_sent, m_size);
-    if (!reason.empty()) text += ". The reason: " + reason;
+    const std::string text = Format("the connection ended after %d of %d bytes", m_sent, m_size);
+    return LeaveUnknown(reason.empty() ? text : text + ". The reason: " + reason);
+}
+
+SendReport NetworkSender::LeaveUnknown(const std::string& text) {
+    m_hasBegun = false;
     // Should this fail, the empty file says the same with less.
     const std::string note = begun_note::WriteUnknown(text);
+    const std::string begun = m_request.printer.Jobs().BegunPath(m_request.job.id);
     FileResult result = FileResult::kDone;
     const auto file = m_request.files.OpenForWriting(begun, OpenMode::kReplace, FileAccess::kShared, result);
     if (file) file->Write(note.data(), note.size());

@@ -39,6 +39,7 @@ protected:
     SendReport Deliver();
     // The job failed: to be tried again when nothing of its data went out, else of unknown outcome.
     SendReport Break(const std::string& reason);
+    SendReport LeaveUnknown(const std::string& text);
     SendReport Unreachable(const std::string& reason) const;
     void NoteProgress();
 

@@ -14,6 +14,9 @@ namespace {
 constexpr std::size_t kLongestName = 100;
 constexpr std::string_view kFolderScheme = "folder:";
 constexpr std::string_view kSocketScheme = "socket://";
+constexpr std::string_view kLpdScheme = "lpd://";
+constexpr int kRawPort = 9100;
+constexpr int kLpdPort = 515;
 constexpr std::string_view kPortKey = "PORT;";
 
 bool IsControl(char c) {
@@ -48,6 +51,23 @@ bool ParseHostAndPort(std::string_view text, PrinterPort& port) {
     return true;
 }
 
+bool ParseSocketPort(std::string_view address, PrinterPort& port) {
+    port.kind = PrinterPort::Kind::kSocket;
+    port.port = kRawPort;
+    if (EndsWith(address, "/")) address.remove_suffix(1);
+    return ParseHostAndPort(address, port);
+}
+
+// White space ends a queue's name where the protocol names it.
+bool ParseLpdPort(std::string_view address, PrinterPort& port) {
+    port.kind = PrinterPort::Kind::kLpd;
+    port.port = kLpdPort;
+    const std::size_t slash = std::min(address.find('/'), address.size());
+    port.queue = address.substr(std::min(slash + 1, address.size()));
+    return !port.queue.empty() && !Contains(port.queue, " ") &&
+           ParseHostAndPort(address.substr(0, slash), port);
+}
+
 }  // namespace
 
 bool ParsePrinterPort(std::string_view text, PrinterPort& port, std::string& message) {
@@ -65,15 +85,18 @@ bool ParsePrinterPort(std::string_view text, PrinterPort& port, std::string& mes
         port.kind = PrinterPort::Kind::kNull;
         return true;
     }
-    if (!StartsWith(text, kSocketScheme)) {
-        message = shown + "is none of folder:, folder:DIR, socket://HOST:PORT and null:.";
+    if (StartsWith(text, kSocketScheme)) {
+        if (ParseSocketPort(text.substr(kSocketScheme.size()), port)) return true;
+        message = shown + "is not socket://HOST:PORT with a PORT from 1 to 65535.";
         return false;
     }
-    port.kind = PrinterPort::Kind::kSocket;
-    std::string_view address = text.substr(kSocketScheme.size());
-    if (EndsWith(address, "/")) address.remove_suffix(1);
-    if (ParseHostAndPort(address, port)) return true;
-    message = shown + "is not socket://HOST:PORT with a PORT from 1 to 65535.";
+    if (StartsWith(text, kLpdScheme)) {
+        if (ParseLpdPort(text.substr(kLpdScheme.size()), port)) return true;
+        message =
+            shown + "is not lpd://HOST:PORT/QUEUE with a PORT from 1 to 65535 and a QUEUE without a blank.";
+        return false;
+    }
+    message = shown + "is none of folder:, folder:DIR, socket://HOST:PORT, lpd://HOST/QUEUE and null:.";
     return false;
 }
 

@@ -29,6 +29,16 @@ TEST(PrinterPort, IsReadInEveryForm) {
     EXPECT_EQ(hostAndPort("socket://[fe80::1]:65535"), "fe80::1 65535");
     EXPECT_EQ(hostAndPort("socket://[::1]"), "::1 9100");
     EXPECT_EQ(hostAndPort("socket://::1"), "::1 9100");
+    const auto lpdParts = [&](std::string_view text) {
+        EXPECT_TRUE(ParsePrinterPort(text, port, message)) << message;
+        EXPECT_EQ(port.kind, PrinterPort::Kind::kLpd);
+        return port.host + " " + std::to_string(port.port) + " " + port.queue;
+    };
+    EXPECT_EQ(lpdParts("lpd://printer.local/raw"), "printer.local 515 raw");
+    EXPECT_EQ(lpdParts("lpd://[fe80::1]:1515/PASSTHRU:1/a"), "fe80::1 1515 PASSTHRU:1/a");
+    for (const char* bad : {"lpd://", "lpd://host", "lpd://host/", "lpd:///raw", "lpd://host:0/raw",
+                            "lpd://host/two words", "lpd://user@host/raw", "lpd://host/a\nb"})
+        EXPECT_FALSE(ParsePrinterPort(bad, port, message)) << bad;
 }
 
 TEST(PrinterSettings, AreReadPastGarbage) {
