@@ -2,7 +2,9 @@
 
 #include <algorithm>
 
+#include "backends/printer_selection.h"
 #include "backends/queue_watch.h"
+#include "base/text.h"
 #include "logs/debug_log.h"
 #include "platform/event_loop.h"
 #include "platform/prompts.h"
@@ -68,6 +70,21 @@ void PrinterBalance::NoteSent(const BalanceChoice& choice, std::int64_t jobId) {
 
 void PrinterBalance::NoteSeen(const BalanceChoice& choice, std::int64_t jobId) {
     m_unseen.Remove(choice.printer, jobId);
+}
+
+int UseBalancedPrinter(const BalanceChoice& choice, PrinterSelection& selection, Prompts& prompts,
+                       std::string& message) {
+    if (choice.index == 0) return 0;
+    if (choice.prs.empty()) {
+        prompts.ShowStatus("Setting default printer: " + choice.printer);
+        if (selection.DPSetDefaultPrinter(choice.printer) == 0) return 0;
+        message = "The printer \"" + ToPrintableLine(choice.printer) + "\" can't be made the default.";
+        return -1;
+    }
+    prompts.ShowStatus("Loading printer settings file: " + choice.prs);
+    if (selection.LoadPrinterSettings(choice.prs, message) != 0) return -1;
+    prompts.ShowStatus("Printer set to: " + selection.CurrentPrinter());
+    return 0;
 }
 
 }  // namespace quirepress

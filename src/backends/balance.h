@@ -13,6 +13,7 @@ namespace quirepress {
 
 class DebugLog;
 class EventLoop;
+class PrinterSelection;
 class Prompts;
 class Spooler;
 struct PrinterInfo;
@@ -52,5 +53,10 @@ private:
     UnseenJobs m_unseen;
     int m_lastUsed = 0;  // index
 };
+
+// Loads the settings file of the choice, or makes its printer the default one; nothing for index 0. 0, or -1
+// with `message`. May pump.
+int UseBalancedPrinter(const BalanceChoice& choice, PrinterSelection& selection, Prompts& prompts,
+                       std::string& message);
 
 }  // namespace quirepress
