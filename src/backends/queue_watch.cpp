@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
 #include <utility>
 
 #include "backends/candidate_names.h"
@@ -96,15 +97,19 @@ QueueScan QueueWatch::ListJobsForPrinter(std::string printer, WatchedItem item) 
 }
 
 std::vector<JobInfo>::iterator QueueWatch::FindJob(std::vector<JobInfo>& jobs, const WatchedItem& item) {
-    const CandidateNames names(item.path, item.jobId == 0 ? m_files.ShortPath(item.path) : std::string());
-    std::string lowerPath;
-    if (item.jobId == 0) names.Trace(m_debugLog);
-    if (m_debugLog.IsOn()) lowerPath = ToLowerAscii(item.path);
+    std::optional<CandidateNames> names;
+    if (item.jobId == 0) {
+        names.emplace(item.path, m_files.ShortPath(item.path));
+        names->Trace(m_debugLog);
+    }
+    const auto isOfItem = [&](const JobInfo& job) {
+        return names ? names->Matches(job.document) : job.id == item.jobId;
+    };
+    const std::string lowerPath = m_debugLog.IsOn() ? ToLowerAscii(item.path) : std::string();
     for (auto job = jobs.rbegin(); job != jobs.rend(); ++job) {
         m_debugLog.Trace("pJobInfo[i].pDocument :%s status: %d ??? = %s\r\n", job->document, job->statusBits,
                          job->statusText);
-        if (item.jobId != 0 ? job->id == item.jobId : names.Matches(job->document))
-            return std::prev(job.base());
+        if (isOfItem(*job)) return std::prev(job.base());
         m_debugLog.Trace("didn't match!! - lwr_pfn: %s\r\n", lowerPath);
     }
     return jobs.end();

@@ -27,7 +27,15 @@ int UnseenJobs::Settle(std::string_view printer, const std::vector<JobInfo>& lis
     if (m_jobs.empty()) return 0;
     std::unordered_set<std::int64_t> ids;
     for (const JobInfo& job : listed) ids.insert(job.id);
-    std::erase_if(m_jobs, [&](const Job& job) { return job.printer == printer && ids.contains(job.id); });
+    // From the newest on: what was handed over before a listed one would be listed too, were it still there.
+    bool isListed = false;
+    const auto isSettled = [&](const Job& job) {
+        if (job.printer != printer) return false;
+        isListed = isListed || ids.contains(job.id);
+        return isListed;
+    };
+    const auto kept = std::remove_if(m_jobs.rbegin(), m_jobs.rend(), isSettled);
+    m_jobs.erase(m_jobs.begin(), kept.base());
     return static_cast<int>(
         std::count_if(m_jobs.begin(), m_jobs.end(), [&](const Job& job) { return job.printer == printer; }));
 }
