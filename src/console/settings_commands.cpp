@@ -55,6 +55,7 @@ int ShowSettings(Context& context, const SettingsRequest& request) {
 
 int SaveDocument(Context& context, SettingsDocument& document) {
     const int result = document.Save();
+    if (result == kSettingsDone && !document.SaveNote().empty()) context.Complain(document.SaveNote());
     context.PrintResult(result, result == kSettingsDone ? "" : document.FileName() + " was not written.");
     return result == kSettingsDone ? kExitDone : kExitNotAllDone;
 }

@@ -7,6 +7,7 @@
 #include "settings/color_printer_options.h"
 #include "settings/general_settings.h"
 #include "settings/keyword_file.h"
+#include "settings/log_options.h"
 #include "settings/misc_options.h"
 
 namespace quirepress {
@@ -19,6 +20,7 @@ struct CatalogFile {
     const KeywordTable<Options>& (*keywords)();
     void (*applyCouplings)(Options&) = nullptr;  // what the options dialog does before it saves
     bool (*isCoupled)(std::string_view key) = nullptr;
+    const char* saveNote = "";  // what a save does besides
 };
 
 template <typename Options>
@@ -29,6 +31,7 @@ public:
 
     std::string FileName() const override { return File().name; }
     int LoadResult() const override { return m_loadResult; }
+    std::string SaveNote() const override { return m_file.saveNote; }
 
     int Save() override {
         const std::string path = m_place.workingFolder + File().name;
@@ -81,6 +84,12 @@ private:
 
 constexpr CatalogFile<GeneralOptions> kGeneral = {GeneralKeywords, ApplyDialogCouplings, IsCoupledKey};
 constexpr CatalogFile<MiscOptions> kMisc = {MiscKeywords};
+constexpr CatalogFile<LogOptions> kLog = {LogKeywords};
+constexpr CatalogFile<LogCheckOptions> kLogCheck = {
+    LogCheckKeywords, nullptr, nullptr,
+    "The file holds the time of the last removal of records of missing files too (NOLONGER in "
+    "log_setup.ini), as its first line. Saving these keys drops that time: such removals are due again only "
+    "after printlogcheck.ini was erased and EVERY has gone by. Noting the time drops these keys."};
 constexpr CatalogFile<BalanceOptions> kBalance = {BalanceKeywords};
 constexpr CatalogFile<ColorPrinterOptions> kColorPrinters = {ColorPrinterKeywords};
 
@@ -89,6 +98,7 @@ struct CatalogEntry {
     std::unique_ptr<SettingsDocument> (*open)(const SettingsPlace& place);
     std::string (*renderTable)();
     const SettingsFile& (*file)();
+    const char* saveNote;
 };
 
 template <const auto& kFile>
@@ -102,11 +112,12 @@ constexpr CatalogEntry EntryOf(const char* name) {
                 const Options defaults{};
                 return RenderSettingsTable(kFile.keywords().Rows(), &defaults);
             },
-            []() -> const SettingsFile& { return kFile.keywords().File(); }};
+            []() -> const SettingsFile& { return kFile.keywords().File(); }, kFile.saveNote};
 }
 
 // Every settings file of the program; a new one is a line here.
 constexpr std::array kCatalog = {EntryOf<kGeneral>("general"), EntryOf<kMisc>("misc"),
+                                 EntryOf<kLog>("log"),         EntryOf<kLogCheck>("logcheck"),
                                  EntryOf<kBalance>("balance"), EntryOf<kColorPrinters>("colorprinters")};
 
 }  // namespace
@@ -181,8 +192,11 @@ std::string RenderSettingsReference() {
         "`qpr settings show NAME` shows a file, `qpr settings set NAME KEY [VALUE...]` and `qpr settings "
         "unset NAME "
         "KEY` change one key. This page is made from the program's own tables: `qpr reference settings`.\n";
-    for (const CatalogEntry& entry : kCatalog)
-        page += std::string("\n## ") + entry.name + ": `" + entry.file().name + "`\n\n" + entry.renderTable();
+    for (const CatalogEntry& entry : kCatalog) {
+        page += std::string("\n## ") + entry.name + ": `" + entry.file().name + "`\n\n";
+        if (*entry.saveNote != '\0') page += std::string(entry.saveNote) + "\n\n";
+        page += entry.renderTable();
+    }
     return page;
 }
 

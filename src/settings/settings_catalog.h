@@ -19,6 +19,8 @@ public:
     virtual ~SettingsDocument() = default;
     virtual std::string FileName() const = 0;
     virtual int LoadResult() const = 0;  // kSettingsDone or kSettingsNotRead
+    // What the user may not expect of a save; empty when it does nothing but save.
+    virtual std::string SaveNote() const = 0;
     // 0, or kSettingsNotWritten, said to the user. A file that is there and could not be read is left alone.
     virtual int Save() = 0;
 
