@@ -40,4 +40,13 @@ bool ConsolePrompts::AskYesNo(std::string_view title, std::string_view text, boo
     return safeAnswer;
 }
 
+std::string ConsolePrompts::AskSavePath(std::string_view title, std::string_view filter) {
+    std::string line;
+    m_terminal.WriteErrors(OneLine(title, std::string(filter) + " ? "));
+    if (!m_terminal.InputIsTerminal() || !m_terminal.ErrorsAreTerminal() || !m_terminal.ReadLine(line))
+        line.clear();
+    if (line.empty()) m_terminal.WriteErrors("\n");
+    return line;
+}
+
 }  // namespace quirepress

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string>
 #include <string_view>
 
 namespace quirepress {
@@ -12,6 +13,9 @@ public:
     virtual void ShowBox(std::string_view title, std::string_view text) = 0;
     // A Yes/No box; where nobody can answer, `safeAnswer`. May pump.
     virtual bool AskYesNo(std::string_view title, std::string_view text, bool safeAnswer) = 0;
+    // The file that the user wants something written to, such as "*.csv"; empty when there shall be none, as
+    // where nobody can answer. May pump.
+    virtual std::string AskSavePath(std::string_view /*title*/, std::string_view /*filter*/) { return {}; }
     // The status line; replaces what it showed.
     virtual void ShowStatus(std::string_view text) = 0;
 };
