@@ -8,6 +8,8 @@ namespace quirepress {
 
 class Clock;
 
+constexpr const char* kErrorLogName = "error.log";
+
 struct ErrorRecord {
     std::string source;       // the document
     std::string destination;  // where it should have gone; may be empty
@@ -17,6 +19,7 @@ struct ErrorRecord {
 
 // Date, time, source, destination, error, printer.
 const RecordLayout& ErrorRecordLayout();
+constexpr std::size_t kErrorSourceColumn = 2;
 
 // "error.log" in the working folder: one record for each failed operation on a document.
 class ErrorLog {

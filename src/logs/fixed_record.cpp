@@ -1,16 +1,15 @@
 #include "logs/fixed_record.h"
 
 #include <memory>
+#include <utility>
 
 #include "base/text.h"
 #include "logs/log_lines.h"
-#include "platform/files.h"
+#include "platform/file_tools.h"
 
 namespace quirepress {
 
 namespace {
-
-constexpr std::string_view kRecordEnd = "\r\n";
 
 std::string OneLine(std::string field) {
     for (char& c : field)
@@ -65,16 +64,32 @@ int ReadRecords(Files& files, std::string_view path, const RecordLayout& layout,
     return lines.HasFailed() ? -1 : 0;
 }
 
+int ReplaceRecords(Files& files, std::string_view path, const RecordLayout& layout,
+                   const std::vector<std::vector<std::string>>& records) {
+    ReplacementFile file(files, path);
+    for (const std::vector<std::string>& fields : records) {
+        const std::string record = FormatRecord(layout, fields);
+        file.Write(record.data(), record.size());
+    }
+    return file.Finish() == FileResult::kDone ? 0 : -1;
+}
+
 int AppendRecord(Files& files, std::string_view path, std::string record) {
+    bool isOpen = false;
+    return WriteRecord(files, path, std::move(record), isOpen) == FileResult::kDone ? 0 : -1;
+}
+
+FileResult WriteRecord(Files& files, std::string_view path, std::string record, bool& isOpen) {
     if (HasHalfLine(files, path)) record.insert(0, kRecordEnd);
     FileResult result = FileResult::kFailed;
     const std::unique_ptr<OutputFile> file =
         files.OpenForWriting(path, OpenMode::kAppend, FileAccess::kShared, result);
-    if (!file) return -1;
+    isOpen = file != nullptr;
+    if (!file) return result;
     result = file->Write(record.data(), record.size());
     if (result == FileResult::kDone) result = file->FlushToDisk();
     if (result == FileResult::kDone) result = file->Close();
-    return result == FileResult::kDone ? 0 : -1;
+    return result;
 }
 
 }  // namespace quirepress

@@ -8,6 +8,9 @@
 namespace quirepress {
 
 class Files;
+enum class FileResult;
+
+constexpr std::string_view kRecordEnd = "\r\n";
 
 // A column of a fixed-width log. Widths are minimums: a longer text widens its line, and readers, who cut at
 // the columns, read what then lies there.
@@ -34,8 +37,14 @@ std::vector<std::string> CutRecord(const RecordLayout& layout, std::string_view 
 int ReadRecords(Files& files, std::string_view path, const RecordLayout& layout,
                 std::vector<std::vector<std::string>>& records);
 
+// Replaces a log by these records, for good. 0, or -1 when it could not be written: it is as it was.
+int ReplaceRecords(Files& files, std::string_view path, const RecordLayout& layout,
+                   const std::vector<std::vector<std::string>>& records);
+
 // Appends a record and flushes it to the disk: 0, or -1. The half line that a power failure may have left at
 // the end of the log is ended first, so that it spoils no record but its own.
 int AppendRecord(Files& files, std::string_view path, std::string record);
+// The same with the reason; `isOpen` tells whether the log could be opened for appending.
+FileResult WriteRecord(Files& files, std::string_view path, std::string record, bool& isOpen);
 
 }  // namespace quirepress

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "logs/fixed_record.h"
+
+namespace quirepress {
+
+class Clock;
+class DebugLog;
+
+constexpr const char* kMailLogName = "email.log";
+constexpr const char* kFtpLogName = "ftp.log";
+constexpr const char* kFtpErrorLogName = "ftp-error.log";
+
+// Time, size, attachment, created, modified, sender, subject, recipient mailbox.
+const RecordLayout& MailRecordLayout();
+// Time, size, local file, created, modified, server, folder on it; and the error.
+const RecordLayout& FtpRecordLayout();
+const RecordLayout& FtpErrorRecordLayout();
+
+struct MailRecord {
+    std::string attachment;  // full path
+    std::string from;
+    std::string subject;
+    std::string mailbox;
+};
+
+struct FtpRecord {
+    std::string file;  // full path
+    std::string server;
+    std::string folder;
+};
+
+// The logs of what came in from mailboxes and FTP servers, in the working folder. A record gets the present
+// time, and the size and the times of its file. Each writer answers 0, or -1, which the debug log tells.
+class TransferLogs {
+public:
+    TransferLogs(Files& files, Clock& clock, DebugLog& debugLog, std::string workingFolder);
+
+    int WriteMailRecord(const MailRecord& record);
+    int WriteFtpRecord(const FtpRecord& record);
+    int WriteFtpErrorRecord(const FtpRecord& record, std::string_view error);
+
+private:
+    int Append(const char* name, const RecordLayout& layout, const std::string& file,
+               const std::vector<std::string>& rest, std::string_view failure);
+
+    Files& m_files;
+    Clock& m_clock;
+    DebugLog& m_debugLog;
+    std::string m_workingFolder;
+};
+
+}  // namespace quirepress
