@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 namespace quirepress {
 
@@ -23,5 +24,9 @@ struct JobTicket {
 
     bool operator==(const JobTicket&) const = default;
 };
+
+// What is asked of the printer, for people: "media=A4 sides=two-sided-long-edge pages=1-3 tray=Upper". Empty
+// when nothing is. The tray comes last, since its name may hold anything.
+std::string OptionsText(const JobTicket& ticket, std::string_view pageRanges);
 
 }  // namespace quirepress

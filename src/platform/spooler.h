@@ -50,6 +50,7 @@ struct JobInfo {
     std::string document;
     std::string dataType;
     std::string statusText;        // the system's own words; may be empty
+    std::string options;           // how it is to be printed (OptionsText); may be empty
     std::uint32_t statusBits = 0;  // job_status
     int priority = 1;              // 1 (lowest) to 99
     int position = 0;              // in the queue, from 1

@@ -14,6 +14,8 @@ namespace quirepress {
 namespace {
 
 constexpr long long kRefreshInterval = 1'000;
+// Each is a job and a file of its own, and nothing else happens until the last one is written.
+constexpr std::int64_t kMostCopies = 9'999;
 
 bool IsInQueue(const JobFiles& job) {
     return job.IsWaiting() || (job.IsUnclosed() && job.hasDraft);
@@ -135,9 +137,16 @@ std::int64_t EmbeddedSpooler::PrintDocument(std::string_view printer, std::strin
     const std::unique_ptr<InputFile> source = m_files.OpenForReading(path, result);
     systemError = SpoolerErrorNumber(result);
     if (!source) return -1;
+    const std::int64_t copies =
+        std::int64_t{std::max(document.copies, 1)} * std::max(document.ticket.copies, 1);
+    systemError = kTooManyCopiesNumber;
+    if (copies > kMostCopies) return -1;
+    DocumentInfo single = document;
+    single.copies = 1;
+    single.ticket.copies = 0;
     std::vector<std::int64_t> ids;
-    for (int copy = 0; copy < std::max(document.copies, 1); ++copy) {
-        const std::int64_t id = CopyIntoQueue(printer, *source, document, systemError);
+    for (std::int64_t copy = 0; copy < copies; ++copy) {
+        const std::int64_t id = CopyIntoQueue(printer, *source, single, systemError);
         if (id < 0) {
             for (const std::int64_t earlier : ids) CancelJob(printer, earlier);
             return -1;
@@ -199,6 +208,7 @@ JobInfo EmbeddedSpooler::DescribeJob(const PrinterFolder& printer, const JobFile
     info.user = record.user;
     info.machine = record.machine;
     info.dataType = record.dataType;
+    info.options = record.options;
     info.submitted = record.submitted;
     if (job.IsUnclosed()) {
         info.statusBits = job_status::kSpooling;

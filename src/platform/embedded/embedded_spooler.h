@@ -42,7 +42,8 @@ public:
     std::string DefaultPrinter() override;
     int MakeDefaultPrinter(std::string_view printer) override;
     std::unique_ptr<RawPrinter> OpenRawPrinter(std::string_view printer, int& systemError) override;
-    // Copies are jobs of their own, of which the first one's id is the answer.
+    // Copies, those of the ticket times those of the document, are jobs of their own, at most 9,999 at once;
+    // the first one's id is the answer.
     std::int64_t PrintDocument(std::string_view printer, std::string_view path, const DocumentInfo& document,
                                int& systemError) override;
     int ListJobs(std::string_view printer, std::vector<JobInfo>& jobs) override;

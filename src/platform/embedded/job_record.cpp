@@ -31,6 +31,7 @@ std::string WriteJobRecord(const JobRecord& record) {
     text += "\nUSER;" + EscapeControls(record.user);
     text += "\nMACHINE;" + EscapeControls(record.machine);
     text += "\nDATATYPE;" + EscapeControls(record.dataType);
+    if (!record.options.empty()) text += "\nOPTIONS;" + EscapeControls(record.options);
     text += "\nSUBMITTED;" + FormatDateTime(record.submitted) + "\n";
     text += kLastLine;
     return text + "\n";
@@ -53,6 +54,7 @@ bool ReadJobRecord(std::string_view text, JobRecord& record) {
         if (key == "USER") read.user = value;
         if (key == "MACHINE") read.machine = value;
         if (key == "DATATYPE") read.dataType = value;
+        if (key == "OPTIONS") read.options = value;
         if (key == "SUBMITTED") ParseDateTime(value, read.submitted);
     }
     return false;

@@ -13,6 +13,7 @@ struct JobRecord {
     std::string user;
     std::string machine;
     std::string dataType;
+    std::string options;  // how it is to be printed (OptionsText); not written when empty
     LocalTime submitted;
 };
 

@@ -22,6 +22,7 @@ SpooledDocument::~SpooledDocument() {
 int SpooledDocument::StartDocument(const DocumentInfo& document) {
     if (m_id != 0) return Fail(FileResult::kBusy);
     m_record.document = document.name;
+    m_record.options = OptionsText(document.ticket, document.pageRanges);
     FileResult result = m_printer.Jobs().Prepare();
     if (result == FileResult::kDone) m_lock = m_printer.Jobs().Claim(m_id, result);
     if (!m_lock) return Fail(result);

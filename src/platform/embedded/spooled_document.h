@@ -13,11 +13,12 @@ namespace quirepress {
 // A stable number for `result`, to be shown in logs; 0 for kDone.
 int SpoolerErrorNumber(FileResult result);
 constexpr int kNoSuchPrinterNumber = 100;
+constexpr int kTooManyCopiesNumber = 101;
 
 // One document on its way into a printer's queue. It can outlive the spooler that opened it.
 class SpooledDocument : public RawPrinter {
 public:
-    // `record` lacks the document's name; `onClosed` is called when a job has joined the queue.
+    // `record` lacks the document's name and options; `onClosed` is called when a job has joined the queue.
     SpooledDocument(Files& files, PrinterFolder printer, JobRecord record, std::function<void()> onClosed);
     ~SpooledDocument() override;
 
