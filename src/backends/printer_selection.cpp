@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "backends/printer_settings_file.h"
 #include "backends/tray_file.h"
 #include "base/path.h"
 #include "base/text.h"
@@ -22,11 +23,6 @@ constexpr std::string_view kPrinterSetTo = "Printer set to: ";
 
 bool IsTrayFile(std::string_view path) {
     return EndsWith(path, ".tra") || EndsWith(path, ".TRA");
-}
-
-bool HasSetup(PrsReading reading) {
-    return reading == PrsReading::kWhole || reading == PrsReading::kWithoutNames ||
-           reading == PrsReading::kCutShort;
 }
 
 // `found`: whether there was a default printer to fall back to.
@@ -105,8 +101,8 @@ int PrinterSelection::LoadPrinterSettings(std::string_view path, std::string& me
     m_selected.setup = {};
     m_selected.paper.ticket = {};
     PrsContent content;
-    const PrsReading reading = ReadSettings(path, content, message);
-    if (HasSetup(reading) &&
+    const PrsReading reading = ReadPrintSetup(m_services.files, path, content, message);
+    if (HasPrintSetup(reading) &&
         InstallSetup({content.mode.bytes, std::move(content.names.bytes)}, message) == 0) {
         debugLog.Trace("Load Printer settings worked OK, devName:%s\r\n", m_selected.printer);
         m_services.loop.Pump();
@@ -115,22 +111,6 @@ int PrinterSelection::LoadPrinterSettings(std::string_view path, std::string& me
     const bool found = ResetToDefault();
     TraceLoadFailure(debugLog, reading, found, content, message);
     return -1;
-}
-
-PrsReading PrinterSelection::ReadSettings(std::string_view path, PrsContent& content, std::string& message) {
-    const std::string start = "The printer settings file " + ToPrintableLine(path) + " ";
-    FileResult result = FileResult::kFailed;
-    const std::unique_ptr<InputFile> file = m_services.files.OpenForReading(path, result);
-    const PrsReading reading = file ? ReadPrintSetup(*file, content) : PrsReading::kUnreadable;
-    if (!file)
-        message = start + "can't be opened: " + DescribeFileResult(result) + ".";
-    else if (reading == PrsReading::kUnreadable)
-        message = start + "can't be read.";
-    else if (!HasSetup(reading))
-        message = start + "is damaged: it tells of more than a set-up can hold.";
-    // Half a name may be another printer's.
-    if (reading == PrsReading::kCutShort) content.names.bytes.clear();
-    return reading;
 }
 
 int PrinterSelection::InstallSetup(PrintSetup setup, std::string& message) {

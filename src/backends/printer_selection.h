@@ -5,7 +5,6 @@
 #include <string_view>
 
 #include "backends/paper_items.h"
-#include "backends/printer_settings_file.h"
 #include "platform/print_setup.h"
 #include "platform/spooler.h"
 
@@ -65,8 +64,8 @@ public:
 
     // The current set-up, into a file. 0 or -1.
     int SavePrinterSettings(std::string_view path);
-    // Replaces the current set-up; when it cannot be, by the default printer's. 0, or -1 with `message`.
-    // May pump.
+    // Replaces the current set-up; when the file has none, by the default printer's. 0, or -1; `message` says
+    // what is wrong with the file, if anything. May pump.
     int LoadPrinterSettings(std::string_view path, std::string& message);
 
     // The printer's bin of this name. When there is none, false, and `tray` is number 0, "Unknown".
@@ -100,7 +99,6 @@ private:
     std::string PathOf(std::string_view name) const { return m_services.workingFolder + std::string(name); }
     std::string PrinterInUse();
     int WriteSetupOf(std::string_view printer, PrintSetup& setup, std::string& message);
-    PrsReading ReadSettings(std::string_view path, PrsContent& content, std::string& message);
     int InstallSetup(PrintSetup setup, std::string& message);
     bool ResetToDefault();
     int ChangePaper(PaperState paper, std::string& message);

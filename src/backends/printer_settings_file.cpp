@@ -4,6 +4,7 @@
 #include <string>
 
 #include "base/little_endian.h"
+#include "base/text.h"
 #include "logs/debug_log.h"
 #include "platform/file_tools.h"
 
@@ -33,15 +34,23 @@ private:
     std::int64_t m_position = 0;
 };
 
-PrsReading TakeBlock(BlockReader& reader, PrsBlock& block, PrsReading atEnd, PrsReading tooLong) {
+// What a block's reading is called when the file ends before it, ends in it, or its length cannot be.
+struct BlockReadings {
+    PrsReading atEnd;
+    PrsReading cutShort;
+    PrsReading tooLong;
+};
+
+// One length and its block.
+PrsReading TakeBlock(BlockReader& reader, PrsBlock& block, const BlockReadings& readings) {
     std::string length;
     if (!reader.Take(kLengthSize, length)) return PrsReading::kUnreadable;
-    if (length.empty()) return atEnd;
-    if (length.size() < kLengthSize) return PrsReading::kCutShort;
+    if (length.empty()) return readings.atEnd;
+    if (length.size() < kLengthSize) return readings.cutShort;
     block.length = ReadLittle32(length, 0);
-    if (block.length > kLongestPrsBlock) return tooLong;
+    if (block.length > kLongestPrsBlock) return readings.tooLong;
     if (!reader.Take(block.length, block.bytes)) return PrsReading::kUnreadable;
-    return block.bytes.size() < block.length ? PrsReading::kCutShort : PrsReading::kWhole;
+    return block.bytes.size() < block.length ? readings.cutShort : PrsReading::kWhole;
 }
 
 void WriteBlock(ReplacementFile& file, const std::string& block) {
@@ -53,12 +62,38 @@ void WriteBlock(ReplacementFile& file, const std::string& block) {
 
 }  // namespace
 
+bool HasPrintSetup(PrsReading reading) {
+    return reading == PrsReading::kWhole || reading == PrsReading::kWithoutNames ||
+           reading == PrsReading::kNamesCutShort;
+}
+
 PrsReading ReadPrintSetup(InputFile& file, PrsContent& content) {
     BlockReader reader(file);
-    const PrsReading reading =
-        TakeBlock(reader, content.mode, PrsReading::kCutShort, PrsReading::kModeTooLong);
+    PrsReading reading =
+        TakeBlock(reader, content.mode,
+                  {PrsReading::kModeCutShort, PrsReading::kModeCutShort, PrsReading::kModeTooLong});
     if (reading != PrsReading::kWhole) return reading;
-    return TakeBlock(reader, content.names, PrsReading::kWithoutNames, PrsReading::kNamesTooLong);
+    reading = TakeBlock(reader, content.names,
+                        {PrsReading::kWithoutNames, PrsReading::kNamesCutShort, PrsReading::kNamesTooLong});
+    // Half a name may be another printer's.
+    if (reading != PrsReading::kWhole) content.names.bytes.clear();
+    return reading;
+}
+
+PrsReading ReadPrintSetup(Files& files, std::string_view path, PrsContent& content, std::string& message) {
+    const std::string start = "The printer settings file " + ToPrintableLine(path) + " ";
+    FileResult result = FileResult::kDone;
+    const std::unique_ptr<InputFile> file = files.OpenForReading(path, result);
+    message = start + "can't be opened: " + DescribeFileResult(result) + ".";
+    if (!file) return PrsReading::kUnreadable;
+    const PrsReading reading = ReadPrintSetup(*file, content);
+    message.clear();
+    if (reading == PrsReading::kUnreadable) message = start + "can't be read.";
+    if (reading == PrsReading::kModeCutShort || reading == PrsReading::kNamesCutShort)
+        message = start + "is cut short.";
+    if (reading == PrsReading::kModeTooLong || reading == PrsReading::kNamesTooLong)
+        message = start + "is damaged: it tells of more than a set-up can hold.";
+    return reading;
 }
 
 FileResult WritePrintSetup(Files& files, DebugLog& debugLog, std::string_view path, const PrintSetup& setup) {

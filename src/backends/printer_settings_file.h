@@ -16,12 +16,16 @@ class DebugLog;
 
 enum class PrsReading {
     kWhole,
-    kWithoutNames,  // ends with the device mode; the names are empty
-    kCutShort,      // ends inside a block or a length, or is empty
-    kModeTooLong,   // a length that no block has; nothing was read
-    kNamesTooLong,  // the same of the second block
+    kWithoutNames,   // ends with the device mode; the names are empty
+    kNamesCutShort,  // ends behind it, but before its time; the names are empty
+    kModeCutShort,   // ends inside the device mode or its length
+    kModeTooLong,    // a length that no block has
+    kNamesTooLong,   // the same of the second block
     kUnreadable
 };
+
+// Whether what was read can be used: a whole device mode, and names if there are any.
+bool HasPrintSetup(PrsReading reading);
 
 struct PrsBlock {
     std::uint32_t length = 0;  // as the file says
@@ -35,8 +39,11 @@ struct PrsContent {
 
 constexpr std::uint32_t kLongestPrsBlock = 16U << 20;
 
-// Takes no more memory than the file has bytes, whatever its lengths say.
+// `content` gets what there is. Takes no more memory than the file has bytes, whatever its lengths say.
 PrsReading ReadPrintSetup(InputFile& file, PrsContent& content);
+
+// The same for a file by its path. `message` says what is wrong with it, or is empty.
+PrsReading ReadPrintSetup(Files& files, std::string_view path, PrsContent& content, std::string& message);
 
 // `path` becomes a whole file of `setup`, or stays as it was. Failures are traced.
 FileResult WritePrintSetup(Files& files, DebugLog& debugLog, std::string_view path, const PrintSetup& setup);

@@ -84,6 +84,7 @@ int RunConsole(Services& services, std::vector<std::string> arguments) {
     CommandSet commands{program, context, {}};
     DefinePrintCommands(commands);
     DefinePrinterCommands(commands);
+    DefineSetupCommands(commands);
     DefineSettingsCommands(commands);
     DefineLogCommands(commands);
     DefineInternalCommands(commands);

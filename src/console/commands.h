@@ -27,6 +27,7 @@ std::vector<std::string> ShowSeparators(std::vector<std::string> items);
 void DefinePrintCommands(CommandSet& commands);  // print, list, pages
 void DefineSettingsCommands(CommandSet& commands);
 void DefinePrinterCommands(CommandSet& commands);  // printers, queue
+void DefineSetupCommands(CommandSet& commands);    // prs, tray
 void DefineLogCommands(CommandSet& commands);
 void DefineInternalCommands(CommandSet& commands);  // reference, pdf-worker: not shown in the help
 

@@ -2,6 +2,10 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
+#include <limits>
+#include <type_traits>
+#include <utility>
 
 #include "base/little_endian.h"
 #include "platform/spooler.h"
