@@ -20,6 +20,17 @@ target_compile_definitions(quirepress_qpdf_library INTERFACE POINTERHOLDER_TRANS
 quirepress_find_library(archive archive.h archive)
 quirepress_find_library(deflate libdeflate.h deflate)
 
+# CUPS is there for the systems that print with it; a program that is built without libcups says so.
+if(NOT WIN32)
+    find_library(cups_LIBRARY NAMES cups)
+    find_path(cups_INCLUDE cups/cups.h)
+    if(cups_LIBRARY AND cups_INCLUDE)
+        quirepress_find_library(cups cups/cups.h cups)
+    else()
+        message(STATUS "libcups was not found: built without CUPS")
+    endif()
+endif()
+
 if(WIN32)
     # Static libraries do not say what they need themselves.
     foreach(library jpeg lzma bz2 zstd)

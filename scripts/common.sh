@@ -27,8 +27,9 @@ need() {
 }
 
 build_packages=(g++ cmake ninja-build ccache libqpdf-dev libarchive-dev libdeflate-dev zlib1g-dev libfmt-dev
-    libcli11-dev nlohmann-json3-dev)
-test_packages=(libgtest-dev libgmock-dev git)
+    libcli11-dev nlohmann-json3-dev libcups2-dev)
+# The tests start print servers of their own; one that the packages would start is not needed.
+test_packages=(libgtest-dev libgmock-dev git cups-daemon cups-client cups-ipp-utils cups-filters ghostscript)
 
 # configure PRESET [-DNAME=VALUE...]: only what has not been done.
 configure() {

@@ -84,9 +84,12 @@ public:
     // Ends the document. 0: the spooler has it and keeps it; -1: it does not, and there is no job; 1: its
     // answer did not come, so that nobody can tell.
     virtual int Finish() = 0;
-    virtual std::int64_t JobId() const = 0;  // once started; 0 when the system tells none
+    virtual std::int64_t JobId() const = 0;  // once started or, on some systems, finished; 0: none is told
     virtual int SystemError() const = 0;     // of the last call that failed
 };
+
+constexpr std::int64_t kDocumentRefused = -1;  // there is no job
+constexpr std::int64_t kDocumentUnknown = -2;  // the answer did not come, so that nobody can tell
 
 // One print system. Results are 0 on success and -1 on failure where nothing else is said; a call that asks
 // a server has a time limit and pumps meanwhile.
@@ -100,11 +103,12 @@ public:
     virtual int MakeDefaultPrinter(std::string_view printer) = 0;
     // Null when it does not exist or cannot be opened; `systemError` says why.
     virtual std::unique_ptr<RawPrinter> OpenRawPrinter(std::string_view printer, int& systemError) = 0;
-    // Whether PrintDocument makes something of a file of this name; it is not opened. By default what every
-    // system with document jobs knows: PDF, the common images and plain text, in any capitals.
-    virtual bool TakesDocument(std::string_view path);
-    // Hands over a whole file that the print system can render or store by itself. The job's id; -1: there is
-    // no job; -2: the answer did not come, so that nobody can tell.
+    // Whether PrintDocument makes something of a file of this name on this printer; it is not opened. By
+    // default what every system with document jobs knows: PDF, the common images and plain text, in any
+    // capitals.
+    virtual bool TakesDocument(std::string_view printer, std::string_view path);
+    // Hands over a whole file that the print system can render or store by itself. The job's id, or one of
+    // the two above.
     virtual std::int64_t PrintDocument(std::string_view printer, std::string_view path,
                                        const DocumentInfo& document, int& systemError) = 0;
 
@@ -113,6 +117,8 @@ public:
     virtual int ChangeJobPriority(std::string_view printer, std::int64_t id, int priority) = 0;
     virtual int CancelJob(std::string_view printer, std::int64_t id) = 0;
     virtual int ListBins(std::string_view printer, std::vector<BinInfo>& bins) = 0;
+    // A sentence part for an error number that one of the calls has just given: "error 5", or better.
+    virtual std::string ErrorText(int systemError);
     // How this system writes print set-ups; the portable way where it has none of its own.
     virtual PrintSetupFormat& SetupFormat() { return PortableSetupFormat(); }
 };
