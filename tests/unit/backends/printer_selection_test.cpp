@@ -1,0 +1,309 @@
+#include "backends/printer_selection.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "backends/printer_settings_file.h"
+#include "base/little_endian.h"
+#include "fakes/fake_spooler.h"
+#include "fakes/surroundings.h"
+#include "settings/general_options.h"
+
+namespace quirepress {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+class PrinterSelectionTest : public testing::Test, protected Surroundings {
+protected:
+    PrinterSelectionTest() {
+        spooler.PutPrinter("Office", "lp1");
+        spooler.PutPrinter("Label", "lp2");
+        spooler.SetBins("Office", {{15, "Auto"}, {258, "Upper tray"}, {7, "1234567890123456789012345"}});
+        debugLog.Open(*system.files, folder.PathOf("qpr.log"));
+    }
+
+    std::string Load(std::string_view path) {
+        std::string message;
+        const int result = selection.LoadPrinterSettings(path, message);
+        return std::to_string(result) + " " + message;
+    }
+    // A file of Label's settings, landscape.
+    std::string MakeSettings(std::string_view name) {
+        std::string message;
+        EXPECT_EQ(selection.UsePrinter("Label", message), 0) << message;
+        EXPECT_TRUE(selection.ApplyItem("landscape.paperorientation").isApplied);
+        EXPECT_EQ(selection.SavePrinterSettings(folder.PathOf(name)), 0);
+        EXPECT_EQ(selection.UsePrinter("Office", message), 0) << message;
+        return folder.PathOf(name);
+    }
+    std::string MakeSettingsBytes() {
+        MakeSettings("label.prs");
+        return folder.Read("label.prs");
+    }
+    std::string Log() { return folder.Read("qpr.log"); }
+
+    FakeSpooler spooler{files};
+    GeneralOptions options;
+    PrinterSelection selection{{spooler, files, loop, prompts, debugLog, options, Home()}};
+};
+
+TEST_F(PrinterSelectionTest, ChangesTheDefaultPrinterAndGivesOthersTimeToNotice) {
+    for (const auto& [delay, waits] : {std::pair(0, 5), std::pair(10, 15)}) {
+        options.m_printerChangeDelay = delay;
+        const int waitsBefore = loop.WaitCount();
+        const long long before = loop.MonotonicMilliseconds();
+        EXPECT_EQ(selection.DPSetDefaultPrinter("Label"), 0);
+        EXPECT_EQ(loop.WaitCount() - waitsBefore, waits);
+        EXPECT_EQ(loop.MonotonicMilliseconds() - before, waits * 100);
+    }
+    EXPECT_EQ(spooler.DefaultPrinter(), "Label");
+    EXPECT_EQ(selection.CurrentPrinter(), "Label");
+    EXPECT_EQ(selection.ChangeState(), PrinterChange::kChanging);
+    EXPECT_EQ(prompts.statusTexts.back(), "Printer set to: Label");
+    EXPECT_THAT(Log(), HasSubstr("DPSetDefaultPrinter: Label\r\nChanged Printer OK\r\n"));
+}
+
+TEST_F(PrinterSelectionTest, IsStoppedInItsWaitsOnly) {
+    options.m_printerChangeDelay = 600;
+    bool stop = false;
+    selection.UseStop([&] { return stop; });
+    loop.StartTimer(1, 250, [&] { stop = true; });
+    const long long before = loop.MonotonicMilliseconds();
+    EXPECT_EQ(selection.DPSetDefaultPrinter("Label"), 0);
+    EXPECT_EQ(loop.MonotonicMilliseconds() - before, 300);
+    EXPECT_EQ(spooler.DefaultPrinter(), "Label");
+    EXPECT_EQ(selection.CurrentPrinter(), "Label");
+}
+
+TEST_F(PrinterSelectionTest, LeavesEverythingWhenTheDefaultCannotBeChanged) {
+    spooler.PutPrinter("Portless", "");
+    std::string message;
+    ASSERT_EQ(selection.UsePrinter("Label", message), 0);
+    for (const char* name : {"", "Nowhere", "Portless"}) {
+        EXPECT_EQ(selection.DPSetDefaultPrinter(name), 1) << name;
+        EXPECT_EQ(selection.ChangeState(), PrinterChange::kFailed);
+    }
+    EXPECT_EQ(spooler.DefaultPrinter(), "Office");
+    EXPECT_EQ(selection.CurrentPrinter(), "Label");
+    EXPECT_EQ(loop.WaitCount(), 0);
+    EXPECT_EQ(Log(),
+              "DPSetDefaultPrinter: \r\nSetDefaultPrinter failed position 1\r\n"
+              "DPSetDefaultPrinter: Nowhere\r\n"
+              "NT4.0 SetDefaultPrinter failed PrinterName: Nowhere status: -1, err=0\r\n"
+              "DPSetDefaultPrinter: Portless\r\n"
+              "NT4.0 SetDefaultPrinter failed PrinterName: Portless status: -1, err=0\r\n");
+}
+
+TEST_F(PrinterSelectionTest, UsesAPrinterWithoutMakingItTheDefault) {
+    std::string message;
+    ASSERT_TRUE(selection.ApplyItem("3.papercopies").isApplied);
+    EXPECT_EQ(selection.UsePrinter("Label", message), 0);
+    EXPECT_EQ(selection.CurrentPrinter(), "Label");
+    EXPECT_EQ(selection.Ticket(), JobTicket());
+    EXPECT_EQ(spooler.DefaultPrinter(), "Office");
+    EXPECT_EQ(selection.UsePrinter("Nowhere", message), -1);
+    EXPECT_EQ(message, "There is no printer \"Nowhere\".");
+    EXPECT_EQ(selection.CurrentPrinter(), "Label");
+}
+
+TEST_F(PrinterSelectionTest, LoadsWhatItSaved) {
+    const std::string path = MakeSettings("label.prs");
+    const int pumps = loop.PumpCount();
+    EXPECT_EQ(Load(path), "0 ");
+    EXPECT_EQ(selection.CurrentPrinter(), "Label");
+    EXPECT_EQ(selection.Ticket().orientation, JobTicket::Orientation::kLandscape);
+    EXPECT_EQ(spooler.DefaultPrinter(), "Office");
+    EXPECT_GT(loop.PumpCount(), pumps);
+    EXPECT_EQ(Log(),
+              "Load Printer settings: " + path + "\r\nLoad Printer settings worked OK, devName:Label\r\n");
+}
+
+TEST_F(PrinterSelectionTest, FallsBackToTheDefaultPrinter) {
+    const std::string whole = MakeSettingsBytes();
+    std::string foreign = whole;
+    foreign.replace(4, 4, "Offi");
+    std::string longMode = whole;
+    WriteLittle32(longMode, 0, 0xFFFFFFFF);
+    std::string longNames = whole;
+    WriteLittle32(longNames, 4 + 172, 0xFFFFFFFE);
+    struct Case {
+        std::string path;
+        std::string log;
+    };
+    const std::vector<Case> cases = {
+        {folder.PathOf("none.prs"), "Load Printer settings failed INVALID_HANDLE_VALUE, dret: 1\r\n"},
+        {folder.Write("1.prs", foreign),
+         "Load Printer settings refused: The printer settings were made by another"},
+        {folder.Write("2.prs", longMode),
+         "Load Printer settings failed error at GlobalAlloc, dret: 1, len: 4294967295\r\n"},
+        {folder.Write("3.prs", longNames),
+         "Load Printer settings failed error at GlobalAlloc m_hDevNames, dret: 1\r\n"},
+        {folder.Write("4.prs", ""), "Load Printer settings refused: The printer settings file"},
+        {folder.Write("5.prs", whole.substr(0, 100)),
+         "Load Printer settings refused: The printer settings file"}};
+    for (const Case& bad : cases) {
+        std::string message;
+        ASSERT_EQ(selection.UsePrinter("Label", message), 0);
+        ASSERT_TRUE(selection.ApplyItem("2.papercopies").isApplied);
+        EXPECT_EQ(Load(bad.path).substr(0, 3), "-1 ");
+        EXPECT_EQ(selection.CurrentPrinter(), "Office") << bad.path;
+        EXPECT_EQ(selection.Ticket(), JobTicket()) << bad.path;
+        EXPECT_THAT(Log(), HasSubstr("CopyDefaultMfcPrinter() OK\r\n" + bad.log));
+    }
+}
+
+TEST_F(PrinterSelectionTest, LoadsAFileCutShortBehindItsDeviceModeWithoutAPrinter) {
+    const std::string whole = MakeSettingsBytes();
+    for (std::size_t size = 4 + 172; size < whole.size(); ++size) {
+        const std::string path = folder.Write("cut.prs", whole.substr(0, size));
+        EXPECT_EQ(Load(path).substr(0, 2), "0 ") << size;
+        EXPECT_EQ(selection.CurrentPrinter(), "") << size;
+        EXPECT_EQ(selection.Ticket().orientation, JobTicket::Orientation::kLandscape) << size;
+        EXPECT_EQ(selection.Setup().deviceNames, "") << size;
+    }
+    EXPECT_EQ(selection.ApplyItem(folder.PathOf("cut.prs")).status, "Printer set to: Office");
+}
+
+TEST_F(PrinterSelectionTest, SaysWhenThereIsNoPrinterAtAll) {
+    FakeSpooler none(files);
+    PrinterSelection empty{{none, files, loop, prompts, debugLog, options, Home()}};
+    std::string message;
+    EXPECT_EQ(empty.LoadPrinterSettings(folder.PathOf("none.prs"), message), -1);
+    EXPECT_EQ(prompts.statusTexts.back(), "printer not set...");
+    EXPECT_THAT(Log(), HasSubstr("INVALID_HANDLE_VALUE, dret: 0\r\n"));
+    EXPECT_EQ(empty.ApplyItem("2.papercopies").status, "Error Copies Not Set");
+    EXPECT_EQ(empty.KeepDefaultAtStart(), -1);
+    ASSERT_EQ(prompts.boxes.size(), 1U);
+    EXPECT_THAT(prompts.boxes[0].text, testing::StartsWith("ERROR! No default printer!\n\nNo printers are"));
+    EXPECT_THAT(Log(), HasSubstr("Printer not set! - No Access to printers or no printers installed!\r\n"));
+}
+
+TEST_F(PrinterSelectionTest, FindsTraysAsDriversListThem) {
+    BinInfo tray;
+    EXPECT_TRUE(selection.FindTray("Office", "Upper tray", tray));
+    EXPECT_EQ(tray.number, 258);
+    EXPECT_TRUE(selection.FindTray("Office", "123456789012345678901234", tray));
+    EXPECT_EQ(tray.number, 7);
+    for (const auto& [printer, name] :
+         {std::pair("Office", "upper tray"), std::pair("Office", "Upper"), std::pair("Nowhere", "Upper tray"),
+          std::pair("Office", ""), std::pair("Office", "1234567890123456789012345")}) {
+        EXPECT_FALSE(selection.FindTray(printer, name, tray)) << name;
+        EXPECT_EQ(tray.number, 0);
+        EXPECT_EQ(tray.name, "Unknown");
+    }
+    EXPECT_THAT(Log(), HasSubstr("Find Tray: Upper tray\nFind Tray: 258 - Found\n"));
+}
+
+TEST_F(PrinterSelectionTest, AppliesTrayFiles) {
+    const ItemResult result = selection.ApplyItem(folder.Write("upper.tra", "Upper tray"));
+    EXPECT_EQ(result.status, "Set Tray");
+    EXPECT_EQ(selection.Ticket().tray, 258);
+    EXPECT_EQ(selection.Ticket().trayName, "Upper tray");
+    for (const std::string& path :
+         {folder.Write("no.tra", "No tray"), folder.Write("long.TRA", "1234567890123456789012345"),
+          folder.PathOf("none.tra"), folder.Write("a.tray.pdf", "%PDF-1.4")}) {
+        const ItemResult failed = selection.ApplyItem(path);
+        EXPECT_FALSE(failed.isApplied) << path;
+        EXPECT_EQ(failed.status, "Error Tray Not Set");
+        EXPECT_NE(failed.message, "");
+        EXPECT_EQ(selection.Ticket().tray, 258);
+    }
+}
+
+TEST_F(PrinterSelectionTest, AppliesPaperItemsOneUponTheOther) {
+    for (const char* item : {"9.papersize", "landscape.paperorientation", "bw.papercolor", "5000.paperscale"})
+        EXPECT_TRUE(selection.ApplyItem(item).isApplied) << item;
+    EXPECT_EQ(selection.ApplyItem("0.papercopies").status, "Error Copies Not Set");
+    EXPECT_EQ(OptionsText(selection.Ticket(), ""),
+              "media=A4 color=monochrome orientation=landscape scale=100");
+    JobTicket written;
+    std::string message;
+    ASSERT_EQ(PortableSetupFormat().ReadTicket(selection.Setup().deviceMode, written, message), 0);
+    EXPECT_EQ(written, selection.Ticket());
+    EXPECT_TRUE(selection.ApplyItem("save.paperorientation").isApplied);
+    ASSERT_EQ(selection.DPSetDefaultPrinter("Label"), 0);
+    EXPECT_EQ(selection.Ticket(), JobTicket());
+    EXPECT_EQ(selection.ApplyItem("restore.paperorientation").status, "Set Orientation");
+    EXPECT_EQ(selection.Ticket().orientation, JobTicket::Orientation::kLandscape);
+}
+
+TEST_F(PrinterSelectionTest, TakesPrinterItemsAsFilesOrAsNames) {
+    const std::string settings = MakeSettingsBytes();
+    EXPECT_EQ(selection.ApplyItem(folder.Write("Office.printer", settings)).status, "Printer set to: Label");
+    EXPECT_EQ(spooler.DefaultPrinter(), "Office");
+    EXPECT_EQ(selection.ApplyItem("/nowhere/Label.printer").status, "Printer set to: Label");
+    EXPECT_EQ(spooler.DefaultPrinter(), "Label");
+    EXPECT_EQ(selection.ApplyItem(folder.Write("empty/Office.printer", "")).status, "Printer set to: Office");
+    EXPECT_EQ(spooler.DefaultPrinter(), "Office");
+    const ItemResult failed = selection.ApplyItem("Nowhere.printer");
+    EXPECT_FALSE(failed.isApplied);
+    EXPECT_TRUE(failed.status.starts_with("Error")) << failed.status;
+    EXPECT_THAT(failed.message, HasSubstr("Nowhere"));
+    EXPECT_TRUE(selection.ApplyItem("none.prs").status.starts_with("Error"));
+    EXPECT_THAT(Log(), HasSubstr("loading prs file: none.prs\r\n"));
+}
+
+TEST(PrinterSelection, TakesItsOwnItemsOnly) {
+    for (const char* path : {"a.prs", "a.printer", "a.tra", "a.TRA", "a.tra.old", "x.train.prs",
+                             "9.papersize", "x.paperorientation", "1.papercopies.txt"})
+        EXPECT_TRUE(PrinterSelection::TakesItem(path)) << path;
+    for (const char* path : {"a.PRS", "a.pro", "a.ppp", "a.bat", "a.vbs", "a.pdf", "", "a.printer.pdf"})
+        EXPECT_FALSE(PrinterSelection::TakesItem(path)) << path;
+}
+
+TEST_F(PrinterSelectionTest, BringsEverythingBackAfterARun) {
+    MakeSettings("label.prs");
+    ASSERT_TRUE(selection.ApplyItem("2.papercopies").isApplied);
+    const PrintSetup before = selection.Setup();
+    selection.SaveForRun();
+    EXPECT_EQ(selection.ChangeState(), PrinterChange::kNone);
+    EXPECT_TRUE(folder.Has("tmp_default.prs"));
+    PrsContent content;
+    std::string message;
+    EXPECT_EQ(ReadPrintSetup(files, folder.PathOf("temp.prs"), content, message), PrsReading::kWhole);
+    EXPECT_EQ(content.mode.bytes, before.deviceMode);
+
+    ASSERT_TRUE(selection.ApplyItem("Label.printer").isApplied);
+    ASSERT_TRUE(selection.ApplyItem("landscape.paperorientation").isApplied);
+    selection.RestoreAfterRun();
+    EXPECT_EQ(spooler.DefaultPrinter(), "Office");
+    EXPECT_EQ(selection.CurrentPrinter(), "Office");
+    EXPECT_EQ(selection.Setup(), before);
+    EXPECT_EQ(selection.Ticket().copies, 2);
+    EXPECT_EQ(selection.Ticket().orientation, JobTicket::Orientation::kUnset);
+    EXPECT_THAT(prompts.statusTexts, testing::Contains("Setting default printer: Office"));
+
+    // Nothing to be waited for when the default printer has stayed.
+    selection.SaveForRun();
+    const int waits = loop.WaitCount();
+    selection.RestoreAfterRun();
+    EXPECT_EQ(loop.WaitCount(), waits);
+}
+
+TEST_F(PrinterSelectionTest, BringsTheDefaultBackOnQuitWhenItIsAskedTo) {
+    EXPECT_EQ(selection.KeepDefaultAtStart(), 0);
+    EXPECT_TRUE(folder.Has("DefaultPrinter.prs"));
+    EXPECT_THAT(prompts.statusTexts, ElementsAre("Printer set to: Office"));
+    ASSERT_EQ(selection.DPSetDefaultPrinter("Label"), 0);
+    selection.RestoreOnQuit();
+    EXPECT_EQ(spooler.DefaultPrinter(), "Label");
+    options.m_defaultPrinterOnQuit = true;
+    selection.RestoreOnQuit();
+    EXPECT_EQ(spooler.DefaultPrinter(), "Office");
+}
+
+TEST_F(PrinterSelectionTest, AFullDiskCostsTheFilesOnly) {
+    files.FillDiskAfter(0);
+    EXPECT_EQ(selection.KeepDefaultAtStart(), 0);
+    selection.SaveForRun();
+    ASSERT_EQ(selection.DPSetDefaultPrinter("Label"), 0);
+    selection.RestoreAfterRun();
+    EXPECT_EQ(spooler.DefaultPrinter(), "Office");
+    EXPECT_FALSE(folder.Has("temp.prs"));
+    EXPECT_EQ(selection.SavePrinterSettings(folder.PathOf("a.prs")), -1);
+}
+
+}  // namespace
+}  // namespace quirepress
