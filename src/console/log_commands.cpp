@@ -1,4 +1,3 @@
-#include <memory>
 #include <nlohmann/json.hpp>
 
 #include "app/application.h"
@@ -48,11 +47,7 @@ void DefineLogCommands(CommandSet& commands) {
     log->require_subcommand(1);
     CLI::App* show = commands.Add(*log, "show", "Show the records of a log",
                                   {"qpr log show error", "qpr --json log show error"});
-    auto name = std::make_shared<std::string>();
-    show->add_option("NAME", *name, "The log: error")
-        ->required()
-        ->check(CLI::IsMember({"error"}))
-        ->type_name("");
+    show->add_option("NAME", "The log: error")->required()->check(CLI::IsMember({"error"}))->type_name("");
     commands.RunWith(show, [&context = commands.m_context] { return ShowLog(context); });
 }
 

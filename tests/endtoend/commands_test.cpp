@@ -101,6 +101,22 @@ TEST(QprCommands, SettingsAreShownSetUnsetAndRefused) {
 
 TEST(QprCommands, PrintersAreMadeListedAndRemoved) {
     QprProgram qpr;
+TEST(QprCommands, WhatWentWrongStandsInTheErrorLog) {
+    QprProgram qpr;
+    EXPECT_EQ(qpr.Run({"--json", "log", "show", "error"}).Json(), nlohmann::json::parse(R"({"records": []})"));
+    qpr.m_work.Write("odd.xyz", "no way for this");
+    EXPECT_EQ(qpr.Run({"--unattended", "print", "missing.ps", "odd.xyz"}).exitCode, 1);
+    const ProgramResult shown = qpr.Run({"--json", "log", "show", "error"});
+    EXPECT_EQ(shown.exitCode, 0) << shown.errors;
+    const nlohmann::json records = shown.Json()["records"];
+    ASSERT_EQ(records.size(), 2U) << shown.output;
+    EXPECT_EQ(records[0].size(), 6U);
+    EXPECT_EQ(records[0][2], "missing.ps");
+    EXPECT_EQ(records[0][4], "No File.");
+    EXPECT_EQ(records[0][5], "Quirepress");
+    EXPECT_THAT(qpr.Run({"log", "show", "error"}).output, HasSubstr("missing.ps"));
+}
+
     EXPECT_EQ(qpr.Run({"printers", "add", "Label", "--port", "null:"}).exitCode, 0);
     EXPECT_EQ(qpr.Run({"printers", "default", "Label"}).exitCode, 0);
     const nlohmann::json printers = qpr.Run({"--json", "printers"}).Json()["printers"];
