@@ -45,6 +45,12 @@ int AnswerParseEnd(Services& services, CLI::App& program, const CLI::ParseError&
     program.exit(end, out, errors);
     services.terminal->WriteOutput(out.str());
     if (end.get_exit_code() == 0) return kExitDone;
+    // The parser tells of what is missing before it tells of what stands in its place.
+    const bool isMissing = end.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError);
+    const std::vector<std::string> strange = program.remaining(true);
+    if (isMissing && !strange.empty())
+        services.terminal->WriteErrors("qpr: There is no command or option \"" +
+                                       ToPrintableLine(strange.front()) + "\".\n");
     services.terminal->WriteErrors("qpr: " + errors.str());
     return kExitUsage;
 }

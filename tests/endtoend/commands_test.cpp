@@ -24,6 +24,8 @@ TEST(QprCommands, WrongUsageExitsWithTwoAndHelpTellsWithExamples) {
         EXPECT_FALSE(result.errors.empty());
         EXPECT_TRUE(result.output.empty()) << result.output;
     }
+    EXPECT_THAT(qpr.RunBare({"nonsense"}).errors, HasSubstr("\"nonsense\""));
+    EXPECT_THAT(qpr.RunBare({"settings", "nonsense"}).errors, HasSubstr("\"nonsense\""));
     EXPECT_EQ(qpr.RunBare({"--version"}).output, "Quirepress 6.04\n");
     for (const char* command : {"print", "list", "pages", "settings", "printers", "queue", "log"}) {
         const ProgramResult help = qpr.RunBare({command, "--help"});
@@ -99,8 +101,6 @@ TEST(QprCommands, SettingsAreShownSetUnsetAndRefused) {
     EXPECT_THAT(qpr.m_home.Read("general_setup.ini"), HasSubstr("TEMPFOLDER;Scratch"));
 }
 
-TEST(QprCommands, PrintersAreMadeListedAndRemoved) {
-    QprProgram qpr;
 TEST(QprCommands, WhatWentWrongStandsInTheErrorLog) {
     QprProgram qpr;
     EXPECT_EQ(qpr.Run({"--json", "log", "show", "error"}).Json(), nlohmann::json::parse(R"({"records": []})"));
@@ -117,6 +117,8 @@ TEST(QprCommands, WhatWentWrongStandsInTheErrorLog) {
     EXPECT_THAT(qpr.Run({"log", "show", "error"}).output, HasSubstr("missing.ps"));
 }
 
+TEST(QprCommands, PrintersAreMadeListedAndRemoved) {
+    QprProgram qpr;
     EXPECT_EQ(qpr.Run({"printers", "add", "Label", "--port", "null:"}).exitCode, 0);
     EXPECT_EQ(qpr.Run({"printers", "default", "Label"}).exitCode, 0);
     const nlohmann::json printers = qpr.Run({"--json", "printers"}).Json()["printers"];
