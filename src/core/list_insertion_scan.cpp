@@ -25,11 +25,14 @@ int ListInsertion::ScanFolder(const std::string& folder, const std::string& mask
 
 void ListInsertion::VisitFolder(const std::string& folder, bool isInner, Scan& scan) {
     // Links may lead into a circle.
-    if (!scan.visited.insert(m_services.files.ResolvePath(folder)).second) return;
+    const std::string resolved = m_services.files.ResolvePath(folder);
+    if (!resolved.empty() && !scan.visited.insert(resolved).second) return;
     m_services.prompts.ShowStatus("Scanning directory: " + folder);
     m_services.debugLog.Trace("*** DoScanDir m_fname: %s, m_type: %s\r\n", folder, scan.mask);
     std::vector<FolderEntry> entries;
-    const FileResult result = m_services.files.ListFolder(folder, entries);
+    FileResult result = m_services.files.ListFolder(folder, entries);
+    // Too deep for the system to tell where it is: nothing would end a circle from here on.
+    if (result == FileResult::kDone && resolved.empty()) result = FileResult::kBadName;
     if (result != FileResult::kDone) {
         m_services.debugLog.Trace(isInner ? ".file error: %s\r\n" : "file error: %s\r\n", folder);
         InsertRefusal(folder, Format("Can't open folder: %s", DescribeFileResult(result)));

@@ -27,12 +27,12 @@ std::string StatusOf(const nlohmann::json& row) {
 }
 
 // A folder of 4,000 characters and more, made piece by piece as the system's calls allow.
-std::string MakeDeepFolder(const std::string& start) {
+std::string MakeDeepFolder(const std::string& start, int levels = 20) {
     std::string path = start;
     const std::string name(200, 'd');
     const int before = open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     EXPECT_EQ(chdir(start.c_str()), 0);
-    for (int i = 0; i < 20; ++i) {
+    for (int i = 0; i < levels; ++i) {
         EXPECT_EQ(mkdir(name.c_str(), 0777), 0);
         EXPECT_EQ(chdir(name.c_str()), 0);
         path += "/" + name;
@@ -84,6 +84,16 @@ TEST(QprHostile, PathsOfFourThousandCharactersPrint) {
 }
 
 TEST(QprHostile, AFullDiskIsSaidCostsTheRowAndLeavesNoHalfJob) {
+TEST(QprHostile, AFolderThatIsTooDeepToBeTakenInIsSaid) {
+    QprProgram qpr;
+    MakeDeepFolder(qpr.m_work.Path(), 22);
+    const ProgramResult result = qpr.Run({"--json", "list", qpr.m_work.Path()});
+    EXPECT_EQ(result.exitCode, 0) << result.errors;
+    const nlohmann::json rows = result.Json()["rows"];
+    ASSERT_EQ(rows.size(), 1U);
+    EXPECT_THAT(StatusOf(rows[0]), StartsWith("Error - Can't open folder"));
+}
+
     QprProgram qpr;
     const std::string disk = qpr.m_work.PathOf("disk");
     ASSERT_EQ(mkdir(disk.c_str(), 0777), 0);
