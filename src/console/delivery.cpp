@@ -17,8 +17,18 @@ namespace {
 
 constexpr int kLookEvery = 5;  // milliseconds
 
-std::string WaitingLine(const PrinterInfo& printer) {
+// What is known of the first job that something is known of.
+std::string JobTrouble(Spooler& spooler, const std::string& printer) {
+    std::vector<JobInfo> jobs;
+    spooler.ListJobs(printer, jobs);
+    for (const JobInfo& job : jobs)
+        if (!job.statusText.empty()) return Format("job %d: %s", job.id, job.statusText);
+    return {};
+}
+
+std::string WaitingLine(Spooler& spooler, const PrinterInfo& printer) {
     std::string why = printer.statusText;
+    if (why.empty()) why = JobTrouble(spooler, printer.name);
     if (why.empty()) why = PrinterStatusWord(printer.statusBits, 0);
     if (why.empty()) why = "it takes no more for the moment";
     return Format("%s keeps %u waiting: %s", printer.name, static_cast<std::uint64_t>(printer.jobs), why);
@@ -44,10 +54,11 @@ DeliveryReport DeliverJobs(Context& context, Application& application, ProgressL
         loop.Wait(kLookEvery);
     }
     std::vector<PrinterInfo> printers;
-    application.PrintSpooler().ListPrinters(printers);
+    Spooler& spooler = application.PrintSpooler();
+    spooler.ListPrinters(printers);
     for (const PrinterInfo& printer : printers) {
         report.jobsLeft += static_cast<int>(printer.jobs);
-        if (printer.jobs > 0) report.lines.push_back(WaitingLine(printer));
+        if (printer.jobs > 0) report.lines.push_back(WaitingLine(spooler, printer));
     }
     return report;
 }

@@ -64,29 +64,39 @@ std::string WithFullPath(Files& files, std::string item) {
     return JoinPath(files.ResolvePath("."), item);
 }
 
-// Puts the items into the list; false when the user has stopped it.
-bool LoadItems(Application& application, const RowOptions& row) {
+enum class Loading { kWhole, kIncomplete, kStopped };
+
+// Puts the items into the list. It is incomplete without an item that was refused with a message and has no
+// row.
+Loading LoadItems(Application& application, const RowOptions& row) {
     PrintList& list = application.List();
+    Loading loading = Loading::kWhole;
     for (const std::string& item : ShowSeparators(row.items)) {
         const int before = list.RowCount();
-        list.InsertFileIntoList(WithFullPath(*application.System().files, item), row.select, row.moveTo,
-                                row.texts);
+        const std::string path = WithFullPath(*application.System().files, item);
+        if (list.InsertFileIntoList(path, row.select, row.moveTo, row.texts) == 0)
+            loading = Loading::kIncomplete;
         for (int i = before; row.direct && i < list.RowCount(); ++i)
             list.SetText(i, kColumnPrintDirect, "Yes");
-        if (InterruptCount() > 0) return false;
+        if (InterruptCount() > 0) return Loading::kStopped;
     }
-    return true;
+    return loading;
+}
+
+int ExitCodeOf(Loading loading) {
+    if (loading == Loading::kStopped) return kExitStopped;
+    return loading == Loading::kWhole ? kExitDone : kExitNotAllDone;
 }
 
 int RunList(Context& context, const RowOptions& row) {
     Application* application = context.OpenApplication();
     if (application == nullptr) return kExitNotAllDone;
-    const bool isWhole = LoadItems(*application, row);
+    const Loading loading = LoadItems(*application, row);
     if (context.WantsJson())
         context.PrintJson({{"rows", RowsToJson(application->List())}});
     else
         context.Print(RenderRows(application->List(), context.OutputHasColours()));
-    return isWhole ? kExitDone : kExitStopped;
+    return ExitCodeOf(loading);
 }
 
 struct PrintOptions {
@@ -137,9 +147,8 @@ int ExitCodeOf(const RunSummary& summary) {
     return summary.failed + summary.skipped == 0 ? kExitDone : kExitNotAllDone;
 }
 
-void PrintSummary(Context& context, Application& application, const RunSummary& summary,
-                  const DeliveryReport& delivery) {
-    const std::string& printer = application.Run().Printer();
+void PrintSummary(Context& context, Application& application, const std::string& printer,
+                  const RunSummary& summary, const DeliveryReport& delivery) {
     if (context.WantsJson()) {
         context.PrintJson({{"printer", ToUtf8ForDisplay(printer)},
                            {"rows", RowsToJson(application.List())},
@@ -174,16 +183,19 @@ int RunPrint(Context& context, const PrintOptions& options) {
     }
     ProgressLine progress(*context.System().terminal, application->List(), context.ErrorsHaveColours());
     progress.Show("Loading the list ...");
-    const bool isWhole = LoadItems(*application, options.row);
+    const Loading loading = LoadItems(*application, options.row);
     progress.Clear();
-    if (!isWhole) return kExitStopped;
+    if (loading == Loading::kStopped) {
+        context.PrintResult(kExitStopped, "Stopped while the list was loading; nothing was printed.");
+        return kExitStopped;
+    }
     if (options.dryRun) {
         if (context.WantsJson())
             context.PrintJson(
                 {{"printer", ToUtf8ForDisplay(printer)}, {"rows", RowsToJson(application->List())}});
         else
             context.Print(RenderRows(application->List(), context.OutputHasColours()));
-        return kExitDone;
+        return ExitCodeOf(loading);
     }
     PrintRun& run = application->Run();
     const StopOnInterrupt stop(*context.System().loop, run);
@@ -193,8 +205,10 @@ int RunPrint(Context& context, const PrintOptions& options) {
     const RunSummary summary = run.OnButtonPrint();
     const DeliveryReport delivery = DeliverJobs(context, *application, progress);
     progress.Clear();
-    PrintSummary(context, *application, summary, delivery);
-    return delivery.wasStopped ? kExitStopped : ExitCodeOf(summary);
+    PrintSummary(context, *application, printer, summary, delivery);
+    if (delivery.wasStopped) return kExitStopped;
+    const int exitCode = ExitCodeOf(summary);
+    return exitCode == kExitDone ? ExitCodeOf(loading) : exitCode;
 }
 
 struct PagesOptions {
@@ -228,7 +242,10 @@ int RunPages(Context& context, const PagesOptions& options) {
             files.push_back({{"file", ToUtf8ForDisplay(file)}, {"pages", pages}, {"status", status}});
         else
             table.AddRow({std::to_string(pages), status, file}, pages < 0 ? Shade::kBad : Shade::kPlain);
-        if (InterruptCount() > 0) return kExitStopped;
+        if (InterruptCount() > 0) {
+            exitCode = kExitStopped;
+            break;
+        }
     }
     if (context.WantsJson())
         context.PrintJson({{"files", files}});

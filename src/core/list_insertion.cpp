@@ -62,6 +62,10 @@ int ListInsertion::Insert(const std::string& path) {
     return InsertRow(path, facts);
 }
 
+int ListInsertion::InsertInner(const std::string& path) {
+    return Insert(path) != 0 ? 1 : InsertRefusal(path, "Can't read job parameters file");
+}
+
 ColumnTexts ListInsertion::GivenTexts(std::string_view path) const {
     ColumnTexts columns;
     columns[kColumnFilename] = path;

@@ -26,6 +26,8 @@ private:
     class Container;
     struct Scan;
 
+    // For a path out of a folder or another file: what cannot be taken in gets a row that says so.
+    int InsertInner(const std::string& path);
     int InsertRow(const std::string& path, const FileFacts& facts);
     // An unticked row for what could not be taken in; `status` says why. Always 1.
     int InsertRefusal(const std::string& path, std::string_view status);

@@ -85,7 +85,7 @@ int ListInsertion::InsertArchive(const std::string& path) {
     const auto keepGoing = [this] { return m_list.KeepGoing(); };
     const ArchiveOutcome outcome = UnpackArchive(m_services.files, path, folder, ArchiveLimits(), keepGoing);
     for (const std::string& file : outcome.files)
-        if (m_list.KeepGoing()) Insert(file);
+        if (m_list.KeepGoing()) InsertInner(file);
     const std::string problem = DescribeOutcome(outcome);
     if (!problem.empty()) InsertRefusal(path, problem);
     if (outcome.files.empty()) m_services.files.Erase(folder);

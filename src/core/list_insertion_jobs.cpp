@@ -39,7 +39,7 @@ void ListInsertion::InsertJobLine(const std::string& line, const std::string& jo
             column = ReplaceAll(column, kReplicationPlaceholder, TitleWithoutExtension(job));
     if (columns.size() > kColumnFilename) columns[kColumnFilename] = PathInJob(columns[kColumnFilename], job);
     if (!isItem)
-        Insert(columns[kColumnFilename]);
+        InsertInner(columns[kColumnFilename]);
     else if (!columns.empty())
         InsertJobRow(columns);
 }

@@ -104,6 +104,32 @@ TEST(QprPrint, PausedPrintersKeepTheirJobsUntilTheyAreResumed) {
     EXPECT_THAT(qpr.OutputNames("Label"), ElementsAre("00000001-a.ps"));
 }
 
+TEST(QprPrint, AJobOfUnknownOutcomeIsNamedAndNeverSentAgainByItself) {
+    QprProgram qpr;
+    qpr.m_work.Write("a.ps", kTwoPages);
+    ASSERT_EQ(qpr.Run({"printers", "pause", "Quirepress"}).exitCode, 0);
+    ASSERT_EQ(qpr.Run({"print", "a.ps"}).exitCode, 0);
+    qpr.m_home.Write("Printers/Quirepress/Jobs/00000001.begun", "");
+    ASSERT_EQ(qpr.Run({"printers", "resume", "Quirepress"}).exitCode, 0);
+    const ProgramResult result = qpr.Run({"queue", "deliver"});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_THAT(result.output, HasSubstr("job 1: Unknown: "));
+    EXPECT_THAT(qpr.OutputNames(), IsEmpty());
+}
+
+TEST(QprPrint, WhatHasNoRowStillCountsAsNotDone) {
+    QprProgram qpr;
+    qpr.m_work.Write("a.ps", kTwoPages);
+    const ProgramResult result = qpr.Run({"--json", "print", "a.ps", "missing.job"});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.Json()["done"], 1);
+    EXPECT_THAT(result.errors, HasSubstr("missing.job"));
+    EXPECT_EQ(qpr.Run({"list", "missing.job"}).exitCode, 1);
+    const ProgramResult nothing = qpr.Run({"--json", "print", "missing.ps"});
+    EXPECT_EQ(nothing.exitCode, 1);
+    EXPECT_EQ(nothing.Json()["printer"], "Quirepress");
+}
+
 TEST(QprPrint, UnknownPrintersAndSpoolersExitWithThree) {
     QprProgram qpr;
     qpr.m_work.Write("a.ps", kTwoPages);

@@ -219,5 +219,13 @@ TEST_F(ListContainersTest, AJobThatCannotBeReadIsReported) {
     EXPECT_EQ(m_list.RowCount(), 0);
 }
 
+TEST_F(ListContainersTest, AJobInsideAFolderOrAJobThatCannotBeReadHasARow) {
+    m_folder.Write("in/a.txt", "x");
+    m_folder.Write("in/all.job", "none.aob\na.txt\n");
+    EXPECT_EQ(Insert(m_folder.PathOf("in")), 1);
+    EXPECT_THAT(Rows(), ElementsAre("Yes|a.txt|Ready.", "No|none.aob|Error - Can't read job parameters file",
+                                    "Yes|a.txt|Ready."));
+}
+
 }  // namespace
 }  // namespace quirepress
