@@ -49,8 +49,11 @@ int DefaultPrinter(Context& context, const std::string& name) {
     if (application == nullptr) return kExitNoPrinter;
     Spooler& spooler = application->PrintSpooler();
     if (!name.empty() && spooler.MakeDefaultPrinter(name) != 0) {
-        context.PrintResult(1, "There is no printer \"" + name + "\" that can be made the default.");
-        return kExitNoPrinter;
+        std::vector<JobInfo> jobs;
+        const bool exists = spooler.ListJobs(name, jobs) == 0;
+        context.PrintResult(
+            1, exists ? "The default printer can't be changed." : "There is no printer \"" + name + "\".");
+        return exists ? kExitNotAllDone : kExitNoPrinter;
     }
     const std::string printer = spooler.DefaultPrinter();
     context.PrintResult(0, printer);

@@ -46,7 +46,7 @@ int ShowSettings(Context& context, const SettingsRequest& request) {
         return kExitDone;
     }
     if (document->LoadResult() != kSettingsDone)
-        context.Complain(path + " is not there; these are the defaults");
+        context.Complain(path + " is not there, or can't be read; these are the defaults");
     Table table({{"Key"}, {"Value", false, 100}});
     for (const auto& [key, value] : document->Values()) table.AddRow({key, ToText(value)});
     context.Print(table.Render(context.OutputHasColours()));
