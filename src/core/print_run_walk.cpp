@@ -244,8 +244,10 @@ void RunWalk::UpdatePace() {
     const long long elapsed = m_services.loop.MonotonicMilliseconds() - m_startedAt;
     if (m_finishedPrints == 0 || elapsed <= 0) return;
     const long long left = std::max(0LL, m_plannedPrints - m_finishedPrints);
-    m_progress.documentsPerMinute = 60'000.0 * m_finishedPrints / static_cast<double>(elapsed);
-    m_progress.secondsLeft = elapsed * left / m_finishedPrints / 1000;
+    const double seconds = static_cast<double>(elapsed) / 1000.0;
+    m_progress.documentsPerMinute = 60.0 * static_cast<double>(m_finishedPrints) / seconds;
+    m_progress.secondsLeft = static_cast<std::int64_t>(seconds * static_cast<double>(left) /
+                                                       static_cast<double>(m_finishedPrints));
 }
 
 void RunWalk::ShowRowStatus(std::string_view status) {
