@@ -15,6 +15,7 @@
 namespace quirepress {
 namespace {
 
+using ::testing::AnyOf;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
@@ -83,7 +84,6 @@ TEST(QprHostile, PathsOfFourThousandCharactersPrint) {
     EXPECT_THAT(qpr.OutputNames(), ElementsAre("00000001-deep.ps"));
 }
 
-TEST(QprHostile, AFullDiskIsSaidCostsTheRowAndLeavesNoHalfJob) {
 TEST(QprHostile, AFolderThatIsTooDeepToBeTakenInIsSaid) {
     QprProgram qpr;
     MakeDeepFolder(qpr.m_work.Path(), 22);
@@ -94,6 +94,7 @@ TEST(QprHostile, AFolderThatIsTooDeepToBeTakenInIsSaid) {
     EXPECT_THAT(StatusOf(rows[0]), StartsWith("Error - Can't open folder"));
 }
 
+TEST(QprHostile, AFullDiskIsSaidCostsTheRowAndLeavesNoHalfJob) {
     QprProgram qpr;
     const std::string disk = qpr.m_work.PathOf("disk");
     ASSERT_EQ(mkdir(disk.c_str(), 0777), 0);
@@ -144,6 +145,21 @@ TEST(QprInterrupts, TheFirstCtrlCStopsInOrder) {
     EXPECT_EQ(StatusOf(rows[0]), "Done");
     EXPECT_EQ(StatusOf(rows[1]), "Ready");
     EXPECT_THAT(qpr.OutputNames(), ElementsAre("00000001-a.ps"));
+}
+
+// Two that arrive before anything can answer the first.
+TEST(QprInterrupts, TheSecondEndsAtOnce) {
+    QprProgram qpr;
+    qpr.m_work.Write("a.ps", kOnePage);
+    ASSERT_EQ(qpr.Run({"settings", "set", "general", "PAUSE1AFTER", "50"}).exitCode, 0);
+    const auto process =
+        qpr.Start({"--home", qpr.m_home.Path(), "--spooler", "embedded", "print", "a.ps", "a.ps"});
+    WaitForFirstOutput(qpr);
+    for (const int signal : {SIGSTOP, SIGINT, SIGTERM, SIGCONT})
+        kill(static_cast<pid_t>(process->Id()), signal);
+    const ProgramResult result = qpr.Finish(*process);
+    EXPECT_THAT(result.exitCode, AnyOf(128 + SIGINT, 128 + SIGTERM)) << result.errors;
+    EXPECT_THAT(result.output, IsEmpty());
 }
 
 }  // namespace
