@@ -1,18 +1,12 @@
 #pragma once
 
-#include "platform/event_loop.h"
-#include "platform/pump_work.h"
+#include "platform/pumped_event_loop.h"
 
 namespace quirepress {
 
 // An event loop in virtual time: a wait jumps from one due timer to the next and takes no real time.
-class FakeEventLoop : public EventLoop {
+class FakeEventLoop : public PumpedEventLoop {
 public:
-    void StartTimer(int id, int milliseconds, std::function<void()> handler) override;
-    void StopTimer(int id) override;
-    int AddPumpTask(std::function<bool()> task) override;
-    void RemovePumpTask(int handle) override;
-    void Pump() override;
     void Wait(int milliseconds) override;
     long long MonotonicMilliseconds() override { return m_now; }
 
@@ -24,15 +18,17 @@ public:
     int WaitCount() const { return m_waitCount; }
     int PumpCount() const { return m_pumpCount; }
 
-private:
-    bool RunPass();
+protected:
+    void DispatchSystemEvents() override { ++m_pumpCount; }
+    // A pass that is wanted soon takes a moment, too.
+    void SleepUnlessWoken(long long milliseconds) override { m_now += milliseconds > 0 ? milliseconds : 1; }
+    int CountInterrupts() const override { return m_interrupts; }
 
+private:
     long long m_now = 1'000;
-    PumpWork m_work{[this] { return m_now; }};
     int m_waitCount = 0;
     int m_pumpCount = 0;
     int m_interrupts = 0;
-    int m_interruptsSeen = 0;
 };
 
 }  // namespace quirepress
