@@ -124,7 +124,7 @@ int ListInsertion::InsertRow(const std::string& path, const FileFacts& facts) {
     const ItemKind kind = KindOfItem(path);
     const bool isFile = kind == ItemKind::kDocument || kind == ItemKind::kCommand;
     const bool isPrintable = facts.readable && facts.size > 0;
-    const int pages = isPrintable ? m_list.m_pages.CountPages(path) : -1;
+    const int pages = facts.readable ? m_list.m_pages.CountPages(path) : -1;
     const std::string pagesText = pages >= 0 ? Format("%5.5d", pages) : "Unknown";
     const std::string status = isFile                         ? StatusOf(path, facts)
                                : kind == ItemKind::kSeparator ? "Separator"

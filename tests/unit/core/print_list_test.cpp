@@ -117,12 +117,15 @@ TEST_F(PrintListTest, CountsTheKindsThatHaveACounter) {
     Insert(m_folder.Write("e.Pdf", MakePdf(12)));
     Insert(m_folder.Write("f.pDF", MakePdf(12)));
     Insert(m_folder.Write("g.pdf", "no count"));
+    Insert(m_folder.Write("h.ps", ""));
+    Insert(m_folder.Write("i.pdf", ""));
     std::vector<std::string> pages;
     for (int row = 0; row < m_list.RowCount(); ++row) pages.push_back(TextOf(row, kColumnPages));
-    EXPECT_THAT(pages, ElementsAre("00003", "00003", "Unknown", "00001", "00012", "Unknown", "Unknown"));
+    EXPECT_THAT(pages, ElementsAre("00003", "00003", "Unknown", "00001", "00012", "Unknown", "Unknown",
+                                   "00000", "Unknown"));
     m_options.m_noPdfPages = true;
     Insert(m_folder.PathOf("a.ps"));
-    EXPECT_EQ(TextOf(7, kColumnPages), "Unknown");
+    EXPECT_EQ(TextOf(9, kColumnPages), "Unknown");
 }
 
 class OneAddon : public AddonCounter {
