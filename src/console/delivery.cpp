@@ -68,10 +68,10 @@ std::string OutputFolderOf(Application& application, const std::string& printer)
     std::vector<PrinterInfo> printers;
     if (application.Administration() != nullptr) application.PrintSpooler().ListPrinters(printers);
     for (const PrinterInfo& info : printers) {
-        if (info.name != printer || !StartsWith(info.port, kFolderPort)) continue;
+        if (info.name != printer || info.jobs > 0 || !StartsWith(info.port, kFolderPort)) continue;
         const std::string folder = info.port.substr(kFolderPort.size());
-        return folder.empty() ? JoinPath(JoinPath(application.PathOf("Printers"), printer), "Output")
-                              : folder;
+        if (folder.empty()) return JoinPath(JoinPath(application.PathOf("Printers"), printer), "Output");
+        return IsAbsolutePath(folder) ? folder : application.PathOf(folder);
     }
     return {};
 }

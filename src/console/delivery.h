@@ -19,7 +19,8 @@ struct DeliveryReport {
 // that wait for a printer. Nothing to do for a print system with a server of its own.
 DeliveryReport DeliverJobs(Context& context, Application& application, ProgressLine& progress);
 
-// The folder into which a printer of the embedded spooler puts its jobs; empty for any other printer.
+// The folder into which a printer of the embedded spooler has put all its jobs; empty for any other printer,
+// and while jobs wait.
 std::string OutputFolderOf(Application& application, const std::string& printer);
 
 }  // namespace quirepress

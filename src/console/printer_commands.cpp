@@ -181,9 +181,11 @@ void DefineAdministration(CommandSet& commands, CLI::App* printers) {
                     "folder:[DIR], socket://HOST[:PORT], lpd://HOST[:PORT]/QUEUE or null: (default folder:)")
         ->type_name("PORT");
     commands.RunWith(add, [name, port, &context] {
-        return Administer(context, [&](PrinterAdministration& administration, std::string& message) {
+        const auto create = [&](PrinterAdministration& administration, std::string& message) {
             return administration.CreatePrinterQueue(*name, *port, message);
-        });
+        };
+        const int exitCode = Administer(context, create);
+        return exitCode == kExitNoPrinter ? kExitNotAllDone : exitCode;  // there is one already
     });
     define("remove", "Remove a printer of the embedded spooler", &PrinterAdministration::RemovePrinterQueue);
     define("pause", "Keep the jobs of a printer in its queue", &PrinterAdministration::PausePrinterQueue);

@@ -103,7 +103,8 @@ TEST(QprCommands, SettingsAreShownSetUnsetAndRefused) {
 
 TEST(QprCommands, WhatWentWrongStandsInTheErrorLog) {
     QprProgram qpr;
-    EXPECT_EQ(qpr.Run({"--json", "log", "show", "error"}).Json(), nlohmann::json::parse(R"({"records": []})"));
+    EXPECT_EQ(qpr.Run({"--json", "log", "show", "error"}).Json(),
+              nlohmann::json::parse(R"({"records": []})"));
     qpr.m_work.Write("odd.xyz", "no way for this");
     EXPECT_EQ(qpr.Run({"--unattended", "print", "missing.ps", "odd.xyz"}).exitCode, 1);
     const ProgramResult shown = qpr.Run({"--json", "log", "show", "error"});
@@ -120,6 +121,7 @@ TEST(QprCommands, WhatWentWrongStandsInTheErrorLog) {
 TEST(QprCommands, PrintersAreMadeListedAndRemoved) {
     QprProgram qpr;
     EXPECT_EQ(qpr.Run({"printers", "add", "Label", "--port", "null:"}).exitCode, 0);
+    EXPECT_EQ(qpr.Run({"printers", "add", "Label", "--port", "null:"}).exitCode, 1);
     EXPECT_EQ(qpr.Run({"printers", "default", "Label"}).exitCode, 0);
     const nlohmann::json printers = qpr.Run({"--json", "printers"}).Json()["printers"];
     ASSERT_EQ(printers.size(), 2U);

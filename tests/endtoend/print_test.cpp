@@ -10,9 +10,11 @@
 namespace quirepress {
 namespace {
 
+using ::testing::AllOf;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
+using ::testing::Not;
 using ::testing::StartsWith;
 
 constexpr const char* kTwoPages = "%!PS-Adobe-3.0\n%%Pages: 2\nshowpage showpage\n";
@@ -115,6 +117,18 @@ TEST(QprPrint, AJobOfUnknownOutcomeIsNamedAndNeverSentAgainByItself) {
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_THAT(result.output, HasSubstr("job 1: Unknown: "));
     EXPECT_THAT(qpr.OutputNames(), IsEmpty());
+}
+
+TEST(QprPrint, SaysWhereTheOutputLiesWhenItIsThere) {
+    QprProgram qpr;
+    qpr.m_work.Write("a.ps", kTwoPages);
+    ASSERT_EQ(qpr.Run({"printers", "add", "Archive", "--port", "folder:kept"}).exitCode, 0);
+    const std::string output = qpr.Run({"print", "--printer", "Archive", "a.ps"}).output;
+    EXPECT_THAT(output, AllOf(HasSubstr("The output lies in "), HasSubstr("kept\n")));
+    EXPECT_THAT(output, Not(HasSubstr("The output lies in kept"))) << "it is told as a whole path";
+    EXPECT_EQ(qpr.m_home.Read("kept/00000001-a.ps"), kTwoPages);
+    ASSERT_EQ(qpr.Run({"printers", "pause", "Archive"}).exitCode, 0);
+    EXPECT_THAT(qpr.Run({"print", "--printer", "Archive", "a.ps"}).output, Not(HasSubstr("lies in")));
 }
 
 TEST(QprPrint, WhatHasNoRowStillCountsAsNotDone) {
