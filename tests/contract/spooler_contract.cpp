@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "contract/spooler_stage.h"
+#include "fakes/both_kinds.h"
 #include "fakes/fake_spooler.h"
 #include "fakes/temporary_folder.h"
 #include "platform/clock.h"
@@ -18,7 +19,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class FakeStage : public SpoolerStage {
+class FakeStage : public OwnPrintersStage {
 public:
     FakeStage() {
         m_spooler.PutPrinter("First");
@@ -37,7 +38,7 @@ private:
     FakeSpooler m_spooler{*m_services.files};
 };
 
-class EmbeddedStage : public SpoolerStage {
+class EmbeddedStage : public OwnPrintersStage {
 public:
     EmbeddedStage() {
         std::string message;
@@ -99,53 +100,27 @@ protected:
     }
 
     Spooler& System() { return m_stage->System(); }
-    PrinterAdministration& Administration() { return m_stage->Administration(); }
-    void MakePaused(std::string_view printer) {
-        std::string message;
-        ASSERT_EQ(Administration().CreatePrinterQueue(printer, "null:", message), 0) << message;
-        ASSERT_EQ(Administration().PausePrinterQueue(printer, message), 0) << message;
+    void MakePaused(const std::string& printer) {
+        m_stage->MakePrinter(printer);
+        m_stage->PausePrinter(printer);
     }
 
     std::unique_ptr<SpoolerStage> m_stage = GetParam().make();
-    std::string m_message;
 };
 
-TEST_P(SpoolerContract, PrintersAreMadeListedChosenAndRemoved) {
+TEST_P(SpoolerContract, PrintersAreListedAndChosen) {
     EXPECT_THAT(Printers(), ElementsAre("First"));
     EXPECT_EQ(System().DefaultPrinter(), "First");
-    EXPECT_EQ(Administration().CreatePrinterQueue("Second one", "socket://localhost", m_message), 0);
-    EXPECT_EQ(Administration().CreatePrinterQueue("Second one", "null:", m_message), 2);
-    EXPECT_FALSE(m_message.empty());
-    EXPECT_THAT(Printers(), ElementsAre("First", "Second one"));
-    EXPECT_EQ(Printer("Second one").port, "socket://localhost");
-    EXPECT_EQ(System().MakeDefaultPrinter("Second one"), 0);
+    m_stage->MakePrinter("Second");
+    EXPECT_THAT(Printers(), ElementsAre("First", "Second"));
+    EXPECT_EQ(System().MakeDefaultPrinter("Second"), 0);
     EXPECT_EQ(System().MakeDefaultPrinter("Nobody"), -1);
-    EXPECT_EQ(System().DefaultPrinter(), "Second one");
-    EXPECT_TRUE(Printer("Second one").isDefault);
+    EXPECT_EQ(System().DefaultPrinter(), "Second");
+    EXPECT_TRUE(Printer("Second").isDefault);
     EXPECT_FALSE(Printer("First").isDefault);
-    EXPECT_EQ(Administration().RemovePrinterQueue("Second one", m_message), 0);
-    EXPECT_EQ(Administration().RemovePrinterQueue("Second one", m_message), 2);
+    m_stage->RemovePrinter("Second");
     EXPECT_THAT(Printers(), ElementsAre("First"));
     EXPECT_EQ(System().DefaultPrinter(), "");
-}
-
-TEST_P(SpoolerContract, NamesAndPortsThatCanNotBeAreRefused) {
-    const std::string tooLong(101, 'x');
-    for (const std::string& name :
-         {std::string(), std::string("."), std::string(".."), std::string("a/b"), std::string("a\\b"),
-          std::string("a\nb"), std::string("a\0b", 3), tooLong}) {
-        m_message.clear();
-        EXPECT_EQ(Administration().CreatePrinterQueue(name, "null:", m_message), 1) << name;
-        EXPECT_TRUE(m_message.ends_with(".")) << m_message;
-    }
-    for (const std::string port :
-         {"", "lpt1:", "folder", "socket://", "socket://host:0", "socket://host:65536", "socket://host:x",
-          "socket://:9100", "null:x", "folder:/a;b"}) {
-        m_message.clear();
-        EXPECT_EQ(Administration().CreatePrinterQueue("Good", port, m_message), 1) << port;
-        EXPECT_TRUE(m_message.ends_with(".")) << m_message;
-    }
-    EXPECT_EQ(Administration().CreatePrinterQueue(std::string(100, 'x'), "null:", m_message), 0) << m_message;
 }
 
 TEST_P(SpoolerContract, WhatAsksForAPrinterThatIsNotThereFails) {
@@ -163,9 +138,6 @@ TEST_P(SpoolerContract, WhatAsksForAPrinterThatIsNotThereFails) {
     EXPECT_EQ(System().ListBins("Nobody", bins), -1);
     EXPECT_EQ(System().ChangeJobPriority("Nobody", 1, 5), -1);
     EXPECT_EQ(System().CancelJob("Nobody", 1), -1);
-    EXPECT_EQ(Administration().PausePrinterQueue("Nobody", m_message), 2);
-    EXPECT_EQ(Administration().ResumePrinterQueue("Nobody", m_message), 2);
-    EXPECT_EQ(Administration().RestartJob("Nobody", 1, m_message), 2);
 }
 
 TEST_P(SpoolerContract, ARawDocumentIsAJobFromItsStartToItsDelivery) {
@@ -175,27 +147,46 @@ TEST_P(SpoolerContract, ARawDocumentIsAJobFromItsStartToItsDelivery) {
     EXPECT_EQ(error, 0);
     EXPECT_EQ(raw->JobId(), 0);
     ASSERT_EQ(raw->StartDocument({"/docs/a;b%\n.ps", 1}), 0);
-    EXPECT_GT(raw->JobId(), 0);
+    EXPECT_EQ(raw->JobId() > 0, m_stage->ShowsOpenDocuments());
     EXPECT_EQ(raw->StartDocument({"again", 1}), -1);
     EXPECT_EQ(raw->WriteChunk("12345", 5), 0);
     m_stage->Deliver();
-    std::vector<JobInfo> jobs;
-    ASSERT_EQ(System().ListJobs("First", jobs), 0);
-    ASSERT_EQ(jobs.size(), 1U);
-    EXPECT_EQ(jobs[0].document, "/docs/a;b%\n.ps");
-    EXPECT_EQ(jobs[0].id, raw->JobId());
-    EXPECT_EQ(jobs[0].statusBits, job_status::kSpooling);
-    EXPECT_EQ(jobs[0].priority, 1);
-    EXPECT_EQ(jobs[0].position, 1);
-    EXPECT_EQ(jobs[0].printer, "First");
-    EXPECT_NE(jobs[0].submitted, LocalTime());
-    EXPECT_FALSE(jobs[0].user.empty());
-    EXPECT_EQ(Printer("First").jobs, 1U);
+    if (m_stage->ShowsOpenDocuments()) {
+        std::vector<JobInfo> jobs;
+        ASSERT_EQ(System().ListJobs("First", jobs), 0);
+        ASSERT_EQ(jobs.size(), 1U);
+        EXPECT_EQ(jobs[0].id, raw->JobId());
+        EXPECT_EQ(jobs[0].statusBits, job_status::kSpooling);
+        EXPECT_EQ(Printer("First").jobs, 1U);
+    } else {
+        EXPECT_THAT(Documents("First"), IsEmpty());
+    }
     EXPECT_EQ(raw->Finish(), 0);
     EXPECT_EQ(raw->Finish(), -1);
     EXPECT_EQ(raw->WriteChunk("6", 1), -1);
+    EXPECT_GT(raw->JobId(), 0);
     m_stage->Deliver();
     EXPECT_THAT(Documents("First"), IsEmpty());
+}
+
+TEST_P(SpoolerContract, AJobIsDescribed) {
+    MakePaused("Paused");
+    const std::string name = "/docs/a;b%\n.ps";
+    const std::int64_t id = Spool("Paused", name, "12345");
+    std::vector<JobInfo> jobs;
+    ASSERT_EQ(System().ListJobs("Paused", jobs), 0);
+    ASSERT_EQ(jobs.size(), 1U);
+    EXPECT_EQ(jobs[0].id, id);
+    EXPECT_EQ(jobs[0].document, m_stage->ShownName(name));
+    EXPECT_GE(jobs[0].priority, 1);
+    EXPECT_LT(jobs[0].priority, 99);
+    EXPECT_EQ(jobs[0].position, 1);
+    EXPECT_EQ(jobs[0].printer, "Paused");
+    EXPECT_NE(jobs[0].submitted, LocalTime());
+    EXPECT_FALSE(jobs[0].user.empty());
+    EXPECT_GE(jobs[0].size, 5);
+    EXPECT_LT(jobs[0].size, 5 + m_stage->SizeUnit());
+    EXPECT_EQ(Printer("Paused").jobs, 1U);
 }
 
 TEST_P(SpoolerContract, ADocumentThatIsNotFinishedLeavesNoJob) {
@@ -223,6 +214,7 @@ TEST_P(SpoolerContract, PausedPrintersKeepTheirJobsInOrder) {
     m_stage->Deliver();
     EXPECT_THAT(Documents("Paused"), ElementsAre("a", "b", "c"));
     EXPECT_EQ(System().ChangeJobPriority("Paused", c, 99), 0);
+    EXPECT_EQ(System().ChangeJobPriority("Paused", a, 1), 0);
     EXPECT_EQ(System().ChangeJobPriority("Paused", b, 2), 0);
     EXPECT_EQ(System().ChangeJobPriority("Paused", b, 2), 0);
     EXPECT_EQ(System().ChangeJobPriority("Paused", b, 0), -1);
@@ -234,17 +226,42 @@ TEST_P(SpoolerContract, PausedPrintersKeepTheirJobsInOrder) {
     System().ListJobs("Paused", jobs);
     EXPECT_EQ(jobs[0].priority, 99);
     EXPECT_EQ(jobs[2].position, 3);
-    EXPECT_EQ(jobs[1].size, 5);
     EXPECT_EQ(System().CancelJob("Paused", b), 0);
     EXPECT_EQ(System().CancelJob("Paused", b), -1);
     EXPECT_THAT(Documents("Paused"), ElementsAre("c", "a"));
-    EXPECT_EQ(Administration().RestartJob("Paused", b, m_message), -1);
-    EXPECT_EQ(Administration().RestartJob("Paused", a, m_message), 0);
-    EXPECT_EQ(Administration().RemovePrinterQueue("Paused", m_message), -1);
-    EXPECT_EQ(Administration().ResumePrinterQueue("Paused", m_message), 0);
+    m_stage->ResumePrinter("Paused");
     m_stage->Deliver();
     EXPECT_THAT(Documents("Paused"), IsEmpty());
     EXPECT_GT(Spool("Paused", "d"), c);
+}
+
+TEST_P(SpoolerContract, PrintSetupsComeBackAsTheyWereWritten) {
+    std::vector<PrinterInfo> printers;
+    ASSERT_EQ(System().ListPrinters(printers), 0);
+    ASSERT_FALSE(printers.empty());
+    PrintSetupFormat& format = System().SetupFormat();
+    JobTicket ticket;
+    ticket.orientation = JobTicket::Orientation::kLandscape;
+    ticket.copies = 3;
+    ticket.paperSize = 9;
+    PrintSetup setup;
+    std::string message;
+    ASSERT_EQ(format.WriteSetup(printers[0], ticket, setup, message), 0) << message;
+    DeviceNames names;
+    ASSERT_EQ(format.ReadNames(setup.deviceNames, names, message), 0) << message;
+    EXPECT_EQ(names.device, printers[0].name);
+    EXPECT_EQ(names.port, printers[0].port);
+    JobTicket read;
+    ASSERT_EQ(format.ReadTicket(setup.deviceMode, read, message), 0) << message;
+    EXPECT_EQ(read.orientation, ticket.orientation);
+    EXPECT_EQ(read.copies, 3);
+    EXPECT_EQ(read.paperSize, 9);
+    read.copies = 4;
+    ASSERT_EQ(format.ChangeTicket(setup.deviceMode, read, message), 0) << message;
+    ASSERT_EQ(format.ReadTicket(setup.deviceMode, ticket, message), 0) << message;
+    EXPECT_EQ(ticket, read);
+    EXPECT_EQ(format.ReadTicket(std::string(40, '?'), ticket, message), -1);
+    EXPECT_EQ(format.ReadNames("?", names, message), -1);
 }
 
 TEST_P(SpoolerContract, WholeFilesAreHandedOver) {
@@ -255,27 +272,101 @@ TEST_P(SpoolerContract, WholeFilesAreHandedOver) {
     const std::int64_t id = System().PrintDocument("Paused", document, {document, 1}, error);
     EXPECT_GT(id, 0);
     EXPECT_EQ(error, 0);
-    EXPECT_GT(System().PrintDocument("Paused", empty, {empty, 1}, error), id);
+    const std::int64_t emptyId = System().PrintDocument("Paused", empty, {empty, 1}, error);
+    EXPECT_EQ(emptyId > id, m_stage->KeepsEmptyDocuments());
+    EXPECT_EQ(emptyId == kDocumentRefused, !m_stage->KeepsEmptyDocuments());
     EXPECT_EQ(System().PrintDocument("Paused", document + "x", {document, 1}, error), -1);
     EXPECT_NE(error, 0);
     std::vector<JobInfo> jobs;
     System().ListJobs("Paused", jobs);
-    ASSERT_EQ(jobs.size(), 2U);
-    EXPECT_EQ(jobs[0].size, 300'000);
+    ASSERT_EQ(jobs.size(), m_stage->KeepsEmptyDocuments() ? 2U : 1U);
+    EXPECT_GE(jobs[0].size, 300'000);
+    EXPECT_LT(jobs[0].size, 300'000 + m_stage->SizeUnit());
     EXPECT_EQ(jobs[0].document, document);
-    EXPECT_EQ(jobs[1].size, 0);
+    EXPECT_EQ(jobs.back().size == 0, m_stage->KeepsEmptyDocuments());
 }
 
-INSTANTIATE_TEST_SUITE_P(Spoolers, SpoolerContract,
-                         testing::Values(SpoolerStageMaker{"Fake",
-                                                           []() -> std::unique_ptr<SpoolerStage> {
-                                                               return std::make_unique<FakeStage>();
-                                                           }},
-                                         SpoolerStageMaker{"Embedded",
-                                                           []() -> std::unique_ptr<SpoolerStage> {
-                                                               return std::make_unique<EmbeddedStage>();
-                                                           }}),
+template <class Stage>
+std::unique_ptr<SpoolerStage> MakeStage() {
+    return std::make_unique<Stage>();
+}
+
+std::vector<SpoolerStageMaker> AllStages() {
+    std::vector<SpoolerStageMaker> stages = SystemSpoolerStages();
+    stages.push_back({"Fake", MakeStage<FakeStage>});
+    stages.push_back({"Embedded", MakeStage<EmbeddedStage>});
+    return stages;
+}
+
+INSTANTIATE_TEST_SUITE_P(Spoolers, SpoolerContract, testing::ValuesIn(AllStages()),
                          [](const auto& test) { return std::string(test.param.name); });
+
+// The operations on printers of our own; true: the fake.
+class OwnPrintersContract : public testing::TestWithParam<bool> {
+protected:
+    OwnPrintersContract() {
+        if (GetParam())
+            m_stage = std::make_unique<FakeStage>();
+        else
+            m_stage = std::make_unique<EmbeddedStage>();
+    }
+    PrinterAdministration& Administration() { return m_stage->Administration(); }
+
+    std::vector<PrinterInfo> Printers() {
+        std::vector<PrinterInfo> printers;
+        EXPECT_EQ(m_stage->System().ListPrinters(printers), 0);
+        return printers;
+    }
+
+    std::unique_ptr<OwnPrintersStage> m_stage;
+    std::string m_message;
+};
+
+TEST_P(OwnPrintersContract, PrintersAreMadeAndRemoved) {
+    EXPECT_EQ(Administration().CreatePrinterQueue("Second one", "socket://localhost", m_message), 0);
+    EXPECT_EQ(Administration().CreatePrinterQueue("Second one", "null:", m_message), 2);
+    EXPECT_FALSE(m_message.empty());
+    ASSERT_EQ(Printers().size(), 2U);
+    EXPECT_EQ(Printers()[1].port, "socket://localhost");
+    EXPECT_EQ(Administration().RemovePrinterQueue("Second one", m_message), 0);
+    EXPECT_EQ(Administration().RemovePrinterQueue("Second one", m_message), 2);
+    EXPECT_EQ(Administration().PausePrinterQueue("Nobody", m_message), 2);
+    EXPECT_EQ(Administration().ResumePrinterQueue("Nobody", m_message), 2);
+    EXPECT_EQ(Administration().RestartJob("Nobody", 1, m_message), 2);
+}
+
+TEST_P(OwnPrintersContract, NamesAndPortsThatCanNotBeAreRefused) {
+    const std::string tooLong(101, 'x');
+    for (const std::string& name :
+         {std::string(), std::string("."), std::string(".."), std::string("a/b"), std::string("a\\b"),
+          std::string("a\nb"), std::string("a\0b", 3), tooLong}) {
+        m_message.clear();
+        EXPECT_EQ(Administration().CreatePrinterQueue(name, "null:", m_message), 1) << name;
+        EXPECT_TRUE(m_message.ends_with(".")) << m_message;
+    }
+    for (const std::string port :
+         {"", "lpt1:", "folder", "socket://", "socket://host:0", "socket://host:65536", "socket://host:x",
+          "socket://:9100", "null:x", "folder:/a;b"}) {
+        m_message.clear();
+        EXPECT_EQ(Administration().CreatePrinterQueue("Good", port, m_message), 1) << port;
+        EXPECT_TRUE(m_message.ends_with(".")) << m_message;
+    }
+    EXPECT_EQ(Administration().CreatePrinterQueue(std::string(100, 'x'), "null:", m_message), 0) << m_message;
+}
+
+TEST_P(OwnPrintersContract, AQueueWithJobsStays) {
+    m_stage->MakePrinter("Paused");
+    m_stage->PausePrinter("Paused");
+    int error = 0;
+    const auto raw = m_stage->System().OpenRawPrinter("Paused", error);
+    ASSERT_EQ(raw->StartDocument({"a", 1}), 0);
+    ASSERT_EQ(raw->Finish(), 0);
+    EXPECT_EQ(Administration().RestartJob("Paused", raw->JobId() + 1, m_message), -1);
+    EXPECT_EQ(Administration().RestartJob("Paused", raw->JobId(), m_message), 0);
+    EXPECT_EQ(Administration().RemovePrinterQueue("Paused", m_message), -1);
+}
+
+INSTANTIATE_TEST_SUITE_P(Spoolers, OwnPrintersContract, testing::Bool(), NameOfKind);
 
 }  // namespace
 }  // namespace quirepress
