@@ -145,15 +145,20 @@ std::string ToUtf8ForDisplay(std::string_view text) {
 std::string ToPrintableLine(std::string_view text) {
     constexpr std::string_view kHex = "0123456789ABCDEF";
     std::string result;
-    for (const char c : ToUtf8ForDisplay(text)) {
-        const unsigned byte = static_cast<unsigned char>(c);
+    const std::string shown = ToUtf8ForDisplay(text);
+    for (std::size_t i = 0; i < shown.size(); ++i) {
+        const char c = shown[i];
+        unsigned byte = static_cast<unsigned char>(c);
+        // The controls from U+0080 on, which terminals obey as they do escape sequences.
+        const bool isHighControl = byte == 0xC2 && static_cast<unsigned char>(shown[i + 1]) < 0xA0;
+        if (isHighControl) byte = static_cast<unsigned char>(shown[++i]);
         if (c == '\n') {
             result += "\\n";
         } else if (c == '\r') {
             result += "\\r";
         } else if (c == '\t') {
             result += "\\t";
-        } else if (byte < 0x20 || byte == 0x7F) {
+        } else if (byte < 0x20 || byte == 0x7F || isHighControl) {
             result += "\\x";
             result += kHex[byte >> 4U];
             result += kHex[byte & 0xFU];

@@ -59,6 +59,13 @@ TEST(TextTest, ShowsEveryByte) {
         EXPECT_TRUE(IsValidUtf8(ToUtf8ForDisplay(std::string(1, static_cast<char>(byte)) + "(")));
     EXPECT_EQ(ToPrintableLine("a\r\nb\tc\x1B[31m\x7F"), "a\\r\\nb\\tc\\x1B[31m\\x7F");
     EXPECT_EQ(ToPrintableLine(std::string_view("\0\xE4", 2)), "\\x00\xC3\xA4");
+    EXPECT_EQ(ToPrintableLine("\xC2\x9B"
+                              "2J\xC2\xA0\xC2\xA9"),
+              "\\x9B2J\xC2\xA0\xC2\xA9");
+    EXPECT_EQ(ToPrintableLine("\x90"
+                              "x"),
+              "\\x90x")
+        << "left open by the code page";
 }
 
 }  // namespace
