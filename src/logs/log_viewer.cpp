@@ -24,13 +24,16 @@ const ViewedLog* FindViewedLog(std::string_view name) {
     return nullptr;
 }
 
+std::string ReadFailureText(const ViewedLog& log, std::string_view path) {
+    const bool isErrorLog = std::string_view(log.fileName) == kErrorLogName;
+    return "Can't open " + (isErrorLog ? log.fileName : "'" + std::string(path) + "'") + " for reading";
+}
+
 int LoadLog(Files& files, Prompts& prompts, std::string_view workingFolder, const ViewedLog& log,
             std::vector<std::vector<std::string>>& records) {
     const std::string path = std::string(workingFolder) + log.fileName;
     if (ReadRecords(files, path, log.layout(), records) == 0) return 0;
-    const bool isErrorLog = std::string_view(log.fileName) == kErrorLogName;
-    const std::string name = isErrorLog ? log.fileName : "'" + path + "'";
-    prompts.ShowBox(kLogErrorTitle, "Can't open " + name + " for reading");
+    prompts.ShowBox(kLogErrorTitle, ReadFailureText(log, path));
     return -1;
 }
 

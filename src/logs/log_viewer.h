@@ -21,6 +21,9 @@ struct ViewedLog {
 const std::vector<ViewedLog>& ViewedLogs();
 const ViewedLog* FindViewedLog(std::string_view name);  // null when there is none of that name
 
+// What is said when the log, which lies at `path`, cannot be read.
+std::string ReadFailureText(const ViewedLog& log, std::string_view path);
+
 // Reads every record. 0, or -1, said to the user.
 int LoadLog(Files& files, Prompts& prompts, std::string_view workingFolder, const ViewedLog& log,
             std::vector<std::vector<std::string>>& records);
