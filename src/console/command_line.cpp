@@ -91,6 +91,7 @@ int RunConsole(Services& services, std::vector<std::string> arguments) {
     DefinePrintCommands(commands);
     DefinePrinterCommands(commands);
     DefineSetupCommands(commands);
+    DefineBalanceCommands(commands);
     DefineSettingsCommands(commands);
     DefineLogCommands(commands);
     DefineInternalCommands(commands);

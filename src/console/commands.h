@@ -28,6 +28,8 @@ void DefinePrintCommands(CommandSet& commands);  // print, list, pages
 void DefineSettingsCommands(CommandSet& commands);
 void DefinePrinterCommands(CommandSet& commands);  // printers, queue
 void DefineSetupCommands(CommandSet& commands);    // prs, tray
+void DefineBalanceCommands(CommandSet& commands);
+void DefineQueueVerdict(CommandSet& commands, CLI::App& queue);  // queue verdict
 void DefineLogCommands(CommandSet& commands);
 void DefineInternalCommands(CommandSet& commands);  // reference, pdf-worker: not shown in the help
 

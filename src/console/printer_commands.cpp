@@ -226,6 +226,7 @@ void DefineQueue(CommandSet& commands) {
     CLI::App* deliver = commands.Add(*queue, "deliver", "Deliver what the embedded spooler's queues hold",
                                      {"qpr queue deliver"});
     commands.RunWith(deliver, [&context] { return DeliverQueue(context); });
+    DefineQueueVerdict(commands, *queue);
 }
 
 }  // namespace

@@ -84,7 +84,9 @@ CLI::App* DefineVerb(CommandSet& commands, CLI::App* settings, const char* verb,
                      const std::vector<std::string>& examples,
                      const std::shared_ptr<SettingsRequest>& request) {
     CLI::App* command = commands.Add(*settings, verb, description, examples);
-    command->add_option("NAME", request->name, "The settings file: general or misc")
+    std::string names;
+    for (const std::string& name : SettingsNames()) names += (names.empty() ? "" : ", ") + name;
+    command->add_option("NAME", request->name, "The settings file: " + names)
         ->required()
         ->check(CLI::IsMember(SettingsNames()))
         ->type_name("");
