@@ -200,7 +200,7 @@ TEST_F(PrinterBalanceTest, JobsThatLeaveUnseenGiveTheirRoomBack) {
 
 // A thousand documents over ten printers, jobs leaving at random, listed late or not.
 TEST_F(PrinterBalanceTest, NoPrinterGetsAboveItsLimitAndEachKeepsTheOrder) {
-    for (const unsigned seed : {1U, 2U, 3U, 4U, 5U, 6U}) {
+    for (const unsigned seed : {1U, 2U, 3U, 4U}) {
         std::mt19937 random(seed);
         const auto below = [&](int end) { return static_cast<int>(random() % static_cast<unsigned>(end)); };
         m_options.m_roundRobin = seed % 2 == 0;
