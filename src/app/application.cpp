@@ -1,9 +1,13 @@
 #include "app/application.h"
 
+#include "backends/balance.h"
 #include "backends/direct_print.h"
+#include "backends/printer_selection.h"
+#include "backends/queue_watch.h"
 #include "base/path.h"
 #include "core/print_list.h"
 #include "core/print_run.h"
+#include "core/run_snapshot.h"
 #include "documents/pdf_counter.h"
 #include "documents/pdf_worker.h"
 #include "logs/debug_log.h"

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "platform/services.h"
+#include "settings/balance_options.h"
 #include "settings/general_options.h"
 #include "settings/settings_file.h"
 
@@ -21,7 +22,11 @@ class PdfLibrary;
 class PrinterAdministration;
 class PrintList;
 class PrintRun;
+class PrinterBalance;
+class PrinterSelection;
 class Prompts;
+class QueueWatch;
+class RunSnapshot;
 class Spooler;
 
 // The folder that a program works in: `named`, else $QUIREPRESS_HOME, else the user's own. It is made when
@@ -73,8 +78,17 @@ public:
     PrinterAdministration* Administration();  // null when the spooler has tools of its own
     DeliveryProgress Delivery();
     PrintRun& Run() { return *m_run; }
+    PrinterSelection& Selection() { return *m_selection; }
+    QueueWatch& Watch() { return *m_watch; }
+    PrinterBalance& Balance() { return *m_balance; }
+    const BalanceOptions& BalancedPrinters() const { return m_balanceOptions; }
+    RunSnapshot& Snapshot() { return *m_snapshot; }
 
 private:
+    void OpenCups(bool wasNamed, std::string& message);
+    void OpenEmbedded(std::string& message);
+    void MakeRun();
+
     Services& m_services;
     ApplicationRequest m_request;
     std::unique_ptr<ErrorLog> m_errorLog;
@@ -88,6 +102,11 @@ private:
     std::unique_ptr<Spooler> m_spooler;
     EmbeddedSpooler* m_embedded = nullptr;
     std::unique_ptr<DirectPrinter> m_directPrinter;
+    BalanceOptions m_balanceOptions;
+    std::unique_ptr<PrinterSelection> m_selection;
+    std::unique_ptr<QueueWatch> m_watch;
+    std::unique_ptr<PrinterBalance> m_balance;
+    std::unique_ptr<RunSnapshot> m_snapshot;
     std::unique_ptr<PrintRun> m_run;
 };
 

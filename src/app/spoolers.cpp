@@ -1,11 +1,16 @@
 #include "app/application.h"
+#include "backends/balance.h"
 #include "backends/direct_print.h"
+#include "backends/printer_selection.h"
+#include "backends/queue_watch.h"
 #include "core/print_list.h"
 #include "core/print_run.h"
+#include "core/run_snapshot.h"
 #include "documents/pdf_counter.h"
 #include "logs/debug_log.h"
 #include "logs/error_log.h"
 #include "platform/clock.h"
+#include "platform/cups/open_cups_spooler.h"
 #include "platform/embedded/embedded_spooler.h"
 #include "platform/event_loop.h"
 #include "platform/files.h"
@@ -24,23 +29,45 @@ int Application::OpenSpooler(std::string_view name, bool& wasNamed, std::string&
     std::string chosen(name);
     if (chosen.empty() && !m_services.machine->ReadEnvironment("QUIREPRESS_SPOOLER", chosen)) chosen.clear();
     wasNamed = !chosen.empty();
-    if (chosen.empty()) chosen = "embedded";
-    if (chosen != "embedded") {
-        message = "There is no print spooler \"" + chosen + "\" here; \"embedded\" is one.";
+    if (chosen == "cups" || !wasNamed) OpenCups(wasNamed, message);
+    if (chosen == "embedded" || (!wasNamed && !m_spooler)) OpenEmbedded(message);
+    if (!m_spooler) {
+        if (message.empty())
+            message = "There is no print spooler \"" + chosen + "\" here; \"embedded\" is one.";
         return -1;
     }
+    MakeRun();
+    return 0;
+}
+
+void Application::MakeRun() {
+    Files& files = *m_services.files;
+    EventLoop& loop = *m_services.loop;
+    LoadBalanceOptions(m_balanceOptions, Settings());
+    m_directPrinter = std::make_unique<DirectPrinter>(*m_spooler, files, loop, *m_debugLog);
+    m_selection = std::make_unique<PrinterSelection>(PrinterSelectionServices{
+        *m_spooler, files, loop, *m_prompts, *m_debugLog, m_options, m_request.workingFolder});
+    m_watch = std::make_unique<QueueWatch>(*m_spooler, files, *m_prompts, *m_debugLog, m_options);
+    m_balance = std::make_unique<PrinterBalance>(*m_spooler, loop, *m_prompts, *m_debugLog, m_balanceOptions);
+    m_snapshot = std::make_unique<RunSnapshot>(files, m_request.workingFolder);
+    m_run = std::make_unique<PrintRun>(PrintRunServices{
+        *m_list, *m_spooler, *m_directPrinter, files, loop, *m_prompts, *m_debugLog, *m_errorLog,
+        *m_selection, *m_watch, *m_balance, *m_snapshot, m_options, m_balanceOptions});
+}
+
+// Unless it was named, only one that is ready to print.
+void Application::OpenCups(bool wasNamed, std::string& message) {
+    m_spooler = OpenCupsSpooler(*m_services.files, *m_services.loop, *m_services.clock,
+                                wasNamed ? CupsNeed::kServer : CupsNeed::kPrinterAtOnce, message);
+}
+
+void Application::OpenEmbedded(std::string& message) {
     auto embedded =
         std::make_unique<EmbeddedSpooler>(*m_services.files, *m_services.loop, *m_services.network,
                                           *m_services.clock, *m_services.machine, m_request.workingFolder);
-    if (embedded->Open(message) != 0) return -1;
+    if (embedded->Open(message) != 0) return;
     m_embedded = embedded.get();
     m_spooler = std::move(embedded);
-    m_directPrinter =
-        std::make_unique<DirectPrinter>(*m_spooler, *m_services.files, *m_services.loop, *m_debugLog);
-    m_run = std::make_unique<PrintRun>(PrintRunServices{*m_list, *m_spooler, *m_directPrinter,
-                                                        *m_services.files, *m_services.loop, *m_prompts,
-                                                        *m_debugLog, *m_errorLog, m_options});
-    return 0;
 }
 
 PrinterAdministration* Application::Administration() {

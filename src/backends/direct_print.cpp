@@ -81,6 +81,7 @@ int DirectPrinter::PrintExtPS(std::string_view printer, std::string_view path, c
     }
     DocumentInfo document;
     document.name = path;
+    document.priority = m_priority;
     if (raw->StartDocument(document) != 0) {
         outcome.systemError = raw->SystemError();
         m_debugLog.Trace("Can't start doc; err = %d\r\n", outcome.systemError);
@@ -88,7 +89,10 @@ int DirectPrinter::PrintExtPS(std::string_view printer, std::string_view path, c
     }
     outcome.jobId = raw->JobId();
     if (SendFile(*raw, path, progress, outcome)) {
-        outcome.accepted = raw->Finish() == 0;
+        const int finished = raw->Finish();
+        outcome.accepted = finished == 0;
+        outcome.isUnknown = finished > 0;
+        outcome.jobId = raw->JobId();
         if (!outcome.accepted) outcome.systemError = raw->SystemError();
     }
     m_debugLog.Trace("PrintExtPS: %s, Done: %d\r\n", path, 0);

@@ -32,6 +32,7 @@ struct DirectOutcome {
     bool sourceWhole = true;  // false: not opened, not read to its end, or of another size at the end
     bool stopped = false;     // the caller did not want to go on; there is no job
     bool accepted = false;    // the spooler has the job and keeps it
+    bool isUnknown = false;   // nobody can tell whether it does
     int systemError = 0;      // of the spooler's last failure
 };
 
@@ -45,6 +46,7 @@ public:
 
     // The printer of the last printer settings file; replaces the caller's while it is not empty.
     void UsePrinter(std::string_view printer) { m_currentPrinter = printer; }
+    void UsePriority(int priority) { m_priority = priority; }  // 1 to 99; 0: the print system's own
 
     // 0 when the document could be started, -1 when the printer could not be opened, -2 when the document
     // could not be started. A chunk that fails does not change the result, and the job is closed all the
@@ -64,6 +66,7 @@ private:
     EventLoop& m_loop;
     DebugLog& m_debugLog;
     std::string m_currentPrinter;
+    int m_priority = 0;
 };
 
 // The warning that a set-up shows when its files are to go directly to the printer; empty when `fileTypes`

@@ -3,9 +3,13 @@
 #include <algorithm>
 #include <limits>
 
+#include "backends/printer_selection.h"
+#include "backends/queue_watch.h"
+#include "base/format.h"
 #include "core/print_list.h"
 #include "core/print_run_walk.h"
 #include "core/print_run_ways.h"
+#include "core/run_snapshot.h"
 #include "logs/debug_log.h"
 #include "logs/error_log.h"
 #include "platform/event_loop.h"
@@ -18,11 +22,21 @@ namespace quirepress {
 namespace {
 
 constexpr int kMonitorTimer = 2;
+constexpr int kQueuePollMilliseconds = 250;
 
 RunSummary EndedEarly(RunSummary::End end) {
     RunSummary summary;
     summary.end = end;
     return summary;
+}
+
+void PutRowsBack(PrintList& list, const CutOffRun& cutOff) {
+    list.Clear();
+    for (const CutOffRun::Row& row : cutOff.rows) {
+        ColumnTexts texts;
+        std::copy(row.texts.begin(), row.texts.end(), texts.begin());
+        list.AppendRow(texts, row.mark);
+    }
 }
 
 }  // namespace
@@ -31,36 +45,101 @@ PrintRun::PrintRun(PrintRunServices services) : m_services(services), m_ways(Mak
 PrintRun::~PrintRun() = default;
 
 RunSummary PrintRun::OnButtonPrint() {
+    return RunAlone(nullptr);
+}
+
+RunSummary PrintRun::FinishCutOffRun(const CutOffRun& cutOff) {
+    return RunAlone(&cutOff);
+}
+
+RunSummary PrintRun::RunAlone(const CutOffRun* cutOff) {
     if (m_isRunning) return EndedEarly(RunSummary::End::kRefused);
     m_isRunning = true;
     m_stop = false;
-    const RunSummary summary = RunList();
+    if (cutOff != nullptr) PutRowsBack(m_services.list, *cutOff);
+    const RunSummary summary = RunList(cutOff);
     m_isRunning = false;
     return summary;
 }
 
-RunSummary PrintRun::RunList() {
-    DebugLog& debugLog = m_services.debugLog;
+RunSummary PrintRun::RunList(const CutOffRun* cutOff) {
     m_services.loop.StopTimer(kMonitorTimer);
-    debugLog.Trace("KillTimer(2) 5\r\n");
+    m_services.debugLog.Trace("KillTimer(2) 5\r\n");
     if (!HasWork()) return EndedEarly(RunSummary::End::kNothingToPrint);
-    m_services.list.RefreshListStatus();
-    debugLog.Trace("Items set to ready, OK? %d\r\n", 1);
-    m_services.prompts.ShowStatus("Starting");
-    if (!CheckPrinterIsValid()) return EndedEarly(RunSummary::End::kNoPrinter);
-    const int passes = CountPasses();
-    debugLog.Trace("Start printing.\r\n");
-    debugLog.Trace("OnButtonPrint() copies: %d\r\n", passes);
-    debugLog.Trace("OnButtonPrint() printer: %s\r\n", m_printer);
-
-    RunObserver nobody;
-    RunWalk walk(m_services,
-                 {m_ways, m_observer != nullptr ? *m_observer : nobody, m_stop, m_printer, passes});
-    const RunSummary summary = walk.WalkList();
-    if (m_services.options.m_removeItem) RemoveDoneRows(passes);
+    if (cutOff == nullptr) m_services.list.RefreshListStatus();
+    m_services.debugLog.Trace("Items set to ready, OK? %d\r\n", 1);
+    m_services.selection.UseStop([this] { return m_stop; });
+    m_services.selection.SaveForRun();
+    const RunSummary summary = WalkWithPrinter(cutOff);
+    m_services.selection.UseStop([] { return false; });
+    m_services.selection.RestoreAfterRun();
     if (summary.end == RunSummary::End::kStopped)
         m_services.prompts.ShowStatus("Printing stopped && Monitor stopped");
     return summary;
+}
+
+RunSummary PrintRun::WalkWithPrinter(const CutOffRun* cutOff) {
+    m_printer = cutOff != nullptr && m_chosenPrinter.empty() ? cutOff->printer : m_chosenPrinter;
+    if (m_printer.empty()) m_printer = m_services.spooler.DefaultPrinter();
+    const int passes = cutOff != nullptr ? cutOff->copies : CountPasses();
+    CreateSnapshot(cutOff, passes);
+    m_services.prompts.ShowStatus("Starting");
+    const RunSummary::End obstacle = PreparePrinter();
+    if (obstacle != RunSummary::End::kFinished) {
+        // What a cut-off run has left stays for the next attempt.
+        if (cutOff == nullptr) m_services.snapshot.Remove();
+        return EndedEarly(obstacle);
+    }
+    DebugLog& debugLog = m_services.debugLog;
+    debugLog.Trace("Start printing.\r\n");
+    debugLog.Trace("OnButtonPrint() copies: %d\r\n", passes);
+    debugLog.Trace("OnButtonPrint() printer: %s\r\n", m_printer);
+    m_services.watch.BeginRun();
+
+    RunObserver nobody;
+    RunWalk walk(m_services, {m_ways, m_observer != nullptr ? *m_observer : nobody, m_stop, passes,
+                              m_isBalanced, cutOff});
+    const RunSummary summary = walk.WalkList();
+    m_services.snapshot.Remove();
+    if (m_services.options.m_removeItem) RemoveDoneRows(passes);
+    return summary;
+}
+
+void PrintRun::CreateSnapshot(const CutOffRun* cutOff, int passes) {
+    // A run that was taken up again may be cut off again.
+    const bool isWanted = m_services.options.m_snapshotRestore || cutOff != nullptr;
+    m_services.debugLog.Trace("Create Snapshot restore?, %d\r\n", isWanted);
+    if (!isWanted) return;
+    m_services.debugLog.Trace("Creating snapshot restore\r\n");
+    const int copy = cutOff != nullptr ? cutOff->copy : 1;
+    if (!m_services.snapshot.Create(m_services.list, m_printer, passes, copy))
+        m_services.prompts.ShowBox("Print Error!", kSnapshotFailed);
+}
+
+// kFinished when nothing is in the way.
+RunSummary::End PrintRun::PreparePrinter() {
+    if (!CheckPrinterIsValid()) return RunSummary::End::kNoPrinter;
+    std::string message;
+    if (m_services.selection.UsePrinter(m_printer, message) != 0) {
+        m_services.prompts.ShowBox("Print Error!", message);
+        return RunSummary::End::kNoPrinter;
+    }
+    return AwaitEmptyQueue() ? RunSummary::End::kFinished : RunSummary::End::kStopped;
+}
+
+// False when Stop ended the waiting. A queue that cannot be read holds nothing up.
+bool PrintRun::AwaitEmptyQueue() {
+    const bool isWanted = m_services.options.m_waitSpoolClearBeforePrint;
+    m_services.debugLog.Trace("waitSpoolQueueClearBeforePrint? %d\r\n", isWanted);
+    if (!isWanted) return true;
+    for (;;) {
+        const int count = m_services.watch.QueueCount(m_printer);
+        if (count <= 0) return true;
+        m_services.prompts.ShowStatus(
+            Format("Waiting for %d job(s) on printer:%s to clear", count, m_printer));
+        m_services.loop.Wait(kQueuePollMilliseconds);
+        if (m_stop) return false;
+    }
 }
 
 bool PrintRun::HasWork() {
@@ -79,10 +158,8 @@ bool PrintRun::HasWork() {
 
 // An unknown printer ends the run before a row is touched: nothing could come out.
 bool PrintRun::CheckPrinterIsValid() {
-    Spooler& spooler = m_services.spooler;
-    m_printer = m_chosenPrinter.empty() ? spooler.DefaultPrinter() : m_chosenPrinter;
     std::vector<PrinterInfo> printers;
-    spooler.ListPrinters(printers);
+    m_services.spooler.ListPrinters(printers);
     const auto isChosen = [this](const PrinterInfo& printer) { return printer.name == m_printer; };
     if (!m_printer.empty() && std::any_of(printers.begin(), printers.end(), isChosen)) {
         m_services.debugLog.Trace("checkPrinterIsValid OK - Printer available: %s\r\n", m_printer);

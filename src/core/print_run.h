@@ -16,9 +16,15 @@ class ErrorLog;
 class EventLoop;
 class Files;
 class PrintList;
+class PrinterBalance;
+class PrinterSelection;
 class Prompts;
+class QueueWatch;
+class RunSnapshot;
 class RunWay;
 class Spooler;
+struct BalanceOptions;
+struct CutOffRun;
 struct GeneralOptions;
 
 // How far a run is; passed on after each change.
@@ -61,7 +67,12 @@ struct PrintRunServices {
     Prompts& prompts;
     DebugLog& debugLog;
     ErrorLog& errorLog;
+    PrinterSelection& selection;
+    QueueWatch& watch;
+    PrinterBalance& balance;
+    RunSnapshot& snapshot;
     const GeneralOptions& options;
+    const BalanceOptions& balanceOptions;
 };
 
 // Walks the list from top to bottom and hands each ticked row to the cheapest way that works.
@@ -74,18 +85,28 @@ public:
     void UsePrinter(std::string_view printer) { m_chosenPrinter = printer; }  // empty: the default one
     const std::string& Printer() const { return m_printer; }  // of the last run, or the one at work
     void SetCopies(int copies) { m_copies = copies; }         // 0: as the options say
+    // Spreads the documents over the balanced printers; else only those of rows that name some.
+    void UseBalancing(bool isOn) { m_isBalanced = isOn; }
 
     // One run over the whole list. A run inside a run is refused. May pump.
     RunSummary OnButtonPrint();
+    // Takes up a run that was cut off: its rows replace the list's. What was finished is not printed again;
+    // nor is the row that was at work, whose status then says that its outcome is not known. May pump.
+    RunSummary FinishCutOffRun(const CutOffRun& cutOff);
 
     // Orderly: the document at work is finished or taken back whole. Nothing when no run is on.
     void Stop() { m_stop = m_isRunning; }
     bool IsRunning() const { return m_isRunning; }
 
 private:
-    RunSummary RunList();
+    RunSummary RunAlone(const CutOffRun* cutOff);
+    RunSummary RunList(const CutOffRun* cutOff);
+    RunSummary WalkWithPrinter(const CutOffRun* cutOff);
     bool HasWork();
+    void CreateSnapshot(const CutOffRun* cutOff, int passes);
+    RunSummary::End PreparePrinter();
     bool CheckPrinterIsValid();
+    bool AwaitEmptyQueue();
     int CountPasses() const;
     void RemoveDoneRows(int passes);
 
@@ -95,6 +116,7 @@ private:
     std::string m_chosenPrinter;
     std::string m_printer;
     int m_copies = 0;
+    bool m_isBalanced = false;
     bool m_stop = false;
     bool m_isRunning = false;
 };

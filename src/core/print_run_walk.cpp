@@ -2,9 +2,12 @@
 
 #include <algorithm>
 
+#include "backends/balance.h"
+#include "backends/printer_selection.h"
 #include "base/format.h"
 #include "core/print_list.h"
 #include "core/print_run_source.h"
+#include "core/run_snapshot.h"
 #include "logs/debug_log.h"
 #include "logs/error_log.h"
 #include "platform/event_loop.h"
@@ -26,11 +29,17 @@ RowOutcome OutcomeOf(const WayResult& result) {
 }  // namespace
 
 RunWalk::RunWalk(PrintRunServices services, WalkRequest request)
-    : m_services(services), m_request(std::move(request)) {}
+    : m_services(services),
+      m_request(std::move(request)),
+      m_jobWait(services.watch, services.loop, services.debugLog, services.options) {}
 
 RunSummary RunWalk::WalkList() {
     PrintList& list = m_services.list;
-    ForgetEarlierRuns();
+    if (m_request.cutOff == nullptr)
+        ForgetEarlierRuns();
+    else
+        TakeUpCutOffRun(*m_request.cutOff);
+    CountPlannedPrints();
     m_startedAt = m_services.loop.MonotonicMilliseconds();
     m_progress.copies = m_request.passes;
     m_request.observer.OnRunStarted(list.RowCount(), m_request.passes);
@@ -47,12 +56,32 @@ RunSummary RunWalk::WalkList() {
 }
 
 void RunWalk::ForgetEarlierRuns() {
-    int ticked = 0;
-    for (int row = 0; row < m_services.list.RowCount(); ++row) {
-        m_services.list.MarkOf(row) = {};
-        if (IsTicked(row)) ++ticked;
+    for (int row = 0; row < m_services.list.RowCount(); ++row) m_services.list.MarkOf(row) = {};
+}
+
+void RunWalk::TakeUpCutOffRun(const CutOffRun& cutOff) {
+    PrintList& list = m_services.list;
+    m_progress.copy = cutOff.copy - 1;
+    for (int row = 0; row < list.RowCount(); ++row) {
+        RunMark& mark = list.MarkOf(row);
+        if (row == cutOff.rowAtWork) {
+            list.SetText(row, kColumnStatus, kStatusUnknown);
+            mark.pass = cutOff.copy;
+            mark.outcome = RowOutcome::kFailed;
+            RecordError(std::string(list.Text(row, kColumnFilename)), std::string(kStatusUnknown));
+        }
+        CountRows(mark.outcome, 1);
+        // The printer, its tray and its paper are those that the rows above have set.
+        const std::string path(list.Text(row, kColumnFilename));
+        const bool isInForce =
+            IsTicked(row) && mark.pass == cutOff.copy && KindOfItem(path) == ItemKind::kCommand;
+        if (isInForce && PrinterSelection::TakesItem(path)) m_services.selection.ApplyItem(path);
     }
-    m_plannedPrints = static_cast<long long>(ticked) * m_request.passes;
+}
+
+void RunWalk::CountPlannedPrints() {
+    for (int row = 0; row < m_services.list.RowCount(); ++row)
+        if (IsTicked(row)) m_plannedPrints += m_request.passes - m_services.list.MarkOf(row).pass;
 }
 
 bool RunWalk::WalkOnce() {
@@ -110,13 +139,19 @@ RunItem RunWalk::ItemOfRow(int row) const {
     RunItem item;
     item.path = text(kColumnFilename);
     item.kind = KindOfItem(item.path);
-    item.printer = m_request.printer;
+    item.printer = Printer();
+    item.ticket = m_services.selection.Ticket();
     item.pages = text(kColumnPages);
     item.printDirect = text(kColumnPrintDirect);
     item.processingParameters = text(kColumnProcessingParameters);
     item.addonParameters = text(kColumnAddonParameters);
     item.extraOptions = text(kColumnExtraOptions);
     return item;
+}
+
+std::string RunWalk::Printer() const {
+    const std::string& current = m_services.selection.CurrentPrinter();
+    return current.empty() ? m_services.selection.DefaultPrinter() : current;
 }
 
 void RunWalk::ProcessRow() {
@@ -148,10 +183,12 @@ void RunWalk::PrintRow(const RunItem& item, const WayResult& obstacle) {
             ShowRowStatus(m_statusBefore);
             return;
         }
-        result = AttemptRow(item);
+        if (!m_services.snapshot.NoteBegun(m_services.list, m_progress.row, m_progress.copy))
+            TellSnapshotFailed();
+        result = AttemptBalanced(item);
         if (MayRetry(item, result) && KeepGoing()) {
             ShowRowStatus("Retrying...");
-            result = AttemptRow(item);
+            result = AttemptBalanced(item);
         }
     }
     ++m_finishedPrints;
@@ -169,6 +206,30 @@ WayResult RunWalk::FindPagesObstacle(const RunItem& item) {
     return result;
 }
 
+// A row that names balanced printers goes to one of them even in a run without balancing.
+WayResult RunWalk::AttemptBalanced(RunItem item) {
+    const std::string allowed(m_services.list.Text(m_progress.row, kColumnBalancedPrinters));
+    if (item.kind == ItemKind::kCommand || !(m_request.isBalanced || !allowed.empty()))
+        return AttemptRow(item);
+    m_services.debugLog.Trace("Load balancing\r\n");
+    const BalanceChoice choice =
+        m_services.balance.Choose(ParseBalancedPrinters(allowed, m_services.balanceOptions));
+    std::string message;
+    if (UseBalancedPrinter(choice, m_services.selection, m_services.prompts, message) != 0) {
+        WayResult result;
+        result.status = "Error - Can't Print - the balanced printer can't be used";
+        result.remark = "Can't Print - " + message;
+        result.canRetry = true;
+        return result;
+    }
+    item.printer = Printer();
+    item.ticket = m_services.selection.Ticket();
+    if (FindRowAtWork()) m_services.list.SetText(m_progress.row, kColumnBalancedPrinterUsed, item.printer);
+    WayResult result = AttemptRow(item);
+    if (result.end == WayResult::End::kPrinted) m_services.balance.NoteSent(choice, result.jobId);
+    return result;
+}
+
 WayResult RunWalk::AttemptRow(const RunItem& item) {
     // It may have vanished in a pause or since the attempt before.
     WayResult result = FindSourceObstacle(m_services.files, item);
@@ -177,6 +238,7 @@ WayResult RunWalk::AttemptRow(const RunItem& item) {
     result = OfferToWays(item);
     if (result.status == kStatusDidNotSpool) m_services.debugLog.Trace("Can't Print - did not spool\r\n");
     const bool isPrinted = result.end == WayResult::End::kPrinted;
+    if (isPrinted) m_jobWait.ForAcceptedJob(item.printer, item.path, result.jobId, *this);
     m_services.debugLog.Trace("g_didspool: %d and g_bError: %d\r\n", isPrinted, !isPrinted);
     return result;
 }
@@ -210,6 +272,9 @@ void RunWalk::FinishRow(const RunItem& item, RowOutcome outcome, const WayResult
     if (outcome == RowOutcome::kDone) ++mark.printed;
     if (outcome != RowOutcome::kNotSelected)
         ShowRowStatus(worst == outcome ? std::string_view(result.status) : m_statusBefore);
+    if (outcome != RowOutcome::kNotSelected && FindRowAtWork() &&
+        !m_services.snapshot.NoteFinished(m_services.list, m_progress.row, m_progress.copy))
+        TellSnapshotFailed();
     if (FindRowAtWork()) m_request.observer.OnRowFinished(m_progress, outcome);
 }
 
@@ -224,8 +289,12 @@ void RunWalk::RecordError(const std::string& path, const std::string& error) {
     ErrorRecord record;
     record.source = path;
     record.error = error;
-    record.printer = m_request.printer;
+    record.printer = Printer();
     if (m_services.errorLog.Append(record) != 0) m_errorLogFailed = true;
+}
+
+void RunWalk::TellSnapshotFailed() {
+    m_services.prompts.ShowBox("Print Error!", kSnapshotFailed);
 }
 
 bool RunWalk::Pause(int seconds, bool showInRow) {

@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "core/job_wait.h"
 #include "core/print_run.h"
 #include "core/print_run_ways.h"
 
@@ -15,8 +16,9 @@ struct WalkRequest {
     const std::vector<std::unique_ptr<RunWay>>& ways;
     RunObserver& observer;
     const bool& stop;
-    std::string printer;
     int passes = 1;  // how often the whole list is walked
+    bool isBalanced = false;
+    const CutOffRun* cutOff = nullptr;  // taken up; its rows are those of the list
 };
 
 // Takes a run through the list, row by row. The list may change under every pump: rows are found again by
@@ -36,6 +38,8 @@ private:
     bool KeepGoing() override;
 
     void ForgetEarlierRuns();
+    void TakeUpCutOffRun(const CutOffRun& cutOff);
+    void CountPlannedPrints();
     bool WalkOnce();       // false when Stop ended it
     bool FindRowAtWork();  // false when it was taken from the list
     int FindNextRow();
@@ -43,21 +47,25 @@ private:
     bool IsTicked(int row) const;
     bool HasFurtherRow();
     RunItem ItemOfRow(int row) const;
+    std::string Printer() const;
 
     void ProcessRow();
     void PrintRow(const RunItem& item, const WayResult& obstacle);
     WayResult FindPagesObstacle(const RunItem& item);
+    WayResult AttemptBalanced(RunItem item);
     WayResult AttemptRow(const RunItem& item);
     WayResult OfferToWays(const RunItem& item);
     bool MayRetry(const RunItem& item, const WayResult& result) const;
     void FinishRow(const RunItem& item, RowOutcome outcome, const WayResult& result);
     void CountRows(RowOutcome outcome, int rows);
     void RecordError(const std::string& path, const std::string& error);
+    void TellSnapshotFailed();
     bool Pause(int seconds, bool showInRow);
     void UpdatePace();
 
     PrintRunServices m_services;
     WalkRequest m_request;
+    JobWait m_jobWait;
     RunProgress m_progress;
     RunSummary m_summary;
     std::string m_statusBefore;     // of the row at work

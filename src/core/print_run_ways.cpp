@@ -4,6 +4,8 @@
 #include <array>
 
 #include "backends/direct_print.h"
+#include "backends/printer_selection.h"
+#include "backends/queue_watch.h"
 #include "base/format.h"
 #include "base/text.h"
 #include "core/print_run.h"
@@ -22,8 +24,12 @@ WayResult DidNotSpool(std::string_view reason, int systemError) {
             Format("Can't Print - did not spool: %s (error %d)", reason, systemError), true};
 }
 
-WayResult Printed(std::string remark) {
-    return {WayResult::End::kPrinted, std::string(kStatusDone), std::move(remark), false};
+WayResult Printed(std::string remark, std::int64_t jobId) {
+    return {WayResult::End::kPrinted, std::string(kStatusDone), std::move(remark), false, jobId};
+}
+
+WayResult Unknown() {
+    return {WayResult::End::kFailed, std::string(kStatusUnknown), {}, false};
 }
 
 bool IsSaidYes(std::string_view text) {
@@ -35,7 +41,10 @@ bool IsSaidYes(std::string_view text) {
 class DirectWay : public RunWay {
 public:
     explicit DirectWay(const PrintRunServices& services)
-        : m_printer(services.directPrinter), m_debugLog(services.debugLog), m_options(services.options) {}
+        : m_printer(services.directPrinter),
+          m_watch(services.watch),
+          m_debugLog(services.debugLog),
+          m_options(services.options) {}
 
     bool Takes(const RunItem& item) override {
         if (item.kind != ItemKind::kDocument) return false;
@@ -48,18 +57,23 @@ public:
             DirectRepeatCount({item.processingParameters, item.addonParameters, item.extraOptions});
         m_debugLog.Trace("Sending file directly to printer: %s\r\n", item.path);
         feedback.ShowRowStatus("Spooling");
+        m_printer.UsePriority(m_watch.RunPriority());
         int printed = 0;
+        std::int64_t jobId = 0;
         WayResult flaw;  // the last call that was not as it should be
         for (int i = 0; i < times; ++i) {
             if (i > 0 && !feedback.KeepGoing()) return Stopped(printed, times);
             const WayResult call = SendOnce(item, feedback);
             if (call.end == WayResult::End::kStopped) return Stopped(printed, times);
-            if (call.end == WayResult::End::kPrinted) ++printed;
+            if (call.end == WayResult::End::kPrinted) {
+                ++printed;
+                jobId = call.jobId;
+            }
             if (call.end != WayResult::End::kPrinted || !call.remark.empty()) flaw = call;
         }
         if (printed == 0) return flaw;
-        if (printed == times) return Printed(flaw.remark);
-        return Printed(Format("Printed %d of %d times: %s", printed, times, flaw.remark));
+        if (printed == times) return Printed(flaw.remark, jobId);
+        return Printed(Format("Printed %d of %d times: %s", printed, times, flaw.remark), jobId);
     }
 
 private:
@@ -76,11 +90,13 @@ private:
         if (!outcome.sourceWhole)
             return {WayResult::End::kFailed, "Error - " + std::string(kSourceBroke),
                     std::string(kSourceBroke), true};
+        if (outcome.isUnknown) return Unknown();
         if (!outcome.accepted)
             return DidNotSpool("the spooler did not keep the document", outcome.systemError);
-        if (outcome.failedChunks == 0) return Printed({});
+        if (outcome.failedChunks == 0) return Printed({}, outcome.jobId);
         return Printed(Format("%d parts of the file did not reach the spooler (error %d)",
-                              outcome.failedChunks, outcome.systemError));
+                              outcome.failedChunks, outcome.systemError),
+                       outcome.jobId);
     }
 
     static WayResult Stopped(int printed, int times) {
@@ -92,6 +108,7 @@ private:
     }
 
     DirectPrinter& m_printer;
+    QueueWatch& m_watch;
     DebugLog& m_debugLog;
     const GeneralOptions& m_options;
 };
@@ -99,30 +116,58 @@ private:
 // Documents that the print system renders, or stores, by itself.
 class SpoolerDocumentWay : public RunWay {
 public:
-    explicit SpoolerDocumentWay(const PrintRunServices& services) : m_spooler(services.spooler) {}
+    explicit SpoolerDocumentWay(const PrintRunServices& services)
+        : m_spooler(services.spooler), m_watch(services.watch) {}
 
     bool Takes(const RunItem& item) override {
-        return item.kind == ItemKind::kDocument && m_spooler.TakesDocument(item.path);
+        return item.kind == ItemKind::kDocument && m_spooler.TakesDocument(item.printer, item.path);
     }
 
     WayResult Process(const RunItem& item, WayFeedback& feedback) override {
         feedback.ShowRowStatus("Spooling");
         DocumentInfo document;
         document.name = item.path;
+        document.ticket = item.ticket;
+        document.priority = m_watch.RunPriority();
         int systemError = 0;
-        if (m_spooler.PrintDocument(item.printer, item.path, document, systemError) < 0)
-            return DidNotSpool("the spooler did not take the document", systemError);
-        return Printed({});
+        const std::int64_t jobId = m_spooler.PrintDocument(item.printer, item.path, document, systemError);
+        if (jobId >= 0) return Printed({}, jobId);
+        if (jobId == kDocumentUnknown) return Unknown();
+        return DidNotSpool("the spooler did not take the document", systemError);
     }
 
 private:
     Spooler& m_spooler;
+    QueueWatch& m_watch;
+};
+
+// Command items that change the printer, its tray or its paper for the rows below.
+class SettingsWay : public RunWay {
+public:
+    explicit SettingsWay(const PrintRunServices& services) : m_selection(services.selection) {}
+
+    bool Takes(const RunItem& item) override {
+        return item.kind == ItemKind::kCommand && PrinterSelection::TakesItem(item.path);
+    }
+
+    WayResult Process(const RunItem& item, WayFeedback&) override {
+        const ItemResult applied = m_selection.ApplyItem(item.path);
+        WayResult result;
+        if (applied.isApplied) result.end = WayResult::End::kPrinted;
+        result.status = applied.status;
+        result.remark = applied.isApplied ? std::string() : applied.status + ": " + applied.message;
+        return result;
+    }
+
+private:
+    PrinterSelection& m_selection;
 };
 
 }  // namespace
 
 std::vector<std::unique_ptr<RunWay>> MakeRunWays(const PrintRunServices& services) {
     std::vector<std::unique_ptr<RunWay>> ways;
+    ways.push_back(std::make_unique<SettingsWay>(services));
     ways.push_back(std::make_unique<DirectWay>(services));
     ways.push_back(std::make_unique<SpoolerDocumentWay>(services));
     return ways;

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "core/list_item.h"
+#include "platform/job_ticket.h"
 
 namespace quirepress {
 
@@ -17,6 +18,7 @@ struct RunItem {
     std::string path;
     ItemKind kind = ItemKind::kDocument;
     std::string printer;
+    JobTicket ticket;  // what the current set-up asks for
     std::string pages;
     std::string printDirect;
     std::string processingParameters;
@@ -30,7 +32,8 @@ struct WayResult {
     // For the error log: what went wrong. Of a printed document, why it may not have come out whole; its
     // file is then to be kept.
     std::string remark;
-    bool canRetry = false;  // nothing came out, and another attempt may go better
+    bool canRetry = false;   // nothing came out, and another attempt may go better
+    std::int64_t jobId = 0;  // of the last job, when the print system tells it
 };
 
 // What a way may say and ask while it works.
@@ -58,6 +61,9 @@ std::vector<std::unique_ptr<RunWay>> MakeRunWays(const PrintRunServices& service
 WayResult NoWayFor(const RunItem& item);
 
 constexpr std::string_view kStatusDone = "Done";
+// Nobody can tell whether it came out; it is never printed again by itself.
+constexpr std::string_view kStatusUnknown =
+    "Error - Unknown whether it was printed, please check the printer";
 constexpr std::string_view kStatusDidNotSpool =
     "Error - Can't Print - did not spool, try changing application startup allowance in options or contact "
     "Corvane for help";

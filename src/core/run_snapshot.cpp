@@ -125,6 +125,7 @@ void ReadJournal(Fields& lines, CutOffRun& run) {
 struct RunSnapshot::Checkpoint {
     std::int32_t finished = -1;  // index of the last finished row
     std::int32_t copy = 1;
+    std::int32_t first = -1;  // index of the first row that has begun since the list was written
     std::int32_t begun = -1;
     std::uint64_t generation = 0;
 };
@@ -138,7 +139,7 @@ bool RunSnapshot::Create(PrintList& list, std::string_view printer, int copies, 
     if (!TakeLock()) return false;
     m_printer = printer;
     m_copies = copies;
-    m_finished = -1;
+    m_first = m_finished = -1;
     // Never that of an earlier run, whose checkpoint may still lie there.
     CutOffRun earlier;
     std::string text;
@@ -175,8 +176,9 @@ bool RunSnapshot::WriteList(PrintList& list, int copy) {
     FileResult result = FileResult::kDone;
     m_journal = m_files.OpenForWriting(PathOf(kListName), OpenMode::kAppend, FileAccess::kShared, result);
     m_listVersion = list.Version();
-    m_finished = -1;
-    return m_journal != nullptr && WriteCheckpoint({-1, copy, -1, m_generation});
+    m_first = m_finished = -1;
+    m_copy = copy;
+    return m_journal != nullptr && WriteCheckpoint({-1, copy, -1, -1, m_generation});
 }
 
 bool RunSnapshot::WriteCheckpoint(const Checkpoint& checkpoint) {
@@ -185,14 +187,15 @@ bool RunSnapshot::WriteCheckpoint(const Checkpoint& checkpoint) {
     if (kept != FileResult::kDone && kept != FileResult::kMissing) return false;
     const std::string text =
         JoinFields({kCheckpointTitle, std::to_string(checkpoint.finished), std::to_string(checkpoint.copy),
-                    std::to_string(checkpoint.begun), std::to_string(checkpoint.generation)});
+                    std::to_string(checkpoint.first), std::to_string(checkpoint.begun),
+                    std::to_string(checkpoint.generation)});
     return ReplaceFileDurably(m_files, path, text) == FileResult::kDone;
 }
 
 bool RunSnapshot::NoteBegun(PrintList& list, int row, int copy) {
     if (!IsOn()) return true;
-    // A row above the last one that was finished: the index of the last one no longer says how far it is.
-    const bool isBack = row <= m_finished;
+    // The index of the last finished row says how far it is as long as the rows come in their order.
+    const bool isBack = row <= m_finished || copy != m_copy;
     if (isBack || list.Version() != m_listVersion) {
         RunMark& mark = list.MarkOf(row);
         const std::int32_t pass = std::exchange(mark.pass, copy - 1);
@@ -200,7 +203,8 @@ bool RunSnapshot::NoteBegun(PrintList& list, int row, int copy) {
         mark.pass = pass;
         if (!isWritten) return GiveUp();
     }
-    return WriteCheckpoint({m_finished, copy, row, m_generation}) || GiveUp();
+    if (m_first < 0) m_first = row;
+    return WriteCheckpoint({m_finished, copy, m_first, row, m_generation}) || GiveUp();
 }
 
 bool RunSnapshot::NoteFinished(PrintList& list, int row, int copy) {
@@ -239,7 +243,8 @@ SnapshotResult RunSnapshot::Load(CutOffRun& run) {
     const int count = static_cast<int>(read.rows.size());
     if (isFound && checkpoint.finished < count && checkpoint.begun < count) {
         read.copy = checkpoint.copy;
-        for (int row = 0; row <= checkpoint.finished; ++row) read.rows[row].mark.pass = read.copy;
+        for (int row = std::max(checkpoint.first, 0); row <= checkpoint.finished; ++row)
+            read.rows[row].mark.pass = read.copy;
         if (checkpoint.begun >= 0 && read.rows[checkpoint.begun].mark.pass < read.copy)
             read.rowAtWork = checkpoint.begun;
     } else {
@@ -256,12 +261,13 @@ bool RunSnapshot::ReadCheckpoint(std::string_view name, Checkpoint& checkpoint) 
     FileResult result = FileResult::kDone;
     if (!ReadWholeFile(m_files, PathOf(name), kLongest, text, result)) return false;
     std::vector<std::string_view> fields;
-    if (!Fields(text).TakeLine(fields) || fields.size() != 5 || fields[0] != kCheckpointTitle) return false;
-    const auto generation = ParseWholeNumber(fields[4], 0, std::numeric_limits<std::int64_t>::max());
+    if (!Fields(text).TakeLine(fields) || fields.size() != 6 || fields[0] != kCheckpointTitle) return false;
+    const auto generation = ParseWholeNumber(fields[5], 0, std::numeric_limits<std::int64_t>::max());
     checkpoint.generation = static_cast<std::uint64_t>(generation.value_or(0));
     return generation && ReadNumber(fields[1], -1, kMostRows, checkpoint.finished) &&
            ReadNumber(fields[2], 1, kMostRows, checkpoint.copy) &&
-           ReadNumber(fields[3], -1, kMostRows, checkpoint.begun);
+           ReadNumber(fields[3], -1, kMostRows, checkpoint.first) &&
+           ReadNumber(fields[4], -1, kMostRows, checkpoint.begun);
 }
 
 bool RunSnapshot::Discard() {

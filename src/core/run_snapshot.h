@@ -29,6 +29,8 @@ struct CutOffRun {
     int rowAtWork = -1;     // begun and not finished: nobody can tell whether it came out
 };
 
+constexpr std::string_view kSnapshotFailed = "Can't write to SnapshotRestore.List file.";
+
 enum class SnapshotResult { kLoaded, kNone, kInUse, kDamaged };
 
 // What a run leaves on the disk while it is under way, for the case that it is cut off:
@@ -76,6 +78,8 @@ private:
     std::unique_ptr<OutputFile> m_journal;  // the list's file, for what becomes of its rows
     std::uint64_t m_generation = 0;         // of the list that was written last
     std::uint64_t m_listVersion = 0;        // of the print list at that time
+    int m_copy = 1;                         // that was under way then
+    int m_first = -1;                       // index of the first row that has begun since then
     int m_finished = -1;                    // index of the last finished row
 };
 

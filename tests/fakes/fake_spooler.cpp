@@ -74,7 +74,10 @@ private:
         if (!m_started) return Fail(kNoSuchFile);
         m_started = false;
         const int refusal = m_spooler.m_failures.finish;
-        if (m_complete && refusal == 0) return m_spooler.FinishJob(m_sent);
+        if (m_complete && refusal == 0) {
+            const int finished = m_spooler.FinishJob(m_sent);
+            return m_spooler.m_failures.answers ? 1 : finished;
+        }
         m_spooler.TakeJobAway(JobId());
         return refusal != 0 ? Fail(refusal) : -1;
     }
@@ -201,7 +204,7 @@ std::int64_t FakeSpooler::PrintDocument(std::string_view printer, std::string_vi
     systemError = 0;
     m_sent[sent].bytes = std::move(bytes);
     FinishJob(sent);
-    return m_sent[sent].jobId;
+    return m_failures.answers ? kDocumentUnknown : m_sent[sent].jobId;
 }
 
 int FakeSpooler::ListJobs(std::string_view printer, std::vector<JobInfo>& jobs) {

@@ -51,6 +51,7 @@ public:
                    int error);  // the chunk of this number, from 1, of each document; 0: every one
     void FailFinish(int error) { m_failures.finish = error; }
     void FailPrintDocument(int error) { m_failures.printDocument = error; }
+    void LoseAnswers() { m_failures.answers = true; }  // of jobs that were taken
     void FailListing() { m_failures.listing = true; }  // of printers, jobs and bins
     void StopFailing() { m_failures = {}; }
 
@@ -82,7 +83,7 @@ private:
     friend class FakeRawPrinter;
     struct Failures {
         int opening = 0, start = 0, chunk = 0, chunkNumber = 0, finish = 0, printDocument = 0;
-        bool listing = false;
+        bool listing = false, answers = false;
     };
     struct Printer {
         PrinterInfo info;

@@ -9,11 +9,15 @@
 #include <utility>
 #include <vector>
 
+#include "backends/balance.h"
 #include "backends/direct_print.h"
+#include "backends/printer_selection.h"
+#include "backends/queue_watch.h"
 #include "base/path.h"
 #include "base/text.h"
 #include "core/print_list.h"
 #include "core/print_run.h"
+#include "core/run_snapshot.h"
 #include "documents/pdf_counter.h"
 #include "fakes/fake_clock.h"
 #include "fakes/fake_event_loop.h"
@@ -78,7 +82,8 @@ public:
         : spooler(files, std::forward<Arguments>(arguments)...),
           list({files, *services.shell, clock, *services.machine, loop, prompts, debugLog, pdfCounter,
                 options, WithTrailingSeparator(folder.Path())}),
-          run({list, spooler, directPrinter, files, loop, prompts, debugLog, errorLog, options}) {
+          run({list, spooler, directPrinter, files, loop, prompts, debugLog, errorLog, selection, watch,
+               balance, snapshot, options, balanceOptions}) {
         spooler.PutPrinter("Laser");
         spooler.PutPrinter("Plotter");
         run.UseObserver(&recorder);
@@ -138,12 +143,18 @@ public:
     PdfCounter pdfCounter{files, pdfLibrary};
     PrintList list;
     DirectPrinter directPrinter{spooler, files, loop, debugLog};
+    PrinterSelection selection{
+        {spooler, files, loop, prompts, debugLog, options, WithTrailingSeparator(folder.Path())}};
+    QueueWatch watch{spooler, files, prompts, debugLog, options};
+    BalanceOptions balanceOptions;
+    PrinterBalance balance{spooler, loop, prompts, debugLog, balanceOptions};
+    RunSnapshot snapshot{files, WithTrailingSeparator(folder.Path())};
     RunRecorder recorder;
     PrintRun run;
 };
 
 class PrintRunTest : public testing::Test, protected RunStage<FakeSpooler> {};
 
-using Texts = std::vector<std::string>;
+using TextList = std::vector<std::string>;
 
 }  // namespace quirepress

@@ -30,7 +30,7 @@ TEST_F(PrintRunTest, NothingTickedIsSaidInABox) {
     EXPECT_EQ(run.OnButtonPrint().end, RunSummary::End::kNothingToPrint);
     EXPECT_EQ(DebugLines(), "KillTimer(2) 5\r\nNo Files to Print\r\n");
     EXPECT_EQ(prompts.boxes, (std::vector<FakePrompts::Box>{{"Print Error!", "No Files to Print"}}));
-    EXPECT_EQ(Statuses(), Texts{"kept"});
+    EXPECT_EQ(Statuses(), TextList{"kept"});
 }
 
 TEST_F(PrintRunTest, AnUnknownPrinterEndsTheRunBeforeTheFirstRow) {
@@ -41,9 +41,10 @@ TEST_F(PrintRunTest, AnUnknownPrinterEndsTheRunBeforeTheFirstRow) {
     EXPECT_EQ(run.OnButtonPrint().end, RunSummary::End::kNoPrinter);
     EXPECT_EQ(DebugLines(),
               "KillTimer(2) 5\r\nItems set to ready, OK? 1\r\n"
+              "Creating temporary prs file\r\nCreate Snapshot restore?, 0\r\n"
               "checkPrinterIsValid - Printer not available: Nowhere\r\n");
-    EXPECT_EQ(prompts.statusTexts, (Texts{"Starting", "Printer not available:Nowhere"}));
-    EXPECT_EQ(Statuses(), Texts{"Ready"});
+    EXPECT_EQ(prompts.statusTexts, (TextList{"Starting", "Printer not available:Nowhere"}));
+    EXPECT_EQ(Statuses(), TextList{"Ready"});
     EXPECT_TRUE(spooler.Sent().empty());
     EXPECT_TRUE(Contains(ErrorRecords(), "Printer not available:Nowhere"));
 
@@ -61,7 +62,8 @@ TEST_F(PrintRunTest, WritesItsStartToTheDebugLog) {
     run.OnButtonPrint();
     EXPECT_EQ(DebugLines(),
               "KillTimer(2) 5\r\nItems set to ready, OK? 1\r\n"
-              "checkPrinterIsValid OK - Printer available: Laser\r\n"
+              "Creating temporary prs file\r\nCreate Snapshot restore?, 0\r\n"
+              "checkPrinterIsValid OK - Printer available: Laser\r\nwaitSpoolQueueClearBeforePrint? 0\r\n"
               "Start printing.\r\nOnButtonPrint() copies: 1\r\nOnButtonPrint() printer: Laser\r\n"
               "Check is to print: " +
                   path + "\r\nCheck is to print OK\r\nbadFile check? 0, " + path +
@@ -92,19 +94,19 @@ TEST_F(PrintRunTest, GivesEveryRowItsStatus) {
     const RunSummary summary = run.OnButtonPrint();
     const std::string noItem = "Error - this kind of item can't be applied on this print system yet";
     EXPECT_EQ(Statuses(),
-              (Texts{"Done", "Done", "Error - this kind of file can't be printed on this print system yet",
-                     "No File.", "Empty File", noItem, noItem, noItem, "Ready", "Done"}));
-    EXPECT_EQ(Printed(), (Texts{"raw.ps", "text.txt", "last.prn"}));
+              (TextList{"Done", "Done", "Error - this kind of file can't be printed on this print system yet",
+                        "No File.", "Empty File", noItem, noItem, "Set Orientation", "Ready", "Done"}));
+    EXPECT_EQ(Printed(), (TextList{"raw.ps", "text.txt", "last.prn"}));
     EXPECT_EQ(spooler.CountCalls("PrintDocument"), 1);
     EXPECT_EQ(spooler.Sent().at(0).bytes, "raw bytes");
     EXPECT_EQ(summary.end, RunSummary::End::kFinished);
-    EXPECT_EQ(summary.done, 3);
-    EXPECT_EQ(summary.failed, 6);
+    EXPECT_EQ(summary.done, 4);
+    EXPECT_EQ(summary.failed, 5);
     EXPECT_EQ(summary.skipped, 0);
     EXPECT_EQ(recorder.outcomes.size(), 10U);
     EXPECT_EQ(recorder.outcomes.at(8), RowOutcome::kNotSelected);
     EXPECT_EQ(recorder.startedRows, (std::vector<int>{0, 1, 2, 3, 4, 5, 6, 7, 9}));
-    EXPECT_EQ(SplitAt(ErrorRecords(), '\n').size(), 6U + 1);
+    EXPECT_EQ(SplitAt(ErrorRecords(), '\n').size(), 5U + 1);
 }
 
 TEST_F(PrintRunTest, RowsThatCameInUntickedForTheirFileCountAsFailed) {
@@ -115,7 +117,7 @@ TEST_F(PrintRunTest, RowsThatCameInUntickedForTheirFileCountAsFailed) {
     ASSERT_EQ(Text(2, kColumnSelected), "No");
     run.SetCopies(2);
     const RunSummary summary = run.OnButtonPrint();
-    EXPECT_EQ(Statuses(), (Texts{"Done", "Empty File", "No File."}));
+    EXPECT_EQ(Statuses(), (TextList{"Done", "Empty File", "No File."}));
     EXPECT_EQ(summary.done, 1);
     EXPECT_EQ(summary.failed, 2);
 }
@@ -129,8 +131,8 @@ TEST_F(PrintRunTest, FoldersAreNoDocumentsAndVanishedFilesCostTheirOwnRow) {
     std::filesystem::create_directory(turned);
     InPump(AtRow(1), [&] { std::filesystem::remove(gone); });
     run.OnButtonPrint();
-    EXPECT_EQ(Statuses(), (Texts{"Error - Can't Print - this is a folder", "Done", "No File.", "Done"}));
-    EXPECT_EQ(Printed(), (Texts{"a.ps", "b.ps"}));
+    EXPECT_EQ(Statuses(), (TextList{"Error - Can't Print - this is a folder", "Done", "No File.", "Done"}));
+    EXPECT_EQ(Printed(), (TextList{"a.ps", "b.ps"}));
 }
 
 TEST_F(PrintRunTest, FilesThatCannotBeReadAreSkippedAndRecorded) {
@@ -138,7 +140,7 @@ TEST_F(PrintRunTest, FilesThatCannotBeReadAreSkippedAndRecorded) {
     AddFiles({"secret.ps", "pipe.ps", "a.ps"});
     const RunSummary summary = run.OnButtonPrint();
     EXPECT_EQ(Statuses(),
-              (Texts{"Skipped", "Error - Can't Print - this is a device or a pipe, not a file", "Done"}));
+              (TextList{"Skipped", "Error - Can't Print - this is a device or a pipe, not a file", "Done"}));
     EXPECT_EQ(summary.skipped, 1);
     EXPECT_EQ(summary.failed, 1);
     EXPECT_TRUE(Contains(ErrorRecords(), "Can't Print - the file can't be read"));
@@ -151,14 +153,14 @@ TEST_F(PrintRunTest, AFileThatBreaksOffIsNotPrintedHalf) {
     files.FailOnce(FaultyFiles::Call::kReadAt, FileResult::kFailed, 2);
     const std::string error = "Can't Print - the file could not be read whole, or changed meanwhile";
     run.OnButtonPrint();
-    EXPECT_EQ(Statuses(), (Texts{"Error - " + error, "Done"}));
-    EXPECT_EQ(Printed(), Texts{"b.ps"});
+    EXPECT_EQ(Statuses(), (TextList{"Error - " + error, "Done"}));
+    EXPECT_EQ(Printed(), TextList{"b.ps"});
     EXPECT_TRUE(Contains(ErrorRecords(), error));
 
     options.m_onErrorPrintOneMoreTime = true;
     files.FailOnce(FaultyFiles::Call::kReadAt, FileResult::kFailed, 2);
     run.OnButtonPrint();
-    EXPECT_EQ(Statuses(), (Texts{"Done", "Done"}));
+    EXPECT_EQ(Statuses(), (TextList{"Done", "Done"}));
     EXPECT_EQ(spooler.Sent().back().name, list.Text(1, kColumnFilename));
 }
 
@@ -177,7 +179,7 @@ TEST_F(PrintRunTest, ThePrintDirectColumnSendsAnyFileRaw) {
     }
     run.OnButtonPrint();
     const std::string noWay = "Error - this kind of file can't be printed on this print system yet";
-    EXPECT_EQ(Statuses(), (Texts{"Done", "Done", "Done", "Done", noWay, noWay, noWay}));
+    EXPECT_EQ(Statuses(), (TextList{"Done", "Done", "Done", "Done", noWay, noWay, noWay}));
 }
 
 TEST_F(PrintRunTest, SendsARawFileAsOftenAsTheRowSays) {
@@ -189,7 +191,7 @@ TEST_F(PrintRunTest, SendsARawFileAsOftenAsTheRowSays) {
     AddFile("a.ps", "a", twice);
     AddFile("b.ps", "b", thrice);
     const RunSummary summary = run.OnButtonPrint();
-    EXPECT_EQ(Printed(), (Texts{"a.ps", "a.ps", "b.ps", "b.ps", "b.ps"}));
+    EXPECT_EQ(Printed(), (TextList{"a.ps", "a.ps", "b.ps", "b.ps", "b.ps"}));
     EXPECT_EQ(summary.done, 2);
 }
 
@@ -203,13 +205,13 @@ TEST_F(PrintRunTest, APdfWithoutPagesIsPassedOverWhenTheOptionsSaySo) {
     InPump(AtRow(0), noteZeroPages);
     options.m_dontPrintPdfZero = true;
     const RunSummary summary = run.OnButtonPrint();
-    EXPECT_EQ(Statuses(), (Texts{"Skipped", "Done"}));
+    EXPECT_EQ(Statuses(), (TextList{"Skipped", "Done"}));
     EXPECT_EQ(summary.skipped, 1);
 
     options.m_noPdfPages = true;  // nothing was counted
     InPump(AtRow(0), noteZeroPages);
     run.OnButtonPrint();
-    EXPECT_EQ(Statuses(), (Texts{"Done", "Done"}));
+    EXPECT_EQ(Statuses(), (TextList{"Done", "Done"}));
 }
 
 TEST_F(PrintRunTest, WhatTheSpoolerRefusesDidNotSpool) {
@@ -218,7 +220,7 @@ TEST_F(PrintRunTest, WhatTheSpoolerRefusesDidNotSpool) {
     const auto expectNothingSpooled = [&](const char* what) {
         spooler.FailPrintDocument(3);
         const RunSummary summary = run.OnButtonPrint();
-        EXPECT_EQ(Statuses(), (Texts{kDidNotSpool, kDidNotSpool})) << what;
+        EXPECT_EQ(Statuses(), (TextList{kDidNotSpool, kDidNotSpool})) << what;
         EXPECT_EQ(summary.failed, 2) << what;
         EXPECT_TRUE(Printed().empty()) << what;
         spooler.StopFailing();
@@ -242,7 +244,7 @@ TEST(PrintRunOnForgivingSpooler, ARefusedChunkLeavesTheRowPrintedButIsRecorded) 
     stage.options.m_onErrorPrintOneMoreTime = true;
     const std::string path = stage.AddFile("a.ps", std::string(70'000, 'x'));
     const RunSummary summary = stage.run.OnButtonPrint();
-    EXPECT_EQ(stage.Statuses(), Texts{"Done"});
+    EXPECT_EQ(stage.Statuses(), TextList{"Done"});
     EXPECT_EQ(summary.done, 1);
     EXPECT_EQ(stage.Printed().size(), 1U);  // no second attempt
     EXPECT_TRUE(Contains(stage.ErrorRecords(), path));
@@ -254,7 +256,7 @@ TEST_F(PrintRunTest, AnErrorLogThatCannotBeWrittenIsReportedOnce) {
     std::filesystem::create_directory(folder.PathOf("error.log"));
     AddFiles({"a.doc", "b.doc", "c.ps"});
     run.OnButtonPrint();
-    EXPECT_EQ(Printed(), Texts{"c.ps"});
+    EXPECT_EQ(Printed(), TextList{"c.ps"});
     EXPECT_EQ(prompts.boxes,
               (std::vector<FakePrompts::Box>{{"Log File Error", "Can't open error.log for writing"}}));
 }
@@ -262,7 +264,7 @@ TEST_F(PrintRunTest, AnErrorLogThatCannotBeWrittenIsReportedOnce) {
 TEST_F(PrintRunTest, AFailedRowIsTriedOnceMore) {
     options.m_onErrorPrintOneMoreTime = true;
     AddFiles({"a.ps", "b.doc"});
-    Texts shown;
+    TextList shown;
     spooler.FailFinish(9);
     recorder.onProgress = [&](const RunProgress& progress) {
         if (progress.row != 0) return;
@@ -271,8 +273,8 @@ TEST_F(PrintRunTest, AFailedRowIsTriedOnceMore) {
     };
     const RunSummary summary = run.OnButtonPrint();
     EXPECT_EQ(summary.done, 1);
-    EXPECT_EQ(Printed(), Texts{"a.ps"});
-    EXPECT_EQ(Texts(shown.begin(), shown.begin() + 2), (Texts{"Printing file:", "Spooling"}));
+    EXPECT_EQ(Printed(), TextList{"a.ps"});
+    EXPECT_EQ(TextList(shown.begin(), shown.begin() + 2), (TextList{"Printing file:", "Spooling"}));
     EXPECT_EQ(std::count(shown.begin(), shown.end(), "Retrying..."), 1);
 
     spooler.FailFinish(9);
@@ -298,7 +300,7 @@ TEST_F(PrintRunTest, CopiesWalkTheWholeListAgain) {
     options.m_printCopies = 2;
     options.m_printCopiesRepeat = 2;
     EXPECT_EQ(run.OnButtonPrint().done, 2);
-    EXPECT_EQ(Printed(), (Texts{"a.ps", "b.ps", "a.ps", "b.ps", "a.ps", "b.ps", "a.ps", "b.ps"}));
+    EXPECT_EQ(Printed(), (TextList{"a.ps", "b.ps", "a.ps", "b.ps", "a.ps", "b.ps", "a.ps", "b.ps"}));
     EXPECT_EQ(recorder.started, (std::vector<std::pair<int, int>>{{2, 4}}));
     EXPECT_EQ(prompts.statusTexts.back(), "File: 2 of 2, Copy: 4/4");
     run.SetCopies(1);
@@ -313,7 +315,7 @@ TEST_F(PrintRunTest, AFailureInOneCopyStaysWithItsRow) {
     spooler.FailFinish(9);
     recorder.onFinished = [&](const RunProgress&) { spooler.StopFailing(); };
     const RunSummary summary = run.OnButtonPrint();
-    EXPECT_EQ(Statuses(), (Texts{kDidNotSpool, "Done"}));
+    EXPECT_EQ(Statuses(), (TextList{kDidNotSpool, "Done"}));
     EXPECT_EQ(summary.done, 1);
     EXPECT_EQ(summary.failed, 1);
     EXPECT_EQ(Printed().size(), 5U);
@@ -324,18 +326,18 @@ TEST_F(PrintRunTest, PausesInVirtualTime) {
     list.SetText(2, kColumnSelected, "No");
     options.m_pauseBefore = 2;
     options.m_pauseAfter = 3;
-    Texts rowTexts;
+    TextList rowTexts;
     recorder.onProgress = [&](const RunProgress&) { rowTexts.push_back(Text(0, kColumnStatus)); };
     const long long start = loop.MonotonicMilliseconds();
     const RunSummary summary = run.OnButtonPrint();
     EXPECT_EQ(loop.MonotonicMilliseconds() - start, 2000 + 3000 + 2000);  // none after the last
     EXPECT_DOUBLE_EQ(summary.seconds, 7.0);
-    EXPECT_EQ(Texts(prompts.statusTexts.begin() + 1, prompts.statusTexts.begin() + 7),
-              (Texts{"File: 1 of 3, Copy: 1/1", "Pausing: 2", "Pausing: 1", "Pausing: 3", "Pausing: 2",
-                     "Pausing: 1"}));
-    EXPECT_EQ(Texts(rowTexts.begin(), rowTexts.begin() + 3),
-              (Texts{"Pausing: 2", "Pausing: 1", "Printing file:"}));
-    EXPECT_EQ(Statuses(), (Texts{"Done", "Done", "Ready"}));
+    EXPECT_EQ(TextList(prompts.statusTexts.begin() + 1, prompts.statusTexts.begin() + 7),
+              (TextList{"File: 1 of 3, Copy: 1/1", "Pausing: 2", "Pausing: 1", "Pausing: 3", "Pausing: 2",
+                        "Pausing: 1"}));
+    EXPECT_EQ(TextList(rowTexts.begin(), rowTexts.begin() + 3),
+              (TextList{"Pausing: 2", "Pausing: 1", "Printing file:"}));
+    EXPECT_EQ(Statuses(), (TextList{"Done", "Done", "Ready"}));
 }
 
 TEST_F(PrintRunTest, TellsPaceAndTimeLeft) {
@@ -359,7 +361,7 @@ TEST_F(PrintRunTest, StopLeavesTheRowsThatWereNotReached) {
     InPump(AtRow(1), [&] { run.Stop(); });
     const RunSummary summary = run.OnButtonPrint();
     EXPECT_EQ(summary.end, RunSummary::End::kStopped);
-    EXPECT_EQ(Statuses(), (Texts{"Done", "Ready", "Ready"}));
+    EXPECT_EQ(Statuses(), (TextList{"Done", "Ready", "Ready"}));
     EXPECT_EQ(summary.done, 1);
     EXPECT_EQ(prompts.statusTexts.back(), "Printing stopped && Monitor stopped");
     EXPECT_EQ(list.CurrentRow(), -1);
@@ -372,7 +374,7 @@ TEST_F(PrintRunTest, StopInThePauseBeforeARowLeavesItReady) {
     loop.StartTimer(77, 101'500, [&] { run.Stop(); });
     const long long start = loop.MonotonicMilliseconds();
     EXPECT_EQ(run.OnButtonPrint().end, RunSummary::End::kStopped);
-    EXPECT_EQ(Statuses(), (Texts{"Done", "Ready"}));
+    EXPECT_EQ(Statuses(), (TextList{"Done", "Ready"}));
     EXPECT_LE(loop.MonotonicMilliseconds() - start, 102'000);
 }
 
@@ -381,7 +383,7 @@ TEST_F(PrintRunTest, StopInThePauseAfterARowLeavesItDone) {
     options.m_pauseAfter = 100;
     loop.StartTimer(77, 1'500, [&] { run.Stop(); });
     EXPECT_EQ(run.OnButtonPrint().end, RunSummary::End::kStopped);
-    EXPECT_EQ(Statuses(), (Texts{"Done", "Ready"}));
+    EXPECT_EQ(Statuses(), (TextList{"Done", "Ready"}));
 }
 
 TEST_F(PrintRunTest, StopInTheMiddleOfARawFileDropsItsJob) {
@@ -393,7 +395,7 @@ TEST_F(PrintRunTest, StopInTheMiddleOfARawFileDropsItsJob) {
     const RunSummary summary = run.OnButtonPrint();
     EXPECT_EQ(summary.end, RunSummary::End::kStopped);
     EXPECT_EQ(summary.failed, 1);
-    EXPECT_EQ(Statuses(), (Texts{"Error - Stopped, nothing was printed", "Ready"}));
+    EXPECT_EQ(Statuses(), (TextList{"Error - Stopped, nothing was printed", "Ready"}));
     EXPECT_TRUE(Printed().empty());
     EXPECT_EQ(spooler.CountCalls("WriteChunk"), 2);
     EXPECT_EQ(recorder.last.bytesTotal, std::int64_t{5 * kChunk});
@@ -405,7 +407,7 @@ TEST_F(PrintRunTest, StopBetweenRepeatsSaysHowManyCameOut) {
     AddFile("a.ps", "a", often);
     InPump([&] { return spooler.Sent().size() == 3; }, [&] { run.Stop(); });
     EXPECT_EQ(run.OnButtonPrint().end, RunSummary::End::kStopped);
-    EXPECT_EQ(Statuses(), Texts{"Error - Stopped, printed 3 of 1000 times"});
+    EXPECT_EQ(Statuses(), TextList{"Error - Stopped, printed 3 of 1000 times"});
     EXPECT_EQ(Printed().size(), 3U);
 }
 
@@ -421,7 +423,7 @@ TEST_F(PrintRunTest, ARunInsideARunIsRefused) {
     InPump(AtRow(1), [&] { inner = run.OnButtonPrint(); });
     EXPECT_EQ(run.OnButtonPrint().end, RunSummary::End::kFinished);
     EXPECT_EQ(inner.end, RunSummary::End::kRefused);
-    EXPECT_EQ(Printed(), (Texts{"a.ps", "b.ps"}));
+    EXPECT_EQ(Printed(), (TextList{"a.ps", "b.ps"}));
 }
 
 TEST_F(PrintRunTest, RowsThatLeaveDuringAPumpConfuseNothing) {
@@ -432,8 +434,8 @@ TEST_F(PrintRunTest, RowsThatLeaveDuringAPumpConfuseNothing) {
         list.RemoveRow(0);
     });
     const RunSummary summary = run.OnButtonPrint();
-    EXPECT_EQ(Printed(), (Texts{"a.ps", "b.ps", "c.ps", "d.ps"}));
-    EXPECT_EQ(Statuses(), (Texts{"Done", "Done"}));
+    EXPECT_EQ(Printed(), (TextList{"a.ps", "b.ps", "c.ps", "d.ps"}));
+    EXPECT_EQ(Statuses(), (TextList{"Done", "Done"}));
     EXPECT_EQ(summary.done, 4);
 }
 
@@ -442,7 +444,7 @@ TEST_F(PrintRunTest, RowsThatLeaveWhileAFileIsSentGetNoStatusOfAnother) {
     AddFiles({"b.doc", "c.ps"});
     InPump([&] { return recorder.last.bytesDone > 0; }, [&] { list.RemoveRow(0); });
     const RunSummary summary = run.OnButtonPrint();
-    EXPECT_EQ(Printed(), (Texts{"a.ps", "c.ps"}));
+    EXPECT_EQ(Printed(), (TextList{"a.ps", "c.ps"}));
     EXPECT_EQ(Statuses().at(1), "Done");
     EXPECT_TRUE(StartsWith(Statuses().at(0), "Error - this kind of file"));
     EXPECT_EQ(summary.done, 2);
@@ -454,7 +456,7 @@ TEST_F(PrintRunTest, AListClearedInTheMiddleEndsTheRun) {
     options.m_pauseBefore = 1;
     InPump(AtRow(1), [&] { list.Clear(); });
     EXPECT_EQ(run.OnButtonPrint().end, RunSummary::End::kFinished);
-    EXPECT_EQ(Printed(), Texts{"a.ps"});
+    EXPECT_EQ(Printed(), TextList{"a.ps"});
 }
 
 TEST_F(PrintRunTest, RowsThatComeInDuringARunGetTheirTurnOnce) {
@@ -465,7 +467,7 @@ TEST_F(PrintRunTest, RowsThatComeInDuringARunGetTheirTurnOnce) {
         AddFile("below.ps");
     });
     run.OnButtonPrint();
-    EXPECT_EQ(Printed(), (Texts{"a.ps", "b.ps", "below.ps", "above.ps"}));
+    EXPECT_EQ(Printed(), (TextList{"a.ps", "b.ps", "below.ps", "above.ps"}));
 }
 
 TEST_F(PrintRunTest, DoneRowsLeaveTheListAfterTheLastCopy) {
@@ -474,7 +476,7 @@ TEST_F(PrintRunTest, DoneRowsLeaveTheListAfterTheLastCopy) {
     list.SetText(3, kColumnSelected, "No");
     run.SetCopies(2);
     const RunSummary summary = run.OnButtonPrint();
-    EXPECT_EQ(Printed(), (Texts{"a.ps", "c.ps", "a.ps", "c.ps"}));
+    EXPECT_EQ(Printed(), (TextList{"a.ps", "c.ps", "a.ps", "c.ps"}));
     EXPECT_EQ(summary.done, 2);
     ASSERT_EQ(list.RowCount(), 2);
     EXPECT_TRUE(EndsWith(Text(0, kColumnFilename), "b.doc"));

@@ -1,0 +1,105 @@
+#include "core/job_wait.h"
+
+#include "core/print_run_ways.h"
+#include "logs/debug_log.h"
+#include "platform/event_loop.h"
+#include "settings/general_options.h"
+
+namespace quirepress {
+
+namespace {
+
+constexpr int kPollMilliseconds = 250;
+constexpr int kMillisecondsInTenth = 100;
+
+constexpr std::uint32_t kInTrouble = job_status::kError | job_status::kOffline | job_status::kPaperOut |
+                                     job_status::kBlocked | job_status::kUserIntervention;
+
+bool HasMoved(const JobInfo& before, const JobInfo& now) {
+    return before.size != now.size || before.totalPages != now.totalPages ||
+           before.pagesPrinted != now.pagesPrinted || before.statusBits != now.statusBits;
+}
+
+}  // namespace
+
+void JobWait::ForAcceptedJob(const std::string& printer, const std::string& path, std::int64_t jobId,
+                             WayFeedback& feedback) {
+    const bool mayHold = m_options.m_waitForPrinter || m_options.m_showPrinterAttention;
+    if (m_options.m_dontCheckSpoolerForPrint || jobId <= 0 || !mayHold) return;
+    while (IsHeld(m_watch.ListJobsForPrinter(printer, {path, jobId})) && !feedback.IsStopped()) {
+        feedback.ShowRowStatus("Spooling");
+        m_loop.Wait(kPollMilliseconds);
+    }
+}
+
+bool JobWait::IsHeld(const QueueScan& scan) const {
+    // The verdict of a job that does not spool is that of spooling only for the sake of the printer.
+    const bool wantsAttention = scan.found && scan.verdict == queue_verdict::kSpooling &&
+                                VerdictOnStatus(scan.job.statusBits) != queue_verdict::kSpooling;
+    const bool isInTrouble = scan.found && (scan.job.statusBits & kInTrouble) != 0;
+    return wantsAttention || (m_options.m_waitForPrinter && isInTrouble);
+}
+
+int JobWait::Allowance() const {
+    return m_options.m_timeAllow + m_options.m_printerChangeDelay * kMillisecondsInTenth;
+}
+
+JobWait::End JobWait::ForForeignJob(const std::string& printer, const std::string& path,
+                                    WayFeedback& feedback) {
+    if (m_options.m_dontCheckSpoolerForPrint) return End::kSpooled;
+    m_debugLog.Trace("Time Allowance: %d\r\n", m_options.m_timeAllow);
+    m_debugLog.Trace("Extra Time Allowance: %d\r\n", m_options.m_printerChangeDelay * kMillisecondsInTenth);
+    QueueScan scan;
+    End end = AwaitListing(printer, path, feedback, scan);
+    if (end == End::kSpooled) end = AwaitSpooling(printer, path, feedback, scan);
+    m_debugLog.Trace("Print Finished or Started status:%d, didspool=%d\r\n", scan.verdict,
+                     end == End::kSpooled);
+    return end;
+}
+
+JobWait::End JobWait::AwaitListing(const std::string& printer, const std::string& path, WayFeedback& feedback,
+                                   QueueScan& scan) {
+    feedback.ShowRowStatus("Running");
+    const long long deadline = m_loop.MonotonicMilliseconds() + Allowance();
+    for (int z = 0;; ++z) {
+        m_debugLog.Trace("Wait for spooling to start Loop z=%d\r\n", z);
+        scan = m_watch.ListJobsForPrinter(printer, {path, 0});
+        const bool isOld = scan.found && scan.job.id == m_lastForeignJob;
+        if (isOld) m_debugLog.Trace("Still spooling previous prev status=%d\r\n", scan.verdict);
+        if (scan.found && !isOld) {
+            if (m_lastForeignJob != 0)
+                m_debugLog.Trace("Ready to spool next with same name: prev status=%d\r\n", scan.verdict);
+            m_lastForeignJob = scan.job.id;
+            return End::kSpooled;
+        }
+        if (m_loop.MonotonicMilliseconds() >= deadline) break;
+        if (feedback.IsStopped()) return End::kStopped;
+        m_loop.Wait(kPollMilliseconds);
+    }
+    m_debugLog.Trace("end wait timeout ended for start Loop - ListJobsForPrinter returned %d\r\n",
+                     scan.verdict);
+    return End::kNotSeen;
+}
+
+// A job that is still being written has its time anew whenever it moves; one that has left the queue was
+// printed.
+JobWait::End JobWait::AwaitSpooling(const std::string& printer, const std::string& path,
+                                    WayFeedback& feedback, QueueScan& scan) {
+    const WatchedItem item{path, scan.job.id};
+    long long deadline = m_loop.MonotonicMilliseconds() + Allowance();
+    for (int z = 0; scan.verdict == queue_verdict::kSpooling || IsHeld(scan); ++z) {
+        m_debugLog.Trace("Wait for start Loop z=%d\r\n", z);
+        feedback.ShowRowStatus("Spooling");
+        if (feedback.IsStopped()) return End::kStopped;
+        if (!IsHeld(scan) && m_loop.MonotonicMilliseconds() >= deadline) return End::kNotSeen;
+        m_loop.Wait(kPollMilliseconds);
+        const JobInfo before = scan.job;
+        QueueScan next = m_watch.ListJobsForPrinter(printer, item);
+        if (!next.listed) continue;
+        scan = std::move(next);
+        if (HasMoved(before, scan.job)) deadline = m_loop.MonotonicMilliseconds() + Allowance();
+    }
+    return End::kSpooled;
+}
+
+}  // namespace quirepress

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "backends/queue_watch.h"
+
+namespace quirepress {
+
+class DebugLog;
+class EventLoop;
+class WayFeedback;
+struct GeneralOptions;
+
+// Waits for the job of a row in its printer's queue, as long as the options say.
+class JobWait {
+public:
+    enum class End { kSpooled, kNotSeen, kStopped };
+
+    JobWait(QueueWatch& watch, EventLoop& loop, DebugLog& debugLog, const GeneralOptions& options)
+        : m_watch(watch), m_loop(loop), m_debugLog(debugLog), m_options(options) {}
+
+    // The print system has the job; what is left is a printer that wants attention, where the options make
+    // the run wait for it. A stop ends this wait and is no failure. May pump.
+    void ForAcceptedJob(const std::string& printer, const std::string& path, std::int64_t jobId,
+                        WayFeedback& feedback);
+
+    // Another program was asked to print the file: its job is proof that it did. May pump.
+    End ForForeignJob(const std::string& printer, const std::string& path, WayFeedback& feedback);
+
+private:
+    bool IsHeld(const QueueScan& scan) const;
+    End AwaitListing(const std::string& printer, const std::string& path, WayFeedback& feedback,
+                     QueueScan& scan);
+    End AwaitSpooling(const std::string& printer, const std::string& path, WayFeedback& feedback,
+                      QueueScan& scan);
+    int Allowance() const;  // milliseconds
+
+    QueueWatch& m_watch;
+    EventLoop& m_loop;
+    DebugLog& m_debugLog;
+    const GeneralOptions& m_options;
+    std::int64_t m_lastForeignJob = 0;  // the job of the item before
+};
+
+}  // namespace quirepress

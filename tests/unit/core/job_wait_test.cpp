@@ -1,0 +1,100 @@
+#include "core/job_wait.h"
+
+#include "core/print_run_ways.h"
+#include "unit/core/print_run_fixture.h"
+
+namespace quirepress {
+namespace {
+
+class JobWaitTest : public testing::Test, protected RunStage<FakeSpooler> {
+protected:
+    struct Feedback : public WayFeedback {
+        void ShowRowStatus(std::string_view status) override { statuses.emplace_back(status); }
+        void ShowBytes(std::int64_t, std::int64_t) override {}
+        bool IsStopped() const override { return isStopped; }
+        bool KeepGoing() override { return !isStopped; }
+        std::vector<std::string> statuses;
+        bool isStopped = false;
+    };
+
+    std::int64_t PutJob(std::uint32_t statusBits, std::string_view document = "a.doc") {
+        JobInfo job;
+        job.document = document;
+        job.statusBits = statusBits;
+        return spooler.PutJob("Laser", job);
+    }
+    void At(long long milliseconds, std::function<void()> action) {
+        const long long due = loop.MonotonicMilliseconds() + milliseconds;
+        InPump([this, due] { return loop.MonotonicMilliseconds() >= due; }, std::move(action));
+    }
+    // How long it took.
+    long long AwaitAccepted(std::int64_t id) {
+        const long long start = loop.MonotonicMilliseconds();
+        wait.ForAcceptedJob("Laser", "/x/a.ps", id, feedback);
+        return loop.MonotonicMilliseconds() - start;
+    }
+    JobWait::End AwaitForeign() {
+        begun = loop.MonotonicMilliseconds();
+        const JobWait::End end = wait.ForForeignJob("Laser", "/x/a.doc", feedback);
+        waited = loop.MonotonicMilliseconds() - begun;
+        return end;
+    }
+
+    Feedback feedback;
+    JobWait wait{watch, loop, debugLog, options};
+    long long begun = 0, waited = 0;
+};
+
+TEST_F(JobWaitTest, AnAcceptedJobHoldsTheRunOnlyInTroubleAndOnlyWhenAskedTo) {
+    const std::int64_t id = PutJob(job_status::kPaperOut);
+    EXPECT_EQ(AwaitAccepted(id), 0);
+
+    options.m_waitForPrinter = true;
+    At(60'000, [&] { spooler.SetJobStatus(id, job_status::kPrinting); });
+    EXPECT_GE(AwaitAccepted(id), 60'000);
+    EXPECT_EQ(AwaitAccepted(id), 0);
+    EXPECT_EQ(AwaitAccepted(id + 1), 0) << "it has left the queue";
+
+    options.m_waitForPrinter = false;
+    options.m_showPrinterAttention = true;
+    const std::int64_t second = PutJob(0);
+    spooler.SetJobStatus(id, job_status::kPaperOut);
+    At(30'000, [&] { spooler.TakeJobAway(id); });
+    EXPECT_GE(AwaitAccepted(second), 30'000) << "the first job of the queue wants attention";
+
+    options.m_waitForPrinter = true;
+    spooler.SetJobStatus(second, job_status::kError);
+    At(1'000, [&] { feedback.isStopped = true; });
+    EXPECT_LT(AwaitAccepted(second), 2'000);
+}
+
+TEST_F(JobWaitTest, AForeignJobIsAwaitedForTheAllowance) {
+    options.m_timeAllow = 5'000;
+    options.m_printerChangeDelay = 20;
+    EXPECT_EQ(AwaitForeign(), JobWait::End::kNotSeen);
+    EXPECT_GE(waited, 7'000);
+    EXPECT_LT(waited, 8'000);
+
+    At(3'000, [&] { PutJob(job_status::kSpooling); });
+    std::int64_t moved = 0;
+    for (int second = 6; second <= 30; second += 4)
+        At(second * 1'000, [&] { spooler.SetJobPages(1, ++moved, 0); });
+    At(32'000, [&] { spooler.SetJobStatus(1, job_status::kPrinting); });
+    EXPECT_EQ(AwaitForeign(), JobWait::End::kSpooled) << "it moved all the time";
+    EXPECT_GE(waited, 32'000);
+
+    EXPECT_EQ(AwaitForeign(), JobWait::End::kNotSeen) << "the job of the item before";
+    PutJob(job_status::kPrinted);
+    EXPECT_EQ(AwaitForeign(), JobWait::End::kSpooled);
+
+    PutJob(job_status::kSpooling);
+    EXPECT_EQ(AwaitForeign(), JobWait::End::kNotSeen) << "it hangs";
+
+    feedback.isStopped = true;
+    EXPECT_EQ(AwaitForeign(), JobWait::End::kStopped);
+    options.m_dontCheckSpoolerForPrint = true;
+    EXPECT_EQ(AwaitForeign(), JobWait::End::kSpooled);
+}
+
+}  // namespace
+}  // namespace quirepress

@@ -1,0 +1,122 @@
+#include <gmock/gmock.h>
+
+#include "unit/core/print_run_fixture.h"
+
+namespace quirepress {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+class PrintRunPrintersTest : public PrintRunTest {
+protected:
+    // "a.ps>Laser" for each document that the spooler keeps, in order.
+    std::vector<std::string> Sent() const {
+        std::vector<std::string> sent;
+        const std::vector<std::string> titles = Printed();
+        std::size_t i = 0;
+        for (const SentDocument& document : spooler.Sent())
+            if (document.finished) sent.push_back(titles[i++] + ">" + document.printer);
+        return sent;
+    }
+    void AddItem(std::string_view path) { list.InsertFileIntoList(path, 1, "", {}); }
+};
+
+TEST_F(PrintRunPrintersTest, CommandItemsChangeThePrinterForTheRowsBelowAndTheRunPutsItBack) {
+    AddFile("a.ps");
+    AddItem("Plotter.printer");
+    AddFile("b.ps");
+    AddItem("12.papercopies");
+    AddItem("Nowhere.printer");
+    AddItem("x.papersize");
+    AddFile("c.ps");
+    const RunSummary summary = run.OnButtonPrint();
+    EXPECT_THAT(Statuses(), ElementsAre("Done", "Printer set to: Plotter", "Done", "Set Copies",
+                                        "Error - Printer not set", "Error Size Not Set", "Done"));
+    EXPECT_THAT(Sent(), ElementsAre("a.ps>Laser", "b.ps>Plotter", "c.ps>Plotter"));
+    EXPECT_EQ(summary.failed, 2);
+    EXPECT_EQ(spooler.DefaultPrinter(), "Laser");
+    run.OnButtonPrint();
+    EXPECT_EQ(Sent().at(3), "a.ps>Laser");
+}
+
+TEST_F(PrintRunPrintersTest, RowsThatNameBalancedPrintersGoToThoseWithRoom) {
+    spooler.KeepJobs(true);
+    balanceOptions.m_printers[0] = {"Laser", "", 2};
+    balanceOptions.m_printers[1] = {"Plotter", "", 0};
+    AddFiles({"a.ps", "b.ps", "c.ps", "d.ps"});
+    ItemTexts onlyFirst;
+    onlyFirst.balancedPrinters = "1";
+    AddFile("e.ps", "bytes", onlyFirst);
+    run.UseBalancing(true);
+    run.OnButtonPrint();
+    EXPECT_THAT(Sent(),
+                ElementsAre("a.ps>Laser", "b.ps>Laser", "c.ps>Plotter", "d.ps>Plotter", "e.ps>Plotter"))
+        << "where none has room, the one used last is used again";
+    EXPECT_EQ(Text(2, kColumnBalancedPrinterUsed), "Plotter");
+    EXPECT_EQ(spooler.DefaultPrinter(), "Laser") << "put back";
+}
+
+TEST_F(PrintRunPrintersTest, WaitsForAnEmptyQueue) {
+    options.m_waitSpoolClearBeforePrint = true;
+    JobInfo earlier;
+    earlier.document = "earlier";
+    const std::int64_t id = spooler.PutJob("Laser", earlier);
+    AddFile("a.ps");
+    InPump([&] { return loop.MonotonicMilliseconds() > 60'000; },
+           [&] {
+               EXPECT_TRUE(spooler.Sent().empty());
+               EXPECT_EQ(prompts.statusTexts.back(), "Waiting for 1 job(s) on printer:Laser to clear");
+               spooler.TakeJobAway(id);
+           });
+    EXPECT_EQ(run.OnButtonPrint().done, 1);
+}
+
+TEST_F(PrintRunPrintersTest, AnAnswerThatWasLostIsNeverTriedAgain) {
+    options.m_onErrorPrintOneMoreTime = true;
+    AddFiles({"a.ps", "b.pdf"});
+    spooler.LoseAnswers();
+    const RunSummary summary = run.OnButtonPrint();
+    const std::string unknown = "Error - Unknown whether it was printed, please check the printer";
+    EXPECT_THAT(Statuses(), ElementsAre(unknown, unknown));
+    EXPECT_EQ(summary.failed, 2);
+    EXPECT_EQ(spooler.CountCalls("StartDocument"), 1);
+    EXPECT_EQ(spooler.CountCalls("PrintDocument"), 1);
+}
+
+TEST_F(PrintRunPrintersTest, ACutOffRunIsTakenUpWhereItWas) {
+    options.m_snapshotRestore = options.m_errorLog = true;
+    AddItem("Plotter.printer");
+    AddFiles({"a.ps", "b.ps", "c.ps"});
+    run.SetCopies(2);
+    CutOffRun cutOff;
+    const auto copySnapshot = [&] {
+        for (const char* name : {"SnapshotRestore.List", "SnapshotRestore.Checkpoint"})
+            folder.Write(std::string("kept/") + name, folder.Read(name));
+    };
+    recorder.onFinished = [&](const RunProgress& progress) {
+        // In the second walk, "a.ps" is done and "b.ps" has not begun.
+        if (progress.copy == 2 && progress.row == 1) copySnapshot();
+    };
+    run.OnButtonPrint();
+    recorder.onFinished = {};
+    EXPECT_EQ(RunSnapshot(files, folder.PathOf("")).Load(cutOff), SnapshotResult::kNone) << "it has ended";
+    ASSERT_EQ(RunSnapshot(files, WithTrailingSeparator(folder.PathOf("kept"))).Load(cutOff),
+              SnapshotResult::kLoaded);
+    ASSERT_EQ(cutOff.rowAtWork, -1);
+    cutOff.rowAtWork = 2;
+    list.Clear();
+    const std::size_t before = Sent().size();
+    const RunSummary summary = run.FinishCutOffRun(cutOff);
+    const std::vector<std::string> sent = Sent();
+    EXPECT_THAT(std::vector<std::string>(sent.begin() + static_cast<std::ptrdiff_t>(before), sent.end()),
+                ElementsAre("c.ps>Plotter"));
+    EXPECT_THAT(Statuses(), ElementsAre("Printer set to: Plotter", "Done",
+                                        HasSubstr("Error - Unknown whether it was printed"), "Done"));
+    EXPECT_EQ(summary.done, 3);
+    EXPECT_EQ(summary.failed, 1);
+    EXPECT_THAT(ErrorRecords(), HasSubstr("b.ps"));
+}
+
+}  // namespace
+}  // namespace quirepress
