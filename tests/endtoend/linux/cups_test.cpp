@@ -1,0 +1,103 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include "platform/event_loop.h"
+#include "qpr_program.h"
+#include "rig/private_cups.h"
+
+namespace quirepress {
+namespace {
+
+using ::testing::HasSubstr;
+
+class QprCups : public testing::Test {
+protected:
+    QprCups() { m_cups.UseHere(); }
+
+    ProgramResult Run(std::vector<std::string> arguments) {
+        const std::vector<std::string> start = {"--home", m_qpr.m_home.Path()};
+        arguments.insert(arguments.begin(), start.begin(), start.end());
+        return m_qpr.RunBare(std::move(arguments));
+    }
+
+    static std::string StatusOf(const nlohmann::json& row) { return row["columns"][3]; }
+
+    QprProgram m_qpr;
+    PrivateCups m_cups{m_qpr.m_services};
+};
+
+TEST_F(QprCups, PrinterReadyFilesArriveAsTheyAre) {
+    m_cups.AddRawQueue("Label");
+    std::string bytes = "%!PS-Adobe-3.0\n%%Pages: 1\n";
+    for (int i = 0; i < 5'000'000; ++i) bytes += static_cast<char>(i * 31 + i / 253);
+    const std::string small = m_qpr.m_work.Write("small.ps", "%!PS\nshowpage\n");
+    const std::string large = m_qpr.m_work.Write("large.ps", bytes);
+    const std::string document = m_qpr.m_work.Write("prices.pdf", "%PDF-1.4\n");
+    const ProgramResult result =
+        Run({"--json", "--spooler", "cups", "print", "--printer", "Label", small, large, document});
+    EXPECT_EQ(result.exitCode, 1) << result.errors;
+    const nlohmann::json rows = result.Json()["rows"];
+    EXPECT_EQ(StatusOf(rows[0]), "Done");
+    EXPECT_EQ(StatusOf(rows[1]), "Done");
+    EXPECT_THAT(StatusOf(rows[2]), HasSubstr("Error"));  // nothing there makes pages of it
+    ASSERT_TRUE(m_cups.AwaitCaptured(2));
+    const std::vector<CapturedJob> captured = m_cups.Captured();
+    ASSERT_EQ(captured.size(), 2U);
+    EXPECT_EQ(captured[0].title, small);
+    EXPECT_EQ(captured[0].bytes, "%!PS\nshowpage\n");
+    EXPECT_EQ(captured[1].title, large);
+    EXPECT_TRUE(captured[1].bytes == bytes);
+}
+
+TEST_F(QprCups, DocumentsReachANetworkPrinter) {
+    m_cups.AddNetworkPrinter("Office");
+    const ProgramResult result = Run({"--json", "--spooler", "cups", "print", "--printer", "Office",
+                                      std::string(QUIREPRESS_SAMPLES) + "/prices.pdf"});
+    EXPECT_EQ(result.exitCode, 0) << result.output << result.errors;
+    EXPECT_THAT(m_cups.AwaitRecord("Office"), HasSubstr("IPP_JOB_NAME="));
+}
+
+TEST_F(QprCups, PrintersAndQueuesAreShown) {
+    m_cups.AddRawQueue("Label");
+    m_cups.Pause("Label");
+    EXPECT_EQ(Run({"--spooler", "cups", "printers", "default", "Label"}).output, "Label\n");
+    const std::string file = m_qpr.m_work.Write("a.ps", "%!PS\n");
+    ASSERT_EQ(Run({"--spooler", "cups", "queue", "Label"}).exitCode, 0);
+    m_cups.RunTool({"lp", "-o", "raw", "-d", "Label", "-t", "other", file});
+    const nlohmann::json jobs = Run({"--json", "--spooler", "cups", "queue"}).Json()["jobs"];
+    ASSERT_EQ(jobs.size(), 1U);
+    EXPECT_EQ(jobs[0]["document"], "other");
+    const std::string id = jobs[0]["id"].dump();
+    EXPECT_EQ(Run({"--spooler", "cups", "queue", "cancel", "Label", id}).exitCode, 0);
+    EXPECT_TRUE(Run({"--json", "--spooler", "cups", "queue"}).Json()["jobs"].empty());
+    const ProgramResult added = Run({"--spooler", "cups", "printers", "add", "Another"});
+    EXPECT_EQ(added.exitCode, 2);
+    EXPECT_THAT(added.errors, HasSubstr("lpadmin"));
+}
+
+TEST_F(QprCups, ItIsChosenWhereItHasAPrinter) {
+    EXPECT_THAT(Run({"printers"}).errors, HasSubstr("using the embedded spooler"));
+    m_cups.AddRawQueue("Label");
+    EXPECT_THAT(Run({"printers"}).errors, HasSubstr("using the cups spooler"));
+    EXPECT_THAT(Run({"--spooler", "embedded", "printers"}).output, HasSubstr("Quirepress"));
+    m_cups.Freeze(true);
+    EventLoop& loop = *m_qpr.m_services.loop;
+    const long long start = loop.MonotonicMilliseconds();
+    EXPECT_THAT(Run({"printers"}).errors, HasSubstr("using the embedded spooler"));
+    EXPECT_LT(loop.MonotonicMilliseconds() - start, 6'000);
+    // What prints nothing asks nobody.
+    EXPECT_EQ(Run({"list", m_qpr.m_work.Write("a.ps", "%!PS\n")}).exitCode, 0);
+    EXPECT_LT(loop.MonotonicMilliseconds() - start, 8'000);
+    m_cups.Freeze(false);
+}
+
+TEST_F(QprCups, ANamedServerThatIsAwayIsNamed) {
+    m_cups.Stop();
+    const ProgramResult result = Run({"--spooler", "cups", "print", "a.ps"});
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_THAT(result.errors, HasSubstr("CUPS can't be used: the print server can't be reached"));
+}
+
+}  // namespace
+}  // namespace quirepress
