@@ -13,7 +13,26 @@ namespace quirepress {
 namespace {
 
 constexpr std::size_t kMostAnswer = 64;
+constexpr std::size_t kMostPages = 10'000'000;
 constexpr int kLongestPause = 20;  // milliseconds between two looks for an answer
+
+std::string AnswerTo(QpdfLibrary& library, const std::string& line) {
+    PdfWorkerRequest request;
+    if (!ParseRequest(line, request)) return FormatAnswer(-1);
+    std::vector<PageColor> pages;
+    PdfResult result = PdfResult::kDone;
+    switch (request.task) {
+        case PdfWorkerRequest::Task::kCount:
+            return FormatAnswer(library.CountPages(request.path, request.full, request.password));
+        case PdfWorkerRequest::Task::kColors:
+            result = library.InspectColors(request.path, request.password, request.tolerance, pages);
+            break;
+        default:
+            result = library.ExtractPages(request.path, request.password, request.ranges, request.target);
+            break;
+    }
+    return FormatResult(result, pages);
+}
 
 }  // namespace
 
@@ -23,17 +42,52 @@ PdfWorker::PdfWorker(Processes& processes, EventLoop& loop, std::string program,
 PdfWorker::~PdfWorker() = default;
 
 long long PdfWorker::CountPages(std::string_view path, bool full, std::string_view password) {
-    const std::string request = FormatRequest({std::string(path), full, std::string(password)}) + "\n";
+    long long pages = -1;
+    const PdfWorkerRequest request{std::string(path), full, std::string(password)};
+    const auto read = [&](std::string_view answer) { return ParseAnswer(answer, pages); };
+    return Ask(request, m_limits.milliseconds, kMostAnswer, read) ? pages : -1;
+}
+
+PdfResult PdfWorker::InspectColors(std::string_view path, std::string_view password, int tolerance,
+                                   std::vector<PageColor>& pages) {
+    PdfWorkerRequest request{std::string(path), false, std::string(password),
+                             PdfWorkerRequest::Task::kColors};
+    request.tolerance = tolerance;
+    std::vector<PageColor> answered;
+    const PdfResult result = AskForResult(request, 3LL * m_limits.milliseconds, answered);
+    if (result == PdfResult::kDone && answered.empty()) return PdfResult::kGaveUp;
+    if (result == PdfResult::kDone) pages = std::move(answered);
+    return result;
+}
+
+PdfResult PdfWorker::ExtractPages(std::string_view path, std::string_view password,
+                                  const std::vector<PdfPageRange>& ranges, std::string_view target) {
+    PdfWorkerRequest request{std::string(path), false, std::string(password),
+                             PdfWorkerRequest::Task::kExtract};
+    request.ranges = ranges;
+    request.target = target;
+    std::vector<PageColor> none;
+    return AskForResult(request, 10LL * m_limits.milliseconds, none);
+}
+
+PdfResult PdfWorker::AskForResult(const PdfWorkerRequest& request, long long milliseconds,
+                                  std::vector<PageColor>& pages) {
+    PdfResult result = PdfResult::kGaveUp;
+    const auto read = [&](std::string_view answer) { return ParseResult(answer, result, pages); };
+    return Ask(request, milliseconds, kMostAnswer + kMostPages, read) ? result : PdfResult::kGaveUp;
+}
+
+bool PdfWorker::Ask(const PdfWorkerRequest& request, long long milliseconds, std::size_t mostAnswer,
+                    const std::function<bool(std::string_view)>& read) {
     std::unique_ptr<ChildProcess> process = std::move(m_idle);
     if (process && !process->IsRunning()) process.reset();
     if (!process) process = StartProcess();
-    long long pages = -1;
     std::string answer;
-    if (!process || !process->WriteInput(request) || !WaitForAnswer(*process, answer) ||
-        !ParseAnswer(answer, pages))
-        return -1;  // and its process ends here
+    if (!process || !process->WriteInput(FormatRequest(request) + "\n") ||
+        !WaitForAnswer(*process, milliseconds, mostAnswer, answer) || !read(answer))
+        return false;  // and its process ends here
     m_idle = std::move(process);
-    return pages;
+    return true;
 }
 
 std::unique_ptr<ChildProcess> PdfWorker::StartProcess() {
@@ -46,8 +100,9 @@ std::unique_ptr<ChildProcess> PdfWorker::StartProcess() {
 }
 
 // One whole line. What the process has to say besides is thrown away, so that it never waits for a reader.
-bool PdfWorker::WaitForAnswer(ChildProcess& process, std::string& answer) {
-    const long long deadline = m_loop.MonotonicMilliseconds() + m_limits.milliseconds;
+bool PdfWorker::WaitForAnswer(ChildProcess& process, long long milliseconds, std::size_t mostAnswer,
+                              std::string& answer) {
+    const long long deadline = m_loop.MonotonicMilliseconds() + milliseconds;
     int pause = 1;
     for (;;) {
         process.IsRunning();  // hands on what its input has not taken yet
@@ -61,8 +116,7 @@ bool PdfWorker::WaitForAnswer(ChildProcess& process, std::string& answer) {
             if (!answer.empty() && answer.back() == '\r') answer.pop_back();
             return isOne;
         }
-        if (!goesOn || answer.size() > kMostAnswer || m_loop.MonotonicMilliseconds() >= deadline)
-            return false;
+        if (!goesOn || answer.size() > mostAnswer || m_loop.MonotonicMilliseconds() >= deadline) return false;
         m_loop.Wait(pause);
         pause = std::min(2 * pause, kLongestPause);
     }
@@ -71,12 +125,8 @@ bool PdfWorker::WaitForAnswer(ChildProcess& process, std::string& answer) {
 int RunPdfWorker(Files& files, Terminal& terminal) {
     QpdfLibrary library(files);
     std::string line;
-    while (terminal.ReadLine(line)) {
-        PdfWorkerRequest request;
-        const bool good = ParseRequest(line, request);
-        const long long pages = good ? library.CountPages(request.path, request.full, request.password) : -1;
-        if (!terminal.WriteOutput(FormatAnswer(pages) + "\n")) return 1;
-    }
+    while (terminal.ReadLine(line))
+        if (!terminal.WriteOutput(AnswerTo(library, line) + "\n")) return 1;
     return 0;
 }
 

@@ -1,11 +1,14 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "documents/pdf_counter.h"
+#include "documents/pdf_pages.h"
 
 namespace quirepress {
 
@@ -13,27 +16,38 @@ class ChildProcess;
 class EventLoop;
 class Processes;
 class Terminal;
+struct PdfWorkerRequest;
 
 struct PdfWorkerLimits {
-    int milliseconds = 30'000;                    // for one answer
+    int milliseconds = 30'000;                    // for a count; thrice for colours, ten times for a new file
     std::int64_t memory = std::int64_t{1} << 30;  // bytes of address space
 };
 
 // The PDF library in a process of its own, which is started when it is first needed and serves one file
 // after the other. When it hangs, dies, takes too much or answers nonsense, it is ended, that file's count
-// is -1, and the next file gets a new one.
-class PdfWorker : public PdfLibrary {
+// is -1 (its result kGaveUp), and the next file gets a new one.
+class PdfWorker : public PdfLibrary, public PdfPages {
 public:
     // `program` is started with the argument "pdf-worker" and then does RunPdfWorker().
     PdfWorker(Processes& processes, EventLoop& loop, std::string program, PdfWorkerLimits limits = {});
     ~PdfWorker() override;
 
-    // May pump, and may be called again from there: such a call has a process of its own.
+    // They may pump, and may be called again from there: such a call has a process of its own.
     long long CountPages(std::string_view path, bool full, std::string_view password) override;
+    PdfResult InspectColors(std::string_view path, std::string_view password, int tolerance,
+                            std::vector<PageColor>& pages) override;
+    PdfResult ExtractPages(std::string_view path, std::string_view password,
+                           const std::vector<PdfPageRange>& ranges, std::string_view target) override;
 
 private:
+    // False when there was no answer that `read` takes.
+    bool Ask(const PdfWorkerRequest& request, long long milliseconds, std::size_t mostAnswer,
+             const std::function<bool(std::string_view)>& read);
+    PdfResult AskForResult(const PdfWorkerRequest& request, long long milliseconds,
+                           std::vector<PageColor>& pages);
     std::unique_ptr<ChildProcess> StartProcess();
-    bool WaitForAnswer(ChildProcess& process, std::string& answer);
+    bool WaitForAnswer(ChildProcess& process, long long milliseconds, std::size_t mostAnswer,
+                       std::string& answer);
 
     Processes& m_processes;
     EventLoop& m_loop;

@@ -1,0 +1,135 @@
+#include "documents/pdf_pages.h"
+
+#include <memory>
+#include <qpdf/Pipeline.hh>
+#include <qpdf/QPDF.hh>
+#include <qpdf/QPDFPageDocumentHelper.hh>
+#include <qpdf/QPDFWriter.hh>
+#include <stdexcept>
+
+#include "documents/qpdf_file.h"
+#include "platform/files.h"
+
+namespace quirepress {
+namespace {
+
+// Of a document's catalogue, what only a screen has use for; it can be larger than the pages.
+constexpr const char* kForScreens[] = {"/Outlines",  "/StructTreeRoot", "/Names",   "/Dests",
+                                       "/Threads",   "/OpenAction",     "/AA",      "/Metadata",
+                                       "/PieceInfo", "/PageLabels",     "/PageMode"};
+constexpr std::size_t kBufferSize = 256 * 1024;
+
+class FileTarget : public Pipeline {
+public:
+    explicit FileTarget(OutputFile& file) : Pipeline("target", nullptr), m_file(file) {}
+
+    void write(unsigned char const* data, size_t size) override {
+        m_buffer.append(reinterpret_cast<const char*>(data), size);
+        if (m_buffer.size() >= kBufferSize) Flush();
+    }
+    void finish() override { Flush(); }
+    bool HasFailed() const { return m_hasFailed; }
+
+private:
+    void Flush() {
+        m_hasFailed = m_hasFailed || m_file.Write(m_buffer.data(), m_buffer.size()) != FileResult::kDone;
+        m_buffer.clear();
+        if (m_hasFailed) throw std::runtime_error("the target can't be written");
+    }
+
+    OutputFile& m_file;
+    std::string m_buffer;
+    bool m_hasFailed = false;
+};
+
+// A page that is left out may still be named by links and form fields: it stays as an empty one.
+void Strip(QPDFObjectHandle page) {
+    for (const char* key : {"/Contents", "/Resources", "/Annots", "/Thumb", "/PieceInfo", "/Metadata", "/B"})
+        page.removeKey(key);
+}
+
+bool KeepPages(QPDF& pdf, const std::vector<PdfPageRange>& ranges) {
+    QPDFPageDocumentHelper document(pdf);
+    document.pushInheritedAttributesToPage();
+    const std::vector<QPDFPageObjectHelper> pages = document.getAllPages();
+    const int count = static_cast<int>(pages.size());
+    std::vector<bool> isKept(pages.size());
+    std::vector<std::size_t> order;
+    for (const PdfPageRange& range : ranges) {
+        const int last = range.last == kAllPdfPages.last ? count : range.last;
+        if (range.first < 1 || range.first > last || last > count) return false;
+        for (int page = range.first; page <= last; ++page)
+            order.push_back(static_cast<std::size_t>(page - 1));
+    }
+    // The cheap end first: every page behind the one that goes is looked at anew.
+    for (std::size_t i = pages.size(); i-- > 0;) document.removePage(pages[i]);
+    for (const std::size_t page : order) {
+        document.addPage(pages[page], false);
+        isKept[page] = true;
+    }
+    for (std::size_t i = 0; i < pages.size(); ++i)
+        if (!isKept[i]) Strip(pages[i].getObjectHandle());
+    for (const char* key : kForScreens) pdf.getRoot().removeKey(key);
+    return !order.empty();
+}
+
+PdfResult WriteDraft(Files& files, QPDF& pdf, const std::string& draft) {
+    FileResult result = FileResult::kDone;
+    const std::unique_ptr<OutputFile> file =
+        files.OpenForWriting(draft, OpenMode::kReplace, FileAccess::kOwnerOnly, result);
+    if (!file) return PdfResult::kNotWritten;
+    FileTarget target(*file);
+    try {
+        QPDFWriter writer(pdf);
+        writer.setOutputPipeline(&target);
+        writer.setPreserveEncryption(false);
+        writer.setStreamDataMode(qpdf_s_preserve);
+        writer.write();
+    } catch (const std::exception& error) {
+        return target.HasFailed() ? PdfResult::kNotWritten : ResultOf(error);
+    }
+    const bool isWritten = file->FlushToDisk() == FileResult::kDone && file->Close() == FileResult::kDone;
+    return isWritten ? PdfResult::kDone : PdfResult::kNotWritten;
+}
+
+}  // namespace
+
+const char* DescribePdfResult(PdfResult result) {
+    switch (result) {
+        case PdfResult::kDone:
+            return "done";
+        case PdfResult::kUnreadable:
+            return "the file can't be read as a PDF";
+        case PdfResult::kWrongPassword:
+            return "the file is protected by another password";
+        case PdfResult::kNoSuchPages:
+            return "the file doesn't have these pages";
+        case PdfResult::kNotWritten:
+            return "the new file can't be written";
+        default:
+            return "the file takes too long, or too much memory";
+    }
+}
+
+PdfResult ExtractPdfPages(Files& files, std::string_view path, std::string_view password,
+                          const std::vector<PdfPageRange>& ranges, std::string_view target) {
+    FileResult opened = FileResult::kDone;
+    const std::unique_ptr<InputFile> file = files.OpenForReading(path, opened);
+    if (!file) return PdfResult::kUnreadable;
+    const std::string draft = std::string(target) + ".part";
+    PdfResult result = PdfResult::kDone;
+    try {
+        QPDF pdf;
+        OpenQpdf(pdf, *file, password);
+        result = KeepPages(pdf, ranges) ? WriteDraft(files, pdf, draft) : PdfResult::kNoSuchPages;
+    } catch (const std::exception& error) {
+        result = ResultOf(error);
+    }
+    if (result == PdfResult::kNoSuchPages) return result;
+    if (result == PdfResult::kDone && files.Rename(draft, target, true) != FileResult::kDone)
+        result = PdfResult::kNotWritten;
+    if (result != PdfResult::kDone) files.Erase(draft);
+    return result;
+}
+
+}  // namespace quirepress
