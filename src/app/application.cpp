@@ -59,6 +59,7 @@ Application::Application(Services& services, Prompts& userPrompts, ApplicationRe
     m_list = std::make_unique<PrintList>(PrintListServices{
         files, *m_services.shell, *m_services.clock, *m_services.machine, *m_services.loop, *m_prompts,
         *m_debugLog, *m_pdfCounter, m_options, m_request.workingFolder, m_request.keepLoading});
+    m_snapshot = std::make_unique<RunSnapshot>(files, m_request.workingFolder);
     LoadGeneralOptions(m_options, Settings(), m_services.machine->Family(), m_request.unattended);
     if (m_request.debug && m_debugLog->Open(files, PathOf("qpr.log")) != 0)
         m_prompts->ShowBox("Log File Error", "Can't open qpr.log for append");

@@ -72,6 +72,7 @@ public:
     ErrorLog& Errors() { return *m_errorLog; }
     PdfCounter& PdfPages() { return *m_pdfCounter; }
     PrintList& List() { return *m_list; }
+    RunSnapshot& Snapshot() { return *m_snapshot; }
 
     // After OpenSpooler.
     Spooler& PrintSpooler() { return *m_spooler; }
@@ -82,7 +83,6 @@ public:
     QueueWatch& Watch() { return *m_watch; }
     PrinterBalance& Balance() { return *m_balance; }
     const BalanceOptions& BalancedPrinters() const { return m_balanceOptions; }
-    RunSnapshot& Snapshot() { return *m_snapshot; }
 
 private:
     void OpenCups(bool wasNamed, std::string& message);

@@ -5,7 +5,6 @@
 #include "backends/queue_watch.h"
 #include "core/print_list.h"
 #include "core/print_run.h"
-#include "core/run_snapshot.h"
 #include "documents/pdf_counter.h"
 #include "logs/debug_log.h"
 #include "logs/error_log.h"
@@ -49,7 +48,6 @@ void Application::MakeRun() {
         *m_spooler, files, loop, *m_prompts, *m_debugLog, m_options, m_request.workingFolder});
     m_watch = std::make_unique<QueueWatch>(*m_spooler, files, *m_prompts, *m_debugLog, m_options);
     m_balance = std::make_unique<PrinterBalance>(*m_spooler, loop, *m_prompts, *m_debugLog, m_balanceOptions);
-    m_snapshot = std::make_unique<RunSnapshot>(files, m_request.workingFolder);
     m_run = std::make_unique<PrintRun>(PrintRunServices{
         *m_list, *m_spooler, *m_directPrinter, files, loop, *m_prompts, *m_debugLog, *m_errorLog,
         *m_selection, *m_watch, *m_balance, *m_snapshot, m_options, m_balanceOptions});

@@ -89,6 +89,7 @@ int RunConsole(Services& services, std::vector<std::string> arguments) {
     DefineGlobalOptions(program, context.m_global);
     CommandSet commands{program, context, {}};
     DefinePrintCommands(commands);
+    DefineRestoreCommands(commands);
     DefinePrinterCommands(commands);
     DefineSetupCommands(commands);
     DefineBalanceCommands(commands);

@@ -25,6 +25,7 @@ struct CommandSet {
 std::vector<std::string> ShowSeparators(std::vector<std::string> items);
 
 void DefinePrintCommands(CommandSet& commands);  // print, list, pages
+void DefineRestoreCommands(CommandSet& commands);
 void DefineSettingsCommands(CommandSet& commands);
 void DefinePrinterCommands(CommandSet& commands);  // printers, queue
 void DefineSetupCommands(CommandSet& commands);    // prs, tray

@@ -2,20 +2,18 @@
 #include <nlohmann/json.hpp>
 
 #include "app/application.h"
-#include "base/format.h"
 #include "base/path.h"
 #include "base/text.h"
 #include "console/commands.h"
 #include "console/context.h"
-#include "console/delivery.h"
 #include "console/progress.h"
 #include "console/row_output.h"
+#include "console/run_session.h"
 #include "console/table.h"
 #include "core/print_list.h"
 #include "core/print_run.h"
 #include "documents/page_counts.h"
 #include "documents/pdf_counter.h"
-#include "platform/event_loop.h"
 #include "platform/files.h"
 #include "platform/interrupts.h"
 #include "platform/spooler.h"
@@ -103,84 +101,16 @@ struct PrintOptions {
     RowOptions row;
     std::string printer;
     int copies = 0;
+    bool balance = false;
     bool dryRun = false;
 };
-
-// Ctrl-C ends the run in order; the platform ends the program at the second.
-class StopOnInterrupt {
-public:
-    StopOnInterrupt(EventLoop& loop, PrintRun& run) : m_loop(loop) {
-        m_task = m_loop.AddPumpTask([&run] {
-            if (InterruptCount() > 0 && run.IsRunning()) run.Stop();
-            return false;
-        });
-    }
-    ~StopOnInterrupt() { m_loop.RemovePumpTask(m_task); }
-    StopOnInterrupt(const StopOnInterrupt&) = delete;
-    StopOnInterrupt& operator=(const StopOnInterrupt&) = delete;
-
-private:
-    EventLoop& m_loop;
-    int m_task;
-};
-
-bool PrinterExists(Spooler& spooler, const std::string& printer) {
-    std::vector<PrinterInfo> printers;
-    spooler.ListPrinters(printers);
-    for (const PrinterInfo& info : printers)
-        if (info.name == printer) return true;
-    return false;
-}
-
-int ExitCodeOf(const RunSummary& summary) {
-    switch (summary.end) {
-        case RunSummary::End::kStopped:
-            return kExitStopped;
-        case RunSummary::End::kNoPrinter:
-            return kExitNoPrinter;
-        case RunSummary::End::kNothingToPrint:
-        case RunSummary::End::kRefused:
-            return kExitNotAllDone;
-        case RunSummary::End::kFinished:
-            break;
-    }
-    return summary.failed + summary.skipped == 0 ? kExitDone : kExitNotAllDone;
-}
-
-void PrintSummary(Context& context, Application& application, const std::string& printer,
-                  const RunSummary& summary, const DeliveryReport& delivery) {
-    if (context.WantsJson()) {
-        context.PrintJson({{"printer", ToUtf8ForDisplay(printer)},
-                           {"rows", RowsToJson(application.List())},
-                           {"done", summary.done},
-                           {"failed", summary.failed},
-                           {"skipped", summary.skipped},
-                           {"seconds", summary.seconds},
-                           {"queued", delivery.jobsLeft}});
-        return;
-    }
-    const bool colours = context.OutputHasColours();
-    context.Print(RenderRows(application.List(), colours));
-    const std::string counts = Format("%d done, %d failed, %d skipped in %.1f s on %s", summary.done,
-                                      summary.failed, summary.skipped, summary.seconds, printer);
-    const bool isGood = summary.failed + summary.skipped == 0;
-    context.Print(Shaded(ToPrintableLine(counts), isGood ? Shade::kGood : Shade::kBad, colours) + "\n");
-    const std::string folder = OutputFolderOf(application, printer);
-    if (!folder.empty() && summary.done > 0)
-        context.Print("The output lies in " + ToPrintableLine(folder) + "\n");
-    for (const std::string& line : delivery.lines) context.Print(ToPrintableLine(line) + "\n");
-}
 
 int RunPrint(Context& context, const PrintOptions& options) {
     Application* application = context.OpenApplicationWithSpooler();
     if (application == nullptr) return kExitNoPrinter;
-    Spooler& spooler = application->PrintSpooler();
-    const std::string printer = options.printer.empty() ? spooler.DefaultPrinter() : options.printer;
-    if (printer.empty() || !PrinterExists(spooler, printer)) {
-        context.PrintResult(kExitNoPrinter, printer.empty() ? "There is no printer."
-                                                            : "There is no printer \"" + printer + "\".");
-        return kExitNoPrinter;
-    }
+    const std::string printer =
+        options.printer.empty() ? application->PrintSpooler().DefaultPrinter() : options.printer;
+    if (!CheckPrinterExists(context, *application, printer)) return kExitNoPrinter;
     ProgressLine progress(*context.System().terminal, application->List(), context.ErrorsHaveColours());
     progress.Show("Loading the list ...");
     const Loading loading = LoadItems(*application, options.row);
@@ -197,17 +127,13 @@ int RunPrint(Context& context, const PrintOptions& options) {
             context.Print(RenderRows(application->List(), context.OutputHasColours()));
         return ExitCodeOf(loading);
     }
-    PrintRun& run = application->Run();
-    const StopOnInterrupt stop(*context.System().loop, run);
-    run.UseObserver(&progress);
-    run.UsePrinter(printer);
-    if (options.copies > 0) run.SetCopies(options.copies);
-    const RunSummary summary = run.OnButtonPrint();
-    const DeliveryReport delivery = DeliverJobs(context, *application, progress);
-    progress.Clear();
-    PrintSummary(context, *application, printer, summary, delivery);
-    if (delivery.wasStopped) return kExitStopped;
-    const int exitCode = ExitCodeOf(summary);
+    const auto start = [&](PrintRun& run) {
+        run.UsePrinter(printer);
+        run.UseBalancing(options.balance);
+        if (options.copies > 0) run.SetCopies(options.copies);
+        return run.OnButtonPrint();
+    };
+    const int exitCode = RunAndReport(context, *application, printer, progress, start);
     return exitCode == kExitDone ? ExitCodeOf(loading) : exitCode;
 }
 
@@ -258,7 +184,8 @@ void DefinePrint(CommandSet& commands) {
     CLI::App* command =
         commands.Add(commands.m_program, "print", "Load the items into a list and print it",
                      {"qpr print invoices/", "qpr print --printer Office --copies 2 letter.ps plan.hpgl",
-                      "qpr print --direct label.zpl -- -odd-name.ps", "qpr --json print archive.zip"});
+                      "qpr print --direct label.zpl -- -odd-name.ps", "qpr print --balance reports/",
+                      "qpr --json print archive.zip"});
     auto options = std::make_shared<PrintOptions>();
     DefineRowOptions(command, options->row);
     command->add_option("--printer", options->printer, "The printer; else the default printer")
@@ -266,6 +193,8 @@ void DefinePrint(CommandSet& commands) {
     command->add_option("--copies", options->copies, "How often the whole list is printed")
         ->check(CLI::Range(1, 9999))
         ->type_name("N");
+    command->add_flag("--balance", options->balance,
+                      "Spread the documents over the printers of balancedprinters.ini");
     command->add_flag("--dry-run", options->dryRun, "Load and show the list, print nothing");
     commands.RunWith(command,
                      [options, &context = commands.m_context] { return RunPrint(context, *options); });

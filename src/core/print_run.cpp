@@ -30,15 +30,6 @@ RunSummary EndedEarly(RunSummary::End end) {
     return summary;
 }
 
-void PutRowsBack(PrintList& list, const CutOffRun& cutOff) {
-    list.Clear();
-    for (const CutOffRun::Row& row : cutOff.rows) {
-        ColumnTexts texts;
-        std::copy(row.texts.begin(), row.texts.end(), texts.begin());
-        list.AppendRow(texts, row.mark);
-    }
-}
-
 }  // namespace
 
 PrintRun::PrintRun(PrintRunServices services) : m_services(services), m_ways(MakeRunWays(services)) {}

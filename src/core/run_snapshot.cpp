@@ -122,6 +122,15 @@ void ReadJournal(Fields& lines, CutOffRun& run) {
 
 }  // namespace
 
+void PutRowsBack(PrintList& list, const CutOffRun& cutOff) {
+    list.Clear();
+    for (const CutOffRun::Row& row : cutOff.rows) {
+        ColumnTexts texts;
+        std::copy(row.texts.begin(), row.texts.end(), texts.begin());
+        list.AppendRow(texts, row.mark);
+    }
+}
+
 struct RunSnapshot::Checkpoint {
     std::int32_t finished = -1;  // index of the last finished row
     std::int32_t copy = 1;

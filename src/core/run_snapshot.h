@@ -31,6 +31,9 @@ struct CutOffRun {
 
 constexpr std::string_view kSnapshotFailed = "Can't write to SnapshotRestore.List file.";
 
+// The rows of the list are those of the run, from here on.
+void PutRowsBack(PrintList& list, const CutOffRun& cutOff);
+
 enum class SnapshotResult { kLoaded, kNone, kInUse, kDamaged };
 
 // What a run leaves on the disk while it is under way, for the case that it is cut off:

@@ -1,0 +1,104 @@
+#include "console/run_session.h"
+
+#include <nlohmann/json.hpp>
+
+#include "app/application.h"
+#include "base/format.h"
+#include "base/text.h"
+#include "console/context.h"
+#include "console/delivery.h"
+#include "console/progress.h"
+#include "console/row_output.h"
+#include "console/table.h"
+#include "core/print_run.h"
+#include "platform/event_loop.h"
+#include "platform/interrupts.h"
+#include "platform/spooler.h"
+
+namespace quirepress {
+
+namespace {
+
+// Ctrl-C ends the run in order; the platform ends the program at the second.
+class StopOnInterrupt {
+public:
+    StopOnInterrupt(EventLoop& loop, PrintRun& run) : m_loop(loop) {
+        m_task = m_loop.AddPumpTask([&run] {
+            if (InterruptCount() > 0 && run.IsRunning()) run.Stop();
+            return false;
+        });
+    }
+    ~StopOnInterrupt() { m_loop.RemovePumpTask(m_task); }
+    StopOnInterrupt(const StopOnInterrupt&) = delete;
+    StopOnInterrupt& operator=(const StopOnInterrupt&) = delete;
+
+private:
+    EventLoop& m_loop;
+    int m_task;
+};
+
+int ExitCodeOf(const RunSummary& summary) {
+    switch (summary.end) {
+        case RunSummary::End::kStopped:
+            return kExitStopped;
+        case RunSummary::End::kNoPrinter:
+            return kExitNoPrinter;
+        case RunSummary::End::kNothingToPrint:
+        case RunSummary::End::kRefused:
+            return kExitNotAllDone;
+        case RunSummary::End::kFinished:
+            break;
+    }
+    return summary.failed + summary.skipped == 0 ? kExitDone : kExitNotAllDone;
+}
+
+void PrintSummary(Context& context, Application& application, const std::string& printer,
+                  const RunSummary& summary, const DeliveryReport& delivery) {
+    if (context.WantsJson()) {
+        context.PrintJson({{"printer", ToUtf8ForDisplay(printer)},
+                           {"rows", RowsToJson(application.List())},
+                           {"done", summary.done},
+                           {"failed", summary.failed},
+                           {"skipped", summary.skipped},
+                           {"seconds", summary.seconds},
+                           {"queued", delivery.jobsLeft}});
+        return;
+    }
+    const bool colours = context.OutputHasColours();
+    context.Print(RenderRows(application.List(), colours));
+    const std::string counts = Format("%d done, %d failed, %d skipped in %.1f s on %s", summary.done,
+                                      summary.failed, summary.skipped, summary.seconds, printer);
+    const bool isGood = summary.failed + summary.skipped == 0;
+    context.Print(Shaded(ToPrintableLine(counts), isGood ? Shade::kGood : Shade::kBad, colours) + "\n");
+    const std::string folder = OutputFolderOf(application, printer);
+    if (!folder.empty() && summary.done > 0)
+        context.Print("The output lies in " + ToPrintableLine(folder) + "\n");
+    for (const std::string& line : delivery.lines) context.Print(ToPrintableLine(line) + "\n");
+}
+
+}  // namespace
+
+bool CheckPrinterExists(Context& context, Application& application, const std::string& printer) {
+    std::vector<PrinterInfo> printers;
+    application.PrintSpooler().ListPrinters(printers);
+    for (const PrinterInfo& info : printers)
+        if (info.name == printer) return true;
+    context.PrintResult(kExitNoPrinter, printer.empty() ? "There is no printer."
+                                                        : "There is no printer \"" + printer + "\".");
+    return false;
+}
+
+int RunAndReport(Context& context, Application& application, const std::string& printer,
+                 ProgressLine& progress, const std::function<RunSummary(PrintRun& run)>& start) {
+    PrintRun& run = application.Run();
+    const StopOnInterrupt stop(*context.System().loop, run);
+    run.UseObserver(&progress);
+    const RunSummary summary = start(run);
+    run.UseObserver(nullptr);
+    const DeliveryReport delivery = DeliverJobs(context, application, progress);
+    progress.Clear();
+    PrintSummary(context, application, printer, summary, delivery);
+    return delivery.wasStopped ? kExitStopped : ExitCodeOf(summary);
+}
+
+}  // namespace quirepress

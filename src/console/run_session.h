@@ -1,0 +1,22 @@
+#pragma once
+
+#include <functional>
+#include <string>
+
+namespace quirepress {
+
+class Application;
+class Context;
+class PrintRun;
+class ProgressLine;
+struct RunSummary;
+
+// Whether the printer exists; the reason why not is the command's result then.
+bool CheckPrinterExists(Context& context, Application& application, const std::string& printer);
+
+// One print run as a command shows it: Ctrl-C ends it in order, the progress line follows it, the embedded
+// spooler then delivers, and the rows and counts are printed. The command's exit code.
+int RunAndReport(Context& context, Application& application, const std::string& printer,
+                 ProgressLine& progress, const std::function<RunSummary(PrintRun& run)>& start);
+
+}  // namespace quirepress
