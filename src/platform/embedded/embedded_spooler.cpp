@@ -4,7 +4,6 @@
 
 #include "base/text.h"
 #include "platform/clock.h"
-#include "platform/embedded/spooled_document.h"
 #include "platform/event_loop.h"
 #include "platform/files.h"
 #include "platform/machine.h"
@@ -14,8 +13,6 @@ namespace quirepress {
 namespace {
 
 constexpr long long kRefreshInterval = 1'000;
-// Each is a job and a file of its own, and nothing else happens until the last one is written.
-constexpr std::int64_t kMostCopies = 9'999;
 
 bool IsInQueue(const JobFiles& job) {
     return job.IsWaiting() || (job.IsUnclosed() && job.hasDraft);

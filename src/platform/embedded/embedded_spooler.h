@@ -9,6 +9,7 @@
 
 #include "platform/embedded/printer_delivery.h"
 #include "platform/embedded/printer_directory.h"
+#include "platform/embedded/spooled_document.h"
 #include "platform/spooler.h"
 
 namespace quirepress {
@@ -50,6 +51,7 @@ public:
     int ChangeJobPriority(std::string_view printer, std::int64_t id, int priority) override;
     int CancelJob(std::string_view printer, std::int64_t id) override;
     int ListBins(std::string_view printer, std::vector<BinInfo>& bins) override;
+    std::string ErrorText(int systemError) override { return SpoolerErrorText(systemError); }
 
     int CreatePrinterQueue(std::string_view printer, std::string_view port, std::string& message) override;
     // Refused (-1) while there are jobs. What lies in its output folder stays.

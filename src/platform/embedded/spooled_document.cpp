@@ -2,10 +2,18 @@
 
 #include <utility>
 
+#include "base/format.h"
+
 namespace quirepress {
 
 int SpoolerErrorNumber(FileResult result) {
     return static_cast<int>(result);
+}
+
+std::string SpoolerErrorText(int number) {
+    if (number == kNoSuchPrinterNumber) return "there is no such printer";
+    if (number == kTooManyCopiesNumber) return Format("more than %d copies at once", kMostCopies);
+    return DescribeFileResult(static_cast<FileResult>(number));
 }
 
 SpooledDocument::SpooledDocument(Files& files, PrinterFolder printer, JobRecord record,

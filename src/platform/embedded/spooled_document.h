@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
@@ -14,6 +15,12 @@ namespace quirepress {
 int SpoolerErrorNumber(FileResult result);
 constexpr int kNoSuchPrinterNumber = 100;
 constexpr int kTooManyCopiesNumber = 101;
+// The sentence part for each of them.
+std::string SpoolerErrorText(int number);
+
+// Of one file at once: each is a job and a file of its own, and nothing else happens until the last is
+// written.
+constexpr std::int64_t kMostCopies = 9'999;
 
 // One document on its way into a printer's queue. It can outlive the spooler that opened it.
 class SpooledDocument : public RawPrinter {

@@ -233,5 +233,33 @@ TEST_F(EmbeddedSpoolerTest, CopiesOfAFileAreJobsOfTheirOwnOrNone) {
     EXPECT_EQ(Output().size(), 3U);
 }
 
+TEST_F(EmbeddedSpoolerTest, ADocumentKeepsHowItIsToBePrinted) {
+    m_spooler->PausePrinterQueue("Quirepress", m_message);
+    const std::string path = m_folder.Write("a.pdf", "%PDF");
+    DocumentInfo document{path, 2};
+    document.ticket.paperSize = 9;
+    document.ticket.copies = 3;
+    document.ticket.trayName = "Upper;\n100%";
+    document.pageRanges = "1-3";
+    int error = 0;
+    ASSERT_GT(m_spooler->PrintDocument("Quirepress", path, document, error), 0);
+    Restart();
+    const std::vector<JobInfo> jobs = Jobs("Quirepress");
+    EXPECT_EQ(jobs.size(), 6U);
+    for (const JobInfo& job : jobs) EXPECT_EQ(job.options, "media=A4 pages=1-3 tray=Upper;\n100%");
+    Spool("Quirepress", "plain.ps");
+    EXPECT_EQ(Jobs("Quirepress").back().options, "");
+
+    // More than can be written while nothing else happens.
+    document.copies = 10;
+    document.ticket.copies = 1'000;
+    EXPECT_EQ(m_spooler->PrintDocument("Quirepress", path, document, error), -1);
+    EXPECT_EQ(m_spooler->ErrorText(error), "more than 9999 copies at once");
+    document.copies = 2'147'483'647;
+    document.ticket.copies = 1'000'000;
+    EXPECT_EQ(m_spooler->PrintDocument("Quirepress", path, document, error), -1);
+    EXPECT_EQ(Jobs("Quirepress").size(), 7U);
+}
+
 }  // namespace
 }  // namespace quirepress
