@@ -23,17 +23,10 @@ struct SetupRequest {
     std::string tray;
 };
 
-PrinterSelection SelectionOf(Application& application) {
-    Services& system = application.System();
-    return PrinterSelection({application.PrintSpooler(), *system.files, *system.loop,
-                             application.UserPrompts(), application.Debug(), application.Options(),
-                             application.WorkingFolder()});
-}
-
 int SaveSetup(Context& context, const SetupRequest& request) {
     Application* application = context.OpenApplicationWithSpooler();
     if (application == nullptr) return kExitNoPrinter;
-    PrinterSelection selection = SelectionOf(*application);
+    PrinterSelection& selection = application->Selection();
     const std::string printer = request.printer.empty() ? selection.DefaultPrinter() : request.printer;
     std::string message;
     if (selection.UsePrinter(printer, message) != 0) {
@@ -147,7 +140,7 @@ int FindTray(Context& context, const SetupRequest& request) {
     Application* application = OpenWithTrays(context, request.printer, trays);
     if (application == nullptr) return kExitNoPrinter;
     BinInfo tray;
-    if (!SelectionOf(*application).FindTray(request.printer, request.tray, tray)) {
+    if (!application->Selection().FindTray(request.printer, request.tray, tray)) {
         context.PrintResult(-1, tray.name + ": the printer \"" + request.printer + "\" has no tray \"" +
                                     request.tray + "\".");
         return kExitNotAllDone;
