@@ -22,8 +22,9 @@ public:
         if (!options.m_compareSize) stamp.size = 0;
         if (!options.m_compareCreated) stamp.created.clear();
         if (!options.m_compareModified) stamp.written.clear();
-        const std::string candidate = Format("%-22s\t%-8ld\t%-160s\t%-22s\t%-22s\r\n", " ", stamp.size,
-                                             AsWritten(stamp.path), stamp.created, stamp.written);
+        const std::string candidate =
+            Format("%-22s\t%-8ld\t%-160s\t%-22s\t%-22s\r\n", " ", stamp.size, AsWritten(stamp.path),
+                   AsWritten(stamp.created), AsWritten(stamp.written));
         const std::string compared = candidate.substr(23, candidate.size() - 2 - 23);
         LineByLine lines(log);
         while (lines.Read()) {
@@ -46,9 +47,9 @@ public:
     }
 
 private:
-    // Names go into a log without line ends and NULs.
-    static std::string AsWritten(std::string_view name) {
-        std::string text(name);
+    // Texts go into a log without line ends and NULs.
+    static std::string AsWritten(std::string_view field) {
+        std::string text(field);
         std::replace_if(
             text.begin(), text.end(), [](char c) { return c == '\r' || c == '\n' || c == '\0'; }, ' ');
         return text;
