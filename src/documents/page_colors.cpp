@@ -30,14 +30,16 @@ PageColors::PageColors(PdfPages& pdf, PageRenderer& renderer, EventLoop& loop, F
 
 PdfResult PageColors::Judge(std::string_view path, std::string_view password, int tolerance,
                             std::vector<PageColor>& pages) {
+    const int percent = std::clamp(tolerance, 0, 100);
     GreyRule rule;
-    rule.spread = std::max(rule.spread, tolerance / 100.0);
+    rule.spread = std::max(rule.spread, percent / 100.0);
     std::vector<PageColor> colors;
-    const PdfResult result = m_pdf.InspectColors(path, password, tolerance, colors);
+    const PdfResult result = m_pdf.InspectColors(path, password, percent, colors);
     if (result != PdfResult::kDone) return result;
     if (HasUndecided(colors) && password.empty()) Render(path, rule, colors);
     if (HasUndecided(colors) && !password.empty()) {
         // On a command line everybody on this machine could read the password.
+        m_files.MakeFolders(m_temporaryFolder);
         const std::string copy =
             JoinPath(m_temporaryFolder, Format("colors-%x.pdf", m_loop.MonotonicMilliseconds()));
         if (m_pdf.ExtractPages(path, password, {kAllPdfPages}, copy) == PdfResult::kDone)

@@ -19,6 +19,7 @@ constexpr const char* kForScreens[] = {"/Outlines",  "/StructTreeRoot", "/Names"
                                        "/PieceInfo", "/PageLabels",     "/PageMode"};
 constexpr std::size_t kBufferSize = 256 * 1024;
 
+// The library's destructors may write too, so that a failure is noted, not thrown.
 class FileTarget : public Pipeline {
 public:
     explicit FileTarget(OutputFile& file) : Pipeline("target", nullptr), m_file(file) {}
@@ -34,7 +35,6 @@ private:
     void Flush() {
         m_hasFailed = m_hasFailed || m_file.Write(m_buffer.data(), m_buffer.size()) != FileResult::kDone;
         m_buffer.clear();
-        if (m_hasFailed) throw std::runtime_error("the target can't be written");
     }
 
     OutputFile& m_file;
@@ -86,9 +86,10 @@ PdfResult WriteDraft(Files& files, QPDF& pdf, const std::string& draft) {
         writer.setStreamDataMode(qpdf_s_preserve);
         writer.write();
     } catch (const std::exception& error) {
-        return target.HasFailed() ? PdfResult::kNotWritten : ResultOf(error);
+        return ResultOf(error);
     }
-    const bool isWritten = file->FlushToDisk() == FileResult::kDone && file->Close() == FileResult::kDone;
+    const bool isWritten =
+        !target.HasFailed() && file->FlushToDisk() == FileResult::kDone && file->Close() == FileResult::kDone;
     return isWritten ? PdfResult::kDone : PdfResult::kNotWritten;
 }
 

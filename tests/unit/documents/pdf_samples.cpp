@@ -111,6 +111,22 @@ std::string Encrypted(const std::string& pdf, Cipher cipher, const std::string& 
     });
 }
 
+std::string DescribePages(const std::string& pdf) {
+    QPDF document;
+    document.processMemoryFile("sample", pdf.data(), pdf.size());
+    std::string pages = document.isEncrypted() ? "encrypted " : "";
+    for (QPDFObjectHandle page : document.getAllPages()) {
+        const std::shared_ptr<Buffer> data = page.getKey("/Contents").getStreamData();
+        const std::string text(reinterpret_cast<const char*>(data->getBuffer()), data->getSize());
+        const std::size_t number = text.find("Page ") + 5;
+        pages += text.substr(number, text.find(',') - number);
+        if (page.getKey("/Rotate").isInteger())
+            pages += '@' + std::to_string(page.getKey("/Rotate").getIntValue());
+        pages += ' ';
+    }
+    return pages;
+}
+
 std::string Replaced(std::string text, const std::string& from, const std::string& to) {
     const std::size_t found = text.find(from);
     EXPECT_NE(found, std::string::npos) << from;

@@ -29,6 +29,10 @@ std::string MakePdfOf(const std::vector<std::pair<int, std::string>>& objects,
 std::string WithUpdate(const std::string& pdf, const std::vector<std::pair<int, std::string>>& objects,
                        const std::string& trailerKeys);
 
+// The pages of a file of MakePdf's kind, by the numbers in their texts: "0 1 7 "; "2@90 " for a turned one,
+// "encrypted " before all where a password protects them.
+std::string DescribePages(const std::string& pdf);
+
 // `text` with its first `from` replaced by `to`; the test fails when there is none.
 std::string Replaced(std::string text, const std::string& from, const std::string& to);
 std::size_t StartOffset(const std::string& pdf);  // the number behind the last "startxref"

@@ -121,6 +121,33 @@ TEST_F(PdfWorkerTest, BadAnswersCostThatFileAndThatProcess) {
     EXPECT_EQ(processes.alive, 1);
 }
 
+TEST_F(PdfWorkerTest, ColoursAndNewFilesAreAskedForInTheSameWay) {
+    std::vector<PageColor> pages;
+    processes.answer = [](const PdfWorkerRequest&) { return "result 0 mcu\n"s; };
+    EXPECT_EQ(worker.InspectColors("/a.pdf", "pw", 7, pages), PdfResult::kDone);
+    EXPECT_EQ(pages, (std::vector<PageColor>{PageColor::kMono, PageColor::kColor, PageColor::kUndecided}));
+    processes.answer = [](const PdfWorkerRequest&) { return "result 4 \n"s; };
+    EXPECT_EQ(worker.ExtractPages("/a.pdf", "pw", {{1, 3}, {7, 7}}, "/b c.pdf"), PdfResult::kNotWritten);
+    EXPECT_EQ(worker.InspectColors("/a.pdf", "", 0, pages), PdfResult::kNotWritten);
+    EXPECT_EQ(pages.size(), 3U) << "as they were";
+    EXPECT_EQ(processes.starts.size(), 1U);
+    EXPECT_EQ(processes.requests[0].tolerance, 7);
+    EXPECT_EQ(processes.requests[1].target, "/b c.pdf");
+    ASSERT_EQ(processes.requests[1].ranges.size(), 2U);
+    EXPECT_EQ(processes.requests[1].ranges[0].last, 3);
+    EXPECT_EQ(processes.requests[1].ranges[1].first, 7);
+    for (const std::string& bad : {"result 6 \n"s, "result 0 mx\n"s, "result 0\n"s, "result -1 \n"s,
+                                   "pages 3\n"s, "result 0 \n"s, "result 0 m!"s, ""s}) {
+        processes.answer = [&](const PdfWorkerRequest&) { return bad; };
+        EXPECT_EQ(worker.InspectColors("/a.pdf", "", 0, pages), PdfResult::kGaveUp) << bad;
+    }
+    const long long start = loop.MonotonicMilliseconds();
+    processes.answer = [](const PdfWorkerRequest&) { return ""s; };
+    EXPECT_EQ(worker.ExtractPages("/a.pdf", "", {kAllPdfPages}, "/b.pdf"), PdfResult::kGaveUp);
+    EXPECT_LT(loop.MonotonicMilliseconds() - start, 50'100);
+    EXPECT_EQ(processes.alive, 0);
+}
+
 TEST_F(PdfWorkerTest, AHungProcessIsGivenUpInTime) {
     processes.answer = [](const PdfWorkerRequest&) { return ""s; };
     const long long start = loop.MonotonicMilliseconds();
@@ -182,21 +209,39 @@ TEST(PdfWorkerSide, AnswersEveryLineUntilTheEnd) {
     const std::string hidden =
         folder.Write("hidden.pdf", Encrypted(MakePdf(7), Cipher::kAes256, "secret", true));
     PipedTerminal terminal;
-    terminal.input = {FormatRequest({plain, false, ""}),
-                      FormatRequest({hidden, true, "secret"}),
-                      FormatRequest({hidden, true, ""}),
-                      FormatRequest({folder.PathOf("missing.pdf"), false, ""}),
-                      FormatRequest({folder.Write("junk.pdf", "junk"), false, ""}),
-                      "",
-                      "quick 6g ",
-                      "quick 616 ",
-                      "slow 61 62",
-                      "quick 61",
-                      FormatRequest({plain, true, "any"})};
+    terminal.input = {
+        FormatRequest({plain, false, ""}),
+        FormatRequest({hidden, true, "secret"}),
+        FormatRequest({hidden, true, ""}),
+        FormatRequest({folder.PathOf("missing.pdf"), false, ""}),
+        FormatRequest({folder.Write("junk.pdf", "junk"), false, ""}),
+        "",
+        "quick 6g ",
+        "quick 616 ",
+        "slow 61 62",
+        "quick 61",
+        FormatRequest({plain, false, "", PdfWorkerRequest::Task::kColors}),
+        FormatRequest({hidden, false, "", PdfWorkerRequest::Task::kColors}),
+        FormatRequest({folder.PathOf("missing.pdf"), false, "", PdfWorkerRequest::Task::kColors}),
+        FormatRequest({hidden,
+                       false,
+                       "secret",
+                       PdfWorkerRequest::Task::kExtract,
+                       0,
+                       {{2, 3}},
+                       folder.PathOf("two.pdf")}),
+        FormatRequest({folder.PathOf("two.pdf"), true, ""}),
+        "colors 61 62 101",
+        "colors 61 62 01",
+        "extract 61 62 63 1-2,",
+        "extract 61 62 63 1-99999999999",
+        "extract 61 62 63",
+        FormatRequest({plain, true, "any"})};
     EXPECT_EQ(RunPdfWorker(*services.files, terminal), 0);
     EXPECT_EQ(terminal.output,
               "pages 12\npages 7\npages -1\npages -1\npages -1\npages -1\npages -1\npages -1\npages "
-              "-1\npages -1\npages 12\n");
+              "-1\npages -1\nresult 0 mmmmmmmmmmmm\nresult 2 \nresult 1 \nresult 0 \npages 2\npages "
+              "-1\npages -1\npages -1\npages -1\npages -1\npages 12\n");
     terminal.input = {"", ""};
     terminal.closed = true;
     EXPECT_EQ(RunPdfWorker(*services.files, terminal), 1);
