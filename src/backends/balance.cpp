@@ -1,6 +1,7 @@
 #include "backends/balance.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "backends/printer_selection.h"
 #include "backends/queue_watch.h"
@@ -35,10 +36,10 @@ BalanceChoice PrinterBalance::Choose(BalancedSet allowed) {
         const std::size_t at = (first + step) % kBalancedPrinters;
         const BalancedPrinter& printer = options.m_printers[at];
         if (printer.name.empty() || !allowed[at] || !HasRoom(printer)) continue;
-        const BalanceChoice choice = {static_cast<int>(at) + 1, printer.name, printer.prs};
+        BalanceChoice choice = {static_cast<int>(at) + 1, printer.name, printer.prs};
         if (IsReady(printers, printer.name)) return choice;
         m_debugLog.Trace("Load balancing, printer passed over, it is not ready: %s\r\n", printer.name);
-        if (spare.index == 0) spare = choice;
+        if (spare.index == 0) spare = std::move(choice);
     }
     return spare;
 }

@@ -19,7 +19,7 @@ namespace quirepress {
 
 namespace {
 
-using namespace job_status;
+namespace status = job_status;
 
 constexpr int kHighestPriority = 99;
 
@@ -32,15 +32,15 @@ struct StatusVerdict {
 };
 
 constexpr std::array<StatusVerdict, 9> kVerdicts = {{
-    {kDeleting, queue_verdict::kDeleting},
-    {kPrinted, queue_verdict::kPrinted},
-    {kPrinting, queue_verdict::kPrinting},
+    {status::kDeleting, queue_verdict::kDeleting},
+    {status::kPrinted, queue_verdict::kPrinted},
+    {status::kPrinting, queue_verdict::kPrinting},
     {0, queue_verdict::kPrinting},
-    {kPrinting | kError, queue_verdict::kPrinting},
-    {kPrinting | kDeleting, queue_verdict::kPrinting},
-    {kSpooling, queue_verdict::kSpooling},
-    {kSpooling | kPrinting, queue_verdict::kSpooling},
-    {kRetained | kPrinting, queue_verdict::kSpooling},
+    {status::kPrinting | status::kError, queue_verdict::kPrinting},
+    {status::kPrinting | status::kDeleting, queue_verdict::kPrinting},
+    {status::kSpooling, queue_verdict::kSpooling},
+    {status::kSpooling | status::kPrinting, queue_verdict::kSpooling},
+    {status::kRetained | status::kPrinting, queue_verdict::kSpooling},
 }};
 
 bool IsWordDocument(std::string_view path) {
@@ -58,7 +58,7 @@ int VerdictOnStatus(std::uint32_t statusBits) {
 
 int CountWaitingJobs(const std::vector<JobInfo>& jobs) {
     // Some systems keep jobs in the list that take no more of the printer's time.
-    constexpr std::uint32_t kOver = kPrinted | kDeleted | kComplete;
+    constexpr std::uint32_t kOver = status::kPrinted | status::kDeleted | status::kComplete;
     return static_cast<int>(std::count_if(jobs.begin(), jobs.end(),
                                           [](const JobInfo& job) { return (job.statusBits & kOver) == 0; }));
 }
@@ -67,7 +67,7 @@ QueueWatch::QueueWatch(Spooler& spooler, Files& files, Prompts& prompts, DebugLo
                        const GeneralOptions& options)
     : m_spooler(spooler), m_files(files), m_prompts(prompts), m_debugLog(debugLog), m_options(options) {}
 
-QueueScan QueueWatch::ListJobsForPrinter(std::string printer, WatchedItem item) {
+QueueScan QueueWatch::ListJobsForPrinter(const std::string& printer, const WatchedItem& item) {
     m_debugLog.Trace("ListJobsForPrinter: %s, file: %s filetitle: %s\r\n", printer, item.path,
                      FileTitle(item.path));
     m_prompts.ShowStatus("Scanning spooler queue:  for file: " + item.path);

@@ -54,8 +54,8 @@ public:
     void UseDocumentWindows(DocumentWindows* windows) { m_windows = windows; }
 
     // One scan. Of several jobs of the item the one listed last counts. Gives the job the run's priority.
-    // May pump.
-    QueueScan ListJobsForPrinter(std::string printer, WatchedItem item);
+    // May pump: the arguments are to be the caller's own.
+    QueueScan ListJobsForPrinter(const std::string& printer, const WatchedItem& item);
     // Silent when it fails. May pump.
     void SetJobPriority(std::string_view printer, std::int64_t id, int priority);
     // Jobs that are still to be printed; -1 when the queue cannot be read. May pump.

@@ -153,8 +153,8 @@ TEST_F(PrinterBalanceTest, InTurnGoesOnBehindThePrinterUsedLast) {
     Use(2, "A", 2);
     Use(5, "B", 1);
     Use(10, "C", 0);
-    std::vector<int> used;
-    for (int i = 0; i < 7; ++i) used.push_back(Send());
+    std::vector<int> used(7);
+    for (int& index : used) index = Send();
     EXPECT_THAT(used, ElementsAre(2, 5, 10, 2, 10, 10, 10));
     EXPECT_EQ(m_balance.Choose().index, m_balance.Choose().index);  // choosing alone moves nothing on
 }

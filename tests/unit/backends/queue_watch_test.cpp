@@ -155,8 +155,8 @@ TEST_F(QueueWatchTest, ThePriorityDecreasesWithEachRunAndStartsAt99Again) {
     EXPECT_EQ(next(), 2);
     m_options.m_decreasePrintPriority = true;
     EXPECT_EQ(m_watch.RunPriority(), 2);
-    std::vector<int> priorities;
-    for (int run = 0; run < 102; ++run) priorities.push_back(next());
+    std::vector<int> priorities(102);
+    for (int& priority : priorities) priority = next();
     EXPECT_EQ(std::vector<int>(priorities.begin(), priorities.begin() + 4), (std::vector<int>{2, 1, 99, 98}));
     EXPECT_EQ(std::vector<int>(priorities.end() - 4, priorities.end()), (std::vector<int>{3, 2, 1, 99}));
     m_options.m_decreasePrintPriority = false;
