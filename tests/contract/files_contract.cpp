@@ -280,6 +280,9 @@ TEST_P(FilesContract, ResolvesPaths) {
     EXPECT_EQ(FileTitle(plain), "file");
     EXPECT_EQ(files().ResolvePath(PathOf("./sub/../sub/file")), plain);
     EXPECT_EQ(files().ResolvePath(plain), plain);
+    const std::string longName = folder.Write("a rather long name.and endings.too", "");
+    EXPECT_EQ(files().ResolvePath(files().ShortPath(longName)), files().ResolvePath(longName));
+    EXPECT_EQ(files().ShortPath(""), "");
     EXPECT_GT(files().FreeSpace(folder.Path()), 0);
 }
 

@@ -31,6 +31,7 @@ public:
     FileResult Erase(std::string_view path) override;
     FileResult FlushFolder(std::string_view path) override;
     std::string ResolvePath(std::string_view path) override { return m_real.ResolvePath(path); }
+    std::string ShortPath(std::string_view path) override { return m_real.ShortPath(path); }
     std::unique_ptr<FileLock> TryLock(std::string_view path, FileResult& result) override;
     std::int64_t FreeSpace(std::string_view path) override { return m_real.FreeSpace(path); }
 
