@@ -1,6 +1,7 @@
 #include "app/application.h"
 
 #include "backends/balance.h"
+#include "backends/color_split.h"
 #include "backends/direct_print.h"
 #include "backends/printer_selection.h"
 #include "backends/queue_watch.h"
@@ -8,6 +9,8 @@
 #include "core/print_list.h"
 #include "core/print_run.h"
 #include "core/run_snapshot.h"
+#include "documents/page_colors.h"
+#include "documents/page_renderer.h"
 #include "documents/pdf_counter.h"
 #include "documents/pdf_worker.h"
 #include "logs/debug_log.h"
@@ -53,14 +56,17 @@ Application::Application(Services& services, Prompts& userPrompts, ApplicationRe
         m_prompts = m_unattendedPrompts.get();
     }
     m_debugLog = std::make_unique<DebugLog>();
-    m_pdfLibrary = std::make_unique<PdfWorker>(*m_services.processes, *m_services.loop,
-                                               m_services.machine->ProgramPath());
-    m_pdfCounter = std::make_unique<PdfCounter>(files, *m_pdfLibrary);
+    m_pdfWorker = std::make_unique<PdfWorker>(*m_services.processes, *m_services.loop,
+                                              m_services.machine->ProgramPath());
+    m_pdfCounter = std::make_unique<PdfCounter>(files, *m_pdfWorker);
     m_list = std::make_unique<PrintList>(PrintListServices{
         files, *m_services.shell, *m_services.clock, *m_services.machine, *m_services.loop, *m_prompts,
         *m_debugLog, *m_pdfCounter, m_options, m_request.workingFolder, m_request.keepLoading});
     m_snapshot = std::make_unique<RunSnapshot>(files, m_request.workingFolder);
     LoadGeneralOptions(m_options, Settings(), m_services.machine->Family(), m_request.unattended);
+    m_pageRenderer = std::make_unique<PageRenderer>(*m_services.processes, *m_services.loop, files);
+    m_pageColors = std::make_unique<PageColors>(*m_pdfWorker, *m_pageRenderer, *m_services.loop, files,
+                                                TemporaryFolderOf(m_options, m_request.workingFolder));
     if (m_request.debug && m_debugLog->Open(files, PathOf("qpr.log")) != 0)
         m_prompts->ShowBox("Log File Error", "Can't open qpr.log for append");
 }

@@ -8,6 +8,7 @@
 
 #include "platform/services.h"
 #include "settings/balance_options.h"
+#include "settings/color_printer_options.h"
 #include "settings/general_options.h"
 #include "settings/settings_file.h"
 
@@ -18,7 +19,10 @@ class DirectPrinter;
 class EmbeddedSpooler;
 class ErrorLog;
 class PdfCounter;
-class PdfLibrary;
+class PdfWorker;
+class PageColors;
+class PageRenderer;
+class ColorSplit;
 class PrinterAdministration;
 class PrintList;
 class PrintRun;
@@ -71,6 +75,7 @@ public:
     DebugLog& Debug() { return *m_debugLog; }
     ErrorLog& Errors() { return *m_errorLog; }
     PdfCounter& PdfPages() { return *m_pdfCounter; }
+    PageColors& PdfColors() { return *m_pageColors; }
     PrintList& List() { return *m_list; }
     RunSnapshot& Snapshot() { return *m_snapshot; }
 
@@ -96,13 +101,17 @@ private:
     Prompts* m_prompts;
     std::unique_ptr<DebugLog> m_debugLog;
     GeneralOptions m_options;
-    std::unique_ptr<PdfLibrary> m_pdfLibrary;
+    std::unique_ptr<PdfWorker> m_pdfWorker;
     std::unique_ptr<PdfCounter> m_pdfCounter;
     std::unique_ptr<PrintList> m_list;
     std::unique_ptr<Spooler> m_spooler;
     EmbeddedSpooler* m_embedded = nullptr;
     std::unique_ptr<DirectPrinter> m_directPrinter;
     BalanceOptions m_balanceOptions;
+    ColorPrinterOptions m_colorOptions;
+    std::unique_ptr<PageRenderer> m_pageRenderer;
+    std::unique_ptr<PageColors> m_pageColors;
+    std::unique_ptr<ColorSplit> m_colorSplit;
     std::unique_ptr<PrinterSelection> m_selection;
     std::unique_ptr<QueueWatch> m_watch;
     std::unique_ptr<PrinterBalance> m_balance;

@@ -1,11 +1,16 @@
 #include "app/application.h"
 #include "backends/balance.h"
+#include "backends/color_split.h"
 #include "backends/direct_print.h"
 #include "backends/printer_selection.h"
 #include "backends/queue_watch.h"
 #include "core/print_list.h"
 #include "core/print_run.h"
+#include "core/scratch_folder.h"
+#include "documents/page_colors.h"
+#include "documents/page_renderer.h"
 #include "documents/pdf_counter.h"
+#include "documents/pdf_worker.h"
 #include "logs/debug_log.h"
 #include "logs/error_log.h"
 #include "platform/clock.h"
@@ -43,14 +48,17 @@ void Application::MakeRun() {
     Files& files = *m_services.files;
     EventLoop& loop = *m_services.loop;
     LoadBalanceOptions(m_balanceOptions, Settings());
+    LoadColorPrinterOptions(m_colorOptions, Settings());
+    m_colorSplit = std::make_unique<ColorSplit>(*m_pageColors, *m_pdfWorker, files);
     m_directPrinter = std::make_unique<DirectPrinter>(*m_spooler, files, loop, *m_debugLog);
     m_selection = std::make_unique<PrinterSelection>(PrinterSelectionServices{
         *m_spooler, files, loop, *m_prompts, *m_debugLog, m_options, m_request.workingFolder});
     m_watch = std::make_unique<QueueWatch>(*m_spooler, files, *m_prompts, *m_debugLog, m_options);
     m_balance = std::make_unique<PrinterBalance>(*m_spooler, loop, *m_prompts, *m_debugLog, m_balanceOptions);
-    m_run = std::make_unique<PrintRun>(PrintRunServices{
-        *m_list, *m_spooler, *m_directPrinter, files, loop, *m_prompts, *m_debugLog, *m_errorLog,
-        *m_selection, *m_watch, *m_balance, *m_snapshot, m_options, m_balanceOptions});
+    m_run = std::make_unique<PrintRun>(
+        PrintRunServices{*m_list, *m_spooler, *m_directPrinter, files, loop, *m_prompts, *m_debugLog,
+                         *m_errorLog, *m_selection, *m_watch, *m_balance, *m_snapshot, *m_colorSplit,
+                         *m_pdfWorker, m_options, m_balanceOptions, m_colorOptions, m_request.workingFolder});
 }
 
 // Unless it was named, only one that is ready to print.

@@ -35,4 +35,13 @@ std::string AddPageRange(std::string_view parameters, std::string_view options, 
     return result + Format("-s%d|-e%d", first, last);
 }
 
+bool ReadPageRange(std::string_view parameters, int& first, int& last) {
+    const int start = FindPageSwitch(parameters, 's');
+    const int end = FindPageSwitch(parameters, 'e');
+    if (start <= 0 || end < start) return false;
+    first = start;
+    last = end;
+    return true;
+}
+
 }  // namespace quirepress

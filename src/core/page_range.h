@@ -10,4 +10,7 @@ namespace quirepress {
 // unknown). Without a whole range, or when `parameters` name one already, they stay as they are.
 std::string AddPageRange(std::string_view parameters, std::string_view options, int pages);
 
+// The whole page range "-s%d|-e%d" in processing parameters. False, and the pages untouched, without one.
+bool ReadPageRange(std::string_view parameters, int& first, int& last);
+
 }  // namespace quirepress

@@ -10,11 +10,13 @@
 
 namespace quirepress {
 
+class ColorSplit;
 class DebugLog;
 class DirectPrinter;
 class ErrorLog;
 class EventLoop;
 class Files;
+class PdfPages;
 class PrintList;
 class PrinterBalance;
 class PrinterSelection;
@@ -24,6 +26,7 @@ class RunSnapshot;
 class RunWay;
 class Spooler;
 struct BalanceOptions;
+struct ColorPrinterOptions;
 struct CutOffRun;
 struct GeneralOptions;
 
@@ -71,8 +74,12 @@ struct PrintRunServices {
     QueueWatch& watch;
     PrinterBalance& balance;
     RunSnapshot& snapshot;
+    ColorSplit& colorSplit;
+    PdfPages& pdfPages;
     const GeneralOptions& options;
     const BalanceOptions& balanceOptions;
+    const ColorPrinterOptions& colorOptions;
+    std::string workingFolder;
 };
 
 // Walks the list from top to bottom and hands each ticked row to the cheapest way that works.

@@ -116,29 +116,19 @@ private:
 // Documents that the print system renders, or stores, by itself.
 class SpoolerDocumentWay : public RunWay {
 public:
-    explicit SpoolerDocumentWay(const PrintRunServices& services)
-        : m_spooler(services.spooler), m_watch(services.watch) {}
+    explicit SpoolerDocumentWay(const PrintRunServices& services) : m_services(services) {}
 
     bool Takes(const RunItem& item) override {
-        return item.kind == ItemKind::kDocument && m_spooler.TakesDocument(item.printer, item.path);
+        return item.kind == ItemKind::kDocument && m_services.spooler.TakesDocument(item.printer, item.path);
     }
 
     WayResult Process(const RunItem& item, WayFeedback& feedback) override {
         feedback.ShowRowStatus("Spooling");
-        DocumentInfo document;
-        document.name = item.path;
-        document.ticket = item.ticket;
-        document.priority = m_watch.RunPriority();
-        int systemError = 0;
-        const std::int64_t jobId = m_spooler.PrintDocument(item.printer, item.path, document, systemError);
-        if (jobId >= 0) return Printed({}, jobId);
-        if (jobId == kDocumentUnknown) return Unknown();
-        return DidNotSpool("the spooler did not take the document", systemError);
+        return HandOverDocument(m_services, item, item.path);
     }
 
 private:
-    Spooler& m_spooler;
-    QueueWatch& m_watch;
+    PrintRunServices m_services;
 };
 
 // Command items that change the printer, its tray or its paper for the rows below.
@@ -169,8 +159,21 @@ std::vector<std::unique_ptr<RunWay>> MakeRunWays(const PrintRunServices& service
     std::vector<std::unique_ptr<RunWay>> ways;
     ways.push_back(std::make_unique<SettingsWay>(services));
     ways.push_back(std::make_unique<DirectWay>(services));
+    ways.push_back(MakePdfWay(services));
     ways.push_back(std::make_unique<SpoolerDocumentWay>(services));
     return ways;
+}
+
+WayResult HandOverDocument(const PrintRunServices& services, const RunItem& item, const std::string& file) {
+    DocumentInfo document;
+    document.name = item.path;
+    document.ticket = item.ticket;
+    document.priority = services.watch.RunPriority();
+    int systemError = 0;
+    const std::int64_t jobId = services.spooler.PrintDocument(item.printer, file, document, systemError);
+    if (jobId >= 0) return Printed({}, jobId);
+    if (jobId == kDocumentUnknown) return Unknown();
+    return DidNotSpool("the spooler did not take the document", systemError);
 }
 
 WayResult NoWayFor(const RunItem& item) {

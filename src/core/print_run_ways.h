@@ -57,6 +57,12 @@ public:
 // All ways, in the order in which a row is offered to them.
 std::vector<std::unique_ptr<RunWay>> MakeRunWays(const PrintRunServices& services);
 
+// PDF files of which only some pages are wanted, or whose pages go to two printers.
+std::unique_ptr<RunWay> MakePdfWay(const PrintRunServices& services);
+
+// Hands `file` to the print system as the document of the item, to the item's printer.
+WayResult HandOverDocument(const PrintRunServices& services, const RunItem& item, const std::string& file);
+
 // For a row that no way takes.
 WayResult NoWayFor(const RunItem& item);
 

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <functional>
 #include <memory>
 #include <string>
@@ -10,6 +11,7 @@
 #include <vector>
 
 #include "backends/balance.h"
+#include "backends/color_split.h"
 #include "backends/direct_print.h"
 #include "backends/printer_selection.h"
 #include "backends/queue_watch.h"
@@ -18,6 +20,8 @@
 #include "core/print_list.h"
 #include "core/print_run.h"
 #include "core/run_snapshot.h"
+#include "documents/page_colors.h"
+#include "documents/page_renderer.h"
 #include "documents/pdf_counter.h"
 #include "fakes/fake_clock.h"
 #include "fakes/fake_event_loop.h"
@@ -29,13 +33,28 @@
 #include "logs/error_log.h"
 #include "platform/files.h"
 #include "platform/services.h"
+#include "settings/color_printer_options.h"
 #include "settings/general_options.h"
 
 namespace quirepress {
 
-class OnePagePdfs : public PdfLibrary {
+// One page each; for a splitting, as many as there are letters in `colors`: "c" colour, "m" none.
+class StagePdfs : public PdfLibrary, public PdfPages {
 public:
     long long CountPages(std::string_view, bool, std::string_view) override { return 1; }
+    PdfResult InspectColors(std::string_view, std::string_view, int, std::vector<PageColor>& pages) override {
+        for (const char c : colors) pages.push_back(c == 'c' ? PageColor::kColor : PageColor::kMono);
+        return colors.empty() ? PdfResult::kUnreadable : PdfResult::kDone;
+    }
+    PdfResult ExtractPages(std::string_view, std::string_view, const std::vector<PdfPageRange>& ranges,
+                           std::string_view target) override {
+        std::string text;
+        for (const PdfPageRange& range : ranges)
+            text += std::to_string(range.first) + "-" + std::to_string(range.last);
+        std::ofstream(std::string(target)) << text;
+        return PdfResult::kDone;
+    }
+    std::string colors;
 };
 
 // Also has files that this user may not read, and pipes, by their names.
@@ -83,7 +102,8 @@ public:
           list({files, *services.shell, clock, *services.machine, loop, prompts, debugLog, pdfCounter,
                 options, WithTrailingSeparator(folder.Path())}),
           run({list, spooler, directPrinter, files, loop, prompts, debugLog, errorLog, selection, watch,
-               balance, snapshot, options, balanceOptions}) {
+               balance, snapshot, colorSplit, pdfs, options, balanceOptions, colorOptions,
+               WithTrailingSeparator(folder.Path())}) {
         spooler.PutPrinter("Laser");
         spooler.PutPrinter("Plotter");
         run.UseObserver(&recorder);
@@ -139,8 +159,12 @@ public:
     GeneralOptions options;
     DebugLog debugLog;
     ErrorLog errorLog{files, clock, folder.PathOf("error.log")};
-    OnePagePdfs pdfLibrary;
-    PdfCounter pdfCounter{files, pdfLibrary};
+    StagePdfs pdfs;
+    PdfCounter pdfCounter{files, pdfs};
+    PageRenderer renderer{*services.processes, loop, files};
+    PageColors pageColors{pdfs, renderer, loop, files, folder.Path()};
+    ColorSplit colorSplit{pageColors, pdfs, files};
+    ColorPrinterOptions colorOptions;
     PrintList list;
     DirectPrinter directPrinter{spooler, files, loop, debugLog};
     PrinterSelection selection{

@@ -1,5 +1,7 @@
 #include <gmock/gmock.h>
 
+#include <filesystem>
+
 #include "unit/core/print_run_fixture.h"
 
 namespace quirepress {
@@ -70,6 +72,37 @@ TEST_F(PrintRunPrintersTest, WaitsForAnEmptyQueue) {
                spooler.TakeJobAway(id);
            });
     EXPECT_EQ(run.OnButtonPrint().done, 1);
+}
+
+TEST_F(PrintRunPrintersTest, PdfPagesGoToTheColourPrinterAndTheOtherInTheirOrder) {
+    colorOptions.m_split = true;
+    colorOptions.m_monoPrinter = "Plotter";
+    pdfs.colors = "mccm";
+    AddFile("a.pdf", "%PDF");
+    ItemTexts range;
+    range.processingParameters = "-s2|-e3";
+    AddFile("b.pdf", "%PDF", range);
+    EXPECT_EQ(run.OnButtonPrint().done, 2);
+    EXPECT_THAT(Sent(), ElementsAre("a.pdf>Plotter", "a.pdf>Laser", "a.pdf>Plotter", "b.pdf>Plotter",
+                                    "b.pdf>Laser", "b.pdf>Plotter"));
+    EXPECT_EQ(spooler.Sent().at(1).bytes, "2-3");
+    EXPECT_FALSE(std::filesystem::exists(folder.PathOf("Temp/Pages1")));
+
+    colorOptions.m_split = false;
+    run.OnButtonPrint();
+    EXPECT_EQ(spooler.Sent().at(6).bytes, "%PDF");
+    EXPECT_EQ(spooler.Sent().at(7).bytes, "2-3");
+
+    colorOptions.m_split = true;
+    options.m_onErrorPrintOneMoreTime = true;
+    pdfs.colors = "cm";
+    colorOptions.m_monoPrinter = "Nowhere";
+    run.OnButtonPrint();
+    EXPECT_EQ(Text(0, kColumnStatus), "Error - Printed to page 1 only");
+    EXPECT_EQ(Sent().size(), 10U) << "what came out is not printed again";
+    pdfs.colors.clear();
+    run.OnButtonPrint();
+    EXPECT_THAT(Text(0, kColumnStatus), HasSubstr("Error - Can't Print - "));
 }
 
 TEST_F(PrintRunPrintersTest, AnAnswerThatWasLostIsNeverTriedAgain) {
