@@ -1,8 +1,8 @@
 #include <cstdlib>
 
+#include "base/entry_names.h"
 #include "base/text.h"
 #include "documents/archive.h"
-#include "documents/archive_names.h"
 #include "memory_files.h"
 
 namespace quirepress {

@@ -1,10 +1,10 @@
 #include <algorithm>
 
+#include "base/entry_names.h"
 #include "base/format.h"
 #include "base/path.h"
 #include "core/list_insertion.h"
 #include "documents/archive.h"
-#include "documents/archive_names.h"
 #include "platform/prompts.h"
 #include "platform/shell.h"
 #include "settings/general_options.h"

@@ -4,10 +4,10 @@
 #include <memory>
 #include <unordered_map>
 
+#include "base/entry_names.h"
 #include "base/format.h"
 #include "base/path.h"
 #include "base/text.h"
-#include "documents/archive_names.h"
 #include "documents/archive_reader.h"
 #include "platform/files.h"
 

@@ -1,4 +1,4 @@
-#include "documents/archive_names.h"
+#include "base/entry_names.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -11,13 +11,13 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-TEST(ArchiveNamesTest, NamesThatLeaveTheFolderHaveNoPath) {
+TEST(EntryNamesTest, NamesThatLeaveTheFolderHaveNoPath) {
     for (const std::string_view name :
          {"", "/", "..", "../a", "a/..", "a/../b", "a\\..\\b", "C:", "C:\\", "."})
         EXPECT_THAT(CleanEntryName(name), IsEmpty()) << name;
 }
 
-TEST(ArchiveNamesTest, RootsAndDrivesFallAway) {
+TEST(EntryNamesTest, RootsAndDrivesFallAway) {
     EXPECT_THAT(CleanEntryName("/etc//passwd"), ElementsAre("etc", "passwd"));
     EXPECT_THAT(CleanEntryName("C:\\docs\\a.pdf"), ElementsAre("docs", "a.pdf"));
     EXPECT_THAT(CleanEntryName("c:a.pdf"), ElementsAre("a.pdf"));
@@ -25,7 +25,7 @@ TEST(ArchiveNamesTest, RootsAndDrivesFallAway) {
     EXPECT_THAT(CleanEntryName("./a/./b/"), ElementsAre("a", "b"));
 }
 
-TEST(ArchiveNamesTest, PartsBecomeNamesThatEverySystemTakes) {
+TEST(EntryNamesTest, PartsBecomeNamesThatEverySystemTakes) {
     EXPECT_THAT(CleanEntryName("a<b>:\"c|?*\x01\x7F.txt"), ElementsAre("a_b___c_____.txt"));
     EXPECT_THAT(CleanEntryName("trailing. /.../name. ."), ElementsAre("trailing", "_", "name"));
     EXPECT_THAT(CleanEntryName("CON/nul.txt/Com1/lpt9.a.b/aux .x"),
@@ -34,7 +34,7 @@ TEST(ArchiveNamesTest, PartsBecomeNamesThatEverySystemTakes) {
     EXPECT_THAT(CleanEntryName("caf\xE9 \xC3\xA9.txt"), ElementsAre("caf\xE9 \xC3\xA9.txt"));
 }
 
-TEST(ArchiveNamesTest, LongNamesKeepTheirExtensionAndTheirCharacters) {
+TEST(EntryNamesTest, LongNamesKeepTheirExtensionAndTheirCharacters) {
     const std::string cut = CleanEntryName(std::string(500, 'a') + ".pdf").at(0);
     EXPECT_LE(cut.size(), kLongestEntryName);
     EXPECT_GE(cut.size(), kLongestEntryName - 4);
@@ -47,7 +47,7 @@ TEST(ArchiveNamesTest, LongNamesKeepTheirExtensionAndTheirCharacters) {
     EXPECT_EQ(CleanEntryName("con" + std::string(300, ' ') + "x").at(0), "_con");
 }
 
-TEST(ArchiveNamesTest, NumbersStandBeforeTheExtension) {
+TEST(EntryNamesTest, NumbersStandBeforeTheExtension) {
     EXPECT_EQ(NumberedName("report.pdf", 2), "report_2.pdf");
     EXPECT_EQ(NumberedName(".hidden", 12), ".hidden_12");
     EXPECT_EQ(NumberedName(std::string(198, 'a') + ".x", 100).size(), kLongestEntryName);

@@ -1,4 +1,4 @@
-#include "documents/archive_names.h"
+#include "base/entry_names.h"
 
 #include <algorithm>
 #include <array>
