@@ -64,18 +64,18 @@ void RunWalk::TakeUpCutOffRun(const CutOffRun& cutOff) {
     m_progress.copy = cutOff.copy - 1;
     for (int row = 0; row < list.RowCount(); ++row) {
         RunMark& mark = list.MarkOf(row);
-        if (row == cutOff.rowAtWork) {
+        const std::string path(list.Text(row, kColumnFilename));
+        const bool isSetting = KindOfItem(path) == ItemKind::kCommand && PrinterSelection::TakesItem(path);
+        // A setting that was at work just gets its turn again.
+        if (row == cutOff.rowAtWork && !isSetting) {
             list.SetText(row, kColumnStatus, kStatusUnknown);
             mark.pass = cutOff.copy;
             mark.outcome = RowOutcome::kFailed;
-            RecordError(std::string(list.Text(row, kColumnFilename)), std::string(kStatusUnknown));
+            RecordError(path, std::string(kStatusUnknown));
         }
         CountRows(mark.outcome, 1);
         // The printer, its tray and its paper are those that the rows above have set.
-        const std::string path(list.Text(row, kColumnFilename));
-        const bool isInForce =
-            IsTicked(row) && mark.pass == cutOff.copy && KindOfItem(path) == ItemKind::kCommand;
-        if (isInForce && PrinterSelection::TakesItem(path)) m_services.selection.ApplyItem(path);
+        if (isSetting && IsTicked(row) && mark.pass == cutOff.copy) m_services.selection.ApplyItem(path);
     }
 }
 

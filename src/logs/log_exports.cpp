@@ -4,6 +4,7 @@
 #include <memory>
 #include <vector>
 
+#include "base/csv.h"
 #include "base/numbers.h"
 #include "base/text.h"
 #include "logs/buffered_output.h"
@@ -53,20 +54,6 @@ const CsvFormat& ErrorFormat() {
 
 using CsvOutput = BufferedOutput<ReplacementFile>;
 
-// A cell that holds what it shows and nothing else: quoted where its text would end it, and with an
-// apostrophe before what a spreadsheet would calculate. A number stays one.
-std::string GuardedCell(std::string_view text) {
-    constexpr std::string_view kFormulaStarts = "=+-@\t\r";
-    constexpr std::int64_t kMost = INT64_C(999'999'999'999'999);
-    const std::size_t start = text.find_first_not_of(' ');
-    const bool isFormula = start != std::string_view::npos &&
-                           kFormulaStarts.find(text[start]) != std::string_view::npos &&
-                           !ParseWholeNumber(text, -kMost, kMost);
-    std::string cell = (isFormula ? "'" : "") + std::string(text);
-    if (cell.find_first_of(",\";\t\r") == std::string::npos) return cell;
-    return '"' + ReplaceAll(cell, "\"", "\"\"") + '"';
-}
-
 // The row of one line; the field of the totalled column, if there is one, is added to `total`.
 void WriteRow(const CsvFormat& format, std::string_view line, bool isGuarded, CsvOutput& output,
               std::int64_t& total) {
@@ -77,7 +64,7 @@ void WriteRow(const CsvFormat& format, std::string_view line, bool isGuarded, Cs
         if (i == format.totalledColumn) total += ParseLong(field);
         if (i != 0) output.Append(",");
         if (isGuarded)
-            output.Append(GuardedCell(field));
+            output.Append(SafeCsvCell(field));
         else
             output.Append(field);
     }
