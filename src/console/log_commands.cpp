@@ -137,7 +137,7 @@ void DefineShow(CommandSet& commands, CLI::App& log) {
     CLI::App* show = commands.Add(log, "show", "Show the records of a log",
                                   {"qpr log show print", "qpr --json log show error"});
     auto name = std::make_shared<std::string>();
-    show->add_option("NAME", *name, "The log: print, error, mail, ftp or ftp-error")
+    show->add_option("NAME", *name, "The log: print, error, mail, ftp, ftp-error or hangs")
         ->required()
         ->check(CLI::IsMember(names))
         ->type_name("");

@@ -47,8 +47,9 @@ std::vector<std::string> CutRecord(const RecordLayout& layout, std::string_view 
     std::vector<std::string> fields;
     for (const RecordColumn& column : layout.columns) {
         const bool isThere = column.start < line.size();
+        const std::size_t width = column.width == 0 ? line.size() : column.width;
         fields.emplace_back(
-            TrimTrailingBlanks(isThere ? line.substr(column.start, column.width) : std::string_view()));
+            TrimTrailingBlanks(isThere ? line.substr(column.start, width) : std::string_view()));
     }
     return fields;
 }

@@ -17,7 +17,7 @@ constexpr std::string_view kRecordEnd = "\r\n";
 struct RecordColumn {
     const char* title;
     std::size_t start;   // the first byte; tabs fill what the column before it leaves open
-    std::size_t width;   // bytes
+    std::size_t width;   // bytes; 0 for a last column that is as long as its text
     bool isCut = false;  // the writer cuts a longer text
 };
 

@@ -1,18 +1,18 @@
 #pragma once
 
-#include <array>
-#include <cstdint>
 #include <string>
 #include <string_view>
-#include <vector>
+
+#include "logs/fixed_record.h"
 
 namespace quirepress {
 
 class Clock;
-class Files;
 
 constexpr const char* kHangLogName = "processhangs.log";
-constexpr std::array<const char*, 4> kHangLogTitles = {"Time", "Process", "Code", "Filename"};
+
+// Time, process, code (three digits), file.
+const RecordLayout& HangRecordLayout();
 
 // "processhangs.log" in the working folder: one line for each time that a printing program hung on a file.
 class HangLog {
@@ -22,8 +22,6 @@ public:
     int Append(std::string_view image, int code, std::string_view file);  // 0, -1 when it was not written
     // The lines that name this file; -1 when the log is there and cannot be read.
     int CountHangs(std::string_view file);
-    // The fields of every line, appended. 0, or -1 when the log cannot be read.
-    int ReadHangs(std::vector<std::vector<std::string>>& records);
 
 private:
     Files& m_files;

@@ -1,6 +1,7 @@
 #include "logs/log_viewer.h"
 
 #include "logs/error_log.h"
+#include "logs/hang_log.h"
 #include "logs/print_log.h"
 #include "logs/transfer_logs.h"
 #include "platform/prompts.h"
@@ -14,6 +15,7 @@ const std::vector<ViewedLog>& ViewedLogs() {
         {"mail", kMailLogName, MailRecordLayout},
         {"ftp", kFtpLogName, FtpRecordLayout},
         {"ftp-error", kFtpErrorLogName, FtpErrorRecordLayout},
+        {"hangs", kHangLogName, HangRecordLayout},
     };
     return logs;
 }

@@ -17,7 +17,7 @@ struct ViewedLog {
     const RecordLayout& (*layout)();
 };
 
-// print, error, mail, ftp, ftp-error.
+// print, error, mail, ftp, ftp-error, hangs.
 const std::vector<ViewedLog>& ViewedLogs();
 const ViewedLog* FindViewedLog(std::string_view name);  // null when there is none of that name
 

@@ -23,7 +23,8 @@ TEST_F(HangLogTest, ALineHasItsFieldsBetweenTabs) {
     EXPECT_EQ(m_around.folder.Read(kHangLogName),
               "2024-03-05 07:08:09   \tWINWORD.EXE         \t999\t/in/a.doc\r\n");
     Records records;
-    EXPECT_EQ(m_log.ReadHangs(records), 0);
+    EXPECT_EQ(ReadRecords(m_around.files, m_around.folder.PathOf(kHangLogName), HangRecordLayout(), records),
+              0);
     EXPECT_EQ(records, (Records{{"2024-03-05 07:08:09", "WINWORD.EXE", "999", "/in/a.doc"}}));
 }
 
