@@ -15,7 +15,7 @@ struct JobInfo;
 class UnseenJobs {
 public:
     // A job that stays unseen so long has left its queue between two listings.
-    static constexpr long long kLongestMilliseconds = 5000;
+    static constexpr long long kLongestMilliseconds = 1000;
 
     void Add(std::string_view printer, std::int64_t id, long long now);
     void Remove(std::string_view printer, std::int64_t id);

@@ -162,12 +162,12 @@ TEST_F(PrinterBalanceTest, InTurnGoesOnBehindThePrinterUsedLast) {
 TEST_F(PrinterBalanceTest, JobsThatAreNotListedYetCountForATime) {
     Use(1, "A", 2);
     Use(2, "B", 1);
-    m_spooler.m_delay = 1000;
+    m_spooler.m_delay = 800;
     EXPECT_EQ(Send(), 1);
     EXPECT_EQ(Send(), 1);
     EXPECT_EQ(Send(), 2);
     EXPECT_EQ(Send(), 0);
-    m_around.loop.Advance(1000);
+    m_around.loop.Advance(800);
     EXPECT_EQ(Send(), 0);  // now they are listed, and count once
     for (const char* name : {"A", "B"})
         for (const JobInfo& job : m_spooler.TrueJobs(name)) m_spooler.TakeJobAway(job.id);
@@ -176,7 +176,7 @@ TEST_F(PrinterBalanceTest, JobsThatAreNotListedYetCountForATime) {
 
 TEST_F(PrinterBalanceTest, JobsThatLeaveUnseenGiveTheirRoomBack) {
     Use(1, "A", 2);
-    m_spooler.m_delay = 1000;
+    m_spooler.m_delay = 800;
     const BalanceChoice choice = m_balance.Choose();
     m_balance.NoteSent(choice, 77);
     m_balance.NoteSent(choice, 78);
