@@ -13,6 +13,8 @@ class EventLoop;
 
 struct ProcessRequest {
     std::vector<std::string> arguments;  // the program (a path, or a name looked up) comes first
+    std::string rawArguments;            // Windows: follows them on the command line, as it stands; elsewhere
+                                         // nothing can be started so
     std::string folder;                  // where it starts; empty: where this program runs
     std::vector<std::pair<std::string, std::string>> environment;  // added to this program's own
     bool pipes =

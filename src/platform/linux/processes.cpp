@@ -68,6 +68,7 @@ bool HasNul(const std::string& text) {
 // What the system would cut at a NUL is refused.
 bool IsValid(const ProcessRequest& request) {
     if (request.arguments.empty() || request.arguments[0].empty() || HasNul(request.folder)) return false;
+    if (!request.rawArguments.empty()) return false;
     for (const std::string& argument : request.arguments)
         if (HasNul(argument)) return false;
     for (const auto& [name, value] : request.environment)

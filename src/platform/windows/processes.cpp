@@ -2,13 +2,13 @@
 
 #include <windows.h>
 
-#include <algorithm>
 #include <array>
 
 #include "base/path.h"
 #include "base/text.h"
 #include "platform/windows/command_line.h"
 #include "platform/windows/environment.h"
+#include "platform/windows/find_program.h"
 #include "platform/windows/make_services.h"
 #include "platform/windows/pipes.h"
 #include "platform/windows/system_handle.h"
@@ -103,18 +103,6 @@ bool WindowsProcess::MakeJob(std::int64_t memoryLimit) {
            SetInformationJobObject(m_job.get(), JobObjectExtendedLimitInformation, &limits, sizeof limits);
 }
 
-// Where a program of this name is, in full; empty, with the last error set, when there is none.
-std::wstring FindProgram(const std::wstring& name) {
-    std::wstring path(MAX_PATH, L'\0');
-    DWORD size = SearchPathW(nullptr, name.c_str(), L".exe", MAX_PATH, path.data(), nullptr);
-    if (size >= path.size()) {
-        path.resize(size);
-        size = SearchPathW(nullptr, name.c_str(), L".exe", size, path.data(), nullptr);
-    }
-    path.resize(std::min<std::size_t>(size, path.size()));
-    return path;
-}
-
 bool IsBatchFile(const std::wstring& program) {
     const std::string extension = ToLowerAscii(FileExtension(Narrow(program)));
     return extension == ".bat" || extension == ".cmd";
@@ -130,14 +118,18 @@ bool ReadCommand(const ProcessRequest& request, std::wstring& program, std::wstr
     }
     SetLastError(ERROR_FILE_NOT_FOUND);
     if (words.empty() || words[0].empty()) return false;
-    program = FindProgram(words[0]);
+    program = FindProgramFile(words[0]);
     if (program.empty()) return false;
     if (!IsBatchFile(program)) {
         commandLine = MakeCommandLine(words);
-        return true;
+        if (!request.rawArguments.empty()) commandLine += L' ' + Widen(request.rawArguments);
+        return request.rawArguments.find('\0') == std::string::npos;
     }
+    // The interpreter would carry out what it finds in such a text.
+    SetLastError(ERROR_INVALID_PARAMETER);
+    if (!request.rawArguments.empty()) return false;
     words[0] = program;
-    program = FindProgram(L"cmd.exe");
+    program = FindProgramFile(L"cmd.exe");
     if (program.empty()) return false;
     SetLastError(ERROR_INVALID_PARAMETER);
     return MakeBatchCommandLine(words, commandLine);
