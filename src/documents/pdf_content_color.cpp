@@ -80,10 +80,9 @@ PageColor PdfContentColor::JudgeAppearance(Handle form) {
 }
 
 PageColor PdfContentColor::Read(const std::string& content, Handle resources, const State& state) {
-    if (m_depth >= kDeepest) return PageColor::kUndecided;
+    if (m_depth >= kDeepest || m_isOver) return PageColor::kUndecided;
     ++m_depth;
     Reading reading{ContentTokens(content), resources, state};
-    int untilTime = kLookAtTime;
     for (ContentToken token = reading.tokens.Take();
          token.kind != Kind::kEnd && reading.verdict != PageColor::kColor; token = reading.tokens.Take()) {
         if (token.kind == Kind::kBad) reading.Add(PageColor::kUndecided);
@@ -94,9 +93,8 @@ PageColor PdfContentColor::Read(const std::string& content, Handle resources, co
         } else {
             TakeOperand(reading, token);
         }
-        if (--untilTime > 0) continue;
-        untilTime = kLookAtTime;
-        if (!m_isTimeUp()) continue;
+        if (++m_tokens % kLookAtTime == 0 && m_isTimeUp()) m_isOver = true;
+        if (!m_isOver) continue;
         reading.Add(PageColor::kUndecided);
         break;
     }

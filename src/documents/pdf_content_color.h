@@ -89,6 +89,8 @@ private:
     GreyRule m_rule;
     std::function<bool()> m_isTimeUp;
     int m_depth = 0;
+    long long m_tokens = 0;
+    bool m_isOver = false;  // the time was up
     std::set<QPDFObjGen> m_open;  // forms and fonts that are being read
     std::map<FormKey, PageColor> m_forms;
     std::map<QPDFObjGen, PageColor> m_images;

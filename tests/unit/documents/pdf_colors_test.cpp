@@ -1,6 +1,7 @@
 #include "documents/pdf_colors.h"
 
 #include <gtest/gtest.h>
+#include <zlib.h>
 
 #include <qpdf/Buffer.hh>
 #include <qpdf/Pl_Buffer.hh>
@@ -30,6 +31,16 @@ std::string MakePage(const std::string& content, const std::string& resources = 
                        {4, Stream("", content)}};
     objects.insert(objects.end(), more.begin(), more.end());
     return MakePdfOf(objects, "/Size 50 /Root 1 0 R");
+}
+
+std::string Compressed(const std::string& bytes) {
+    uLongf size = compressBound(static_cast<uLong>(bytes.size()));
+    std::string packed(size, '\0');
+    EXPECT_EQ(compress(reinterpret_cast<Bytef*>(packed.data()), &size,
+                       reinterpret_cast<const Bytef*>(bytes.data()), static_cast<uLong>(bytes.size())),
+              Z_OK);
+    packed.resize(size);
+    return packed;
 }
 
 // One letter a page: mono, undecided, colour; "-" when it cannot be read.
@@ -329,6 +340,34 @@ TEST(PdfColors, AnnotationsThatArePrinted) {
     EXPECT_EQ(annotation("/Subtype /Stamp /AP << /N 10 0 R >>"), "m") << "for the screen only";
     EXPECT_EQ(annotation("/Subtype /Link /C [1 0 0]"), "m");
     EXPECT_EQ(annotation("/Subtype /Highlight /F 4 /C [1 1 0]"), "u");
+}
+
+TEST(PdfColors, HostilePagesEndInTime) {
+    // Forms that each show the next one many times, and have no resources of their own to be known by.
+    Objects objects;
+    std::string names;
+    for (int i = 10; i < 21; ++i) {
+        std::string content;
+        for (int times = 0; times < 20; ++times) content += Format("/F%d Do ", i + 1);
+        objects.emplace_back(i, Stream("/Subtype /Form", content));
+        names += Format("/F%d %d 0 R ", i, i);
+    }
+    objects.emplace_back(21, Stream("/Subtype /Form", "0 g f"));
+    const std::string pdf = MakePage("/F10 Do", "/XObject << " + names + "/F21 21 0 R >>", objects);
+    MemoryFile file(pdf);
+    int looks = 0;
+    std::vector<PageColor> pages;
+    EXPECT_EQ(InspectPdfColors(
+                  file, "", {}, [&] { return ++looks > 20; }, pages),
+              PdfResult::kDone);
+    EXPECT_EQ(pages, std::vector<PageColor>{PageColor::kUndecided});
+    EXPECT_LT(looks, 40);
+    // Few bytes that become very many.
+    const std::string bomb = Compressed(std::string(70'000'000, ' ') + "1 0 0 rg f");
+    EXPECT_LT(bomb.size(), 100'000U);
+    EXPECT_EQ(Judge(MakePage("/F Do", "/XObject << /F 10 0 R >>",
+                             {{10, Stream("/Subtype /Form /Resources << >> /Filter /FlateDecode", bomb)}})),
+              "u");
 }
 
 TEST(PdfColors, EveryPageIsJudgedByItself) {
