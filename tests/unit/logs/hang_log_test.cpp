@@ -41,7 +41,8 @@ TEST_F(HangLogTest, CountsTheLinesThatNameTheFileAndNoOthers) {
 }
 
 TEST_F(HangLogTest, OutlivesGarbageHalfLinesAndFailures) {
-    m_around.folder.Write(kHangLogName, std::string("\t\t\t\r\nno tabs\r\n\0\xFF\t1\n2024-03-05 07", 34));
+    using namespace std::string_literals;
+    m_around.folder.Write(kHangLogName, "\t\t\t\r\nno tabs\r\n\0\xFF\t1\n2024-03-05 07"s);
     EXPECT_EQ(m_log.Append("WINWORD.EXE", 999, "/in/a.doc"), 0);
     EXPECT_EQ(m_log.CountHangs("/in/a.doc"), 1);
     m_around.files.FailAlways(FaultyFiles::Call::kOpenForReading, FileResult::kNoAccess);
