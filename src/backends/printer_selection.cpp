@@ -142,7 +142,8 @@ std::string PrinterSelection::PrinterInUse() {
 
 int PrinterSelection::WriteSetupOf(std::string_view printer, PrintSetup& setup, std::string& message) {
     std::vector<PrinterInfo> printers;
-    m_services.spooler.ListPrinters(printers);
+    message = "The printers can't be read.";
+    if (m_services.spooler.ListPrinters(printers) != 0) return -1;
     const auto found = std::find_if(printers.begin(), printers.end(),
                                     [&](const PrinterInfo& info) { return info.name == printer; });
     if (found != printers.end())

@@ -167,14 +167,19 @@ TEST_F(PrinterSelectionTest, LoadsAFileCutShortBehindItsDeviceModeWithoutAPrinte
 }
 
 TEST_F(PrinterSelectionTest, SaysWhenThereIsNoPrinterAtAll) {
-    FakeSpooler none(files);
-    PrinterSelection empty{{none, files, loop, prompts, debugLog, options, Home()}};
     std::string message;
-    EXPECT_EQ(empty.LoadPrinterSettings(folder.PathOf("none.prs"), message), -1);
+    ASSERT_EQ(selection.UsePrinter("Label", message), 0);
+    spooler.FailListing();
+    EXPECT_EQ(selection.UsePrinter("Label", message), -1);
+    EXPECT_EQ(message, "The printers can't be read.");
+    spooler.StopFailing();
+    for (const char* printer : {"Office", "Label"}) spooler.RemovePrinterQueue(printer, message);
+    EXPECT_EQ(selection.LoadPrinterSettings(folder.PathOf("none.prs"), message), -1);
+    EXPECT_EQ(selection.CurrentPrinter(), "");
     EXPECT_EQ(prompts.statusTexts.back(), "printer not set...");
     EXPECT_THAT(Log(), HasSubstr("INVALID_HANDLE_VALUE, dret: 0\r\n"));
-    EXPECT_EQ(empty.ApplyItem("2.papercopies").status, "Error Copies Not Set");
-    EXPECT_EQ(empty.KeepDefaultAtStart(), -1);
+    EXPECT_EQ(selection.ApplyItem("2.papercopies").status, "Error Copies Not Set");
+    EXPECT_EQ(selection.KeepDefaultAtStart(), -1);
     ASSERT_EQ(prompts.boxes.size(), 1U);
     EXPECT_THAT(prompts.boxes[0].text, testing::StartsWith("ERROR! No default printer!\n\nNo printers are"));
     EXPECT_THAT(Log(), HasSubstr("Printer not set! - No Access to printers or no printers installed!\r\n"));
