@@ -1,6 +1,7 @@
 #include "logs/log_index.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 #include <utility>
 
@@ -13,7 +14,6 @@ namespace {
 // Enough to know a log again that has grown.
 constexpr std::int64_t kRememberedBytes = 4096;
 constexpr std::int64_t kTypicalLine = 360;
-constexpr std::size_t kFewestBuckets = 1024;
 
 std::uint64_t LoadWord(const char* bytes, std::size_t count) {
     std::uint64_t word = 0;
@@ -21,24 +21,25 @@ std::uint64_t LoadWord(const char* bytes, std::size_t count) {
     return word;
 }
 
+std::uint64_t Mixed(std::uint64_t state, std::uint64_t word, std::uint64_t odd) {
+    return ((state << 29U | state >> 35U) ^ word) * odd;
+}
+
 // Not for keys from an enemy: a line found by it is compared byte by byte.
 std::uint32_t HashBytes(std::string_view bytes) {
     constexpr std::uint64_t kOdd1 = 0x9E3779B97F4A7C15;
     constexpr std::uint64_t kOdd2 = 0xC2B2AE3D27D4EB4F;
-    std::uint64_t first = bytes.size();
-    std::uint64_t second = kOdd1;
-    // Two chains at a time, neither of which waits for the other.
-    for (; bytes.size() >= 16; bytes.remove_prefix(16)) {
-        first = ((first << 29U | first >> 35U) ^ LoadWord(bytes.data(), 8)) * kOdd1;
-        second = ((second << 31U | second >> 33U) ^ LoadWord(bytes.data() + 8, 8)) * kOdd2;
-    }
-    for (; !bytes.empty(); bytes.remove_prefix(std::min<std::size_t>(8, bytes.size())))
-        first =
-            ((first << 29U | first >> 35U) ^ LoadWord(bytes.data(), std::min<std::size_t>(8, bytes.size()))) *
-            kOdd1;
-    first ^= second << 32U | second >> 32U;
-    first = (first ^ first >> 32U) * kOdd2;
-    return static_cast<std::uint32_t>(first >> 32U);
+    constexpr std::size_t kWord = 8;
+    // Four chains at a time, none of which waits for another.
+    std::uint64_t chains[4] = {bytes.size(), kOdd1, kOdd2, ~kOdd1};
+    for (; bytes.size() >= 4 * kWord; bytes.remove_prefix(4 * kWord))
+        for (std::size_t i = 0; i < 4; ++i)
+            chains[i] = Mixed(chains[i], LoadWord(bytes.data() + i * kWord, kWord), kOdd1);
+    for (; bytes.size() >= kWord; bytes.remove_prefix(kWord))
+        chains[0] = Mixed(chains[0], LoadWord(bytes.data(), kWord), kOdd1);
+    chains[0] = Mixed(chains[0], LoadWord(bytes.data(), bytes.size()), kOdd1);
+    for (std::size_t i = 1; i < 4; ++i) chains[0] = Mixed(chains[0], chains[i] ^ chains[i] >> 32U, kOdd2);
+    return static_cast<std::uint32_t>(chains[0] >> 32U);
 }
 
 bool IsSameFile(const FileFacts& left, const FileFacts& right) {
@@ -90,7 +91,8 @@ void LogIndex::Forget() {
 }
 
 bool LogIndex::ReadOn() {
-    if (m_entries.empty())
+    const std::size_t before = m_entries.size();
+    if (before == 0)
         m_entries.reserve(static_cast<std::size_t>(std::max<std::int64_t>(m_file->Size(), 0) / kTypicalLine));
     m_openLine.clear();
     LogPieces pieces(*m_file, m_readEnd);
@@ -101,6 +103,7 @@ bool LogIndex::ReadOn() {
         }
         AddLine(m_readEnd, line);
     }
+    LinkEntriesFrom(before);
     if (pieces.HasFailed()) return false;
     m_lastBytes.resize(static_cast<std::size_t>(std::min(m_readEnd, kRememberedBytes)));
     const auto size = static_cast<std::int64_t>(m_lastBytes.size());
@@ -109,17 +112,19 @@ bool LogIndex::ReadOn() {
 
 void LogIndex::AddLine(std::int64_t offset, std::string_view line) {
     if (line.size() < m_columns.start + m_columns.width) return;
-    if (m_entries.size() >= m_buckets.size()) LinkEntries(std::max(kFewestBuckets, m_buckets.size() * 2));
-    const std::uint32_t hash = HashKey(line);
-    std::uint32_t& bucket = m_buckets[hash & (m_buckets.size() - 1)];
-    m_entries.push_back({offset, hash, bucket});
-    bucket = static_cast<std::uint32_t>(m_entries.size());
+    m_entries.push_back({offset, HashKey(line), 0});
 }
 
-void LogIndex::LinkEntries(std::size_t buckets) {
-    m_buckets.assign(buckets, 0);
-    for (std::size_t i = 0; i < m_entries.size(); ++i) {
-        std::uint32_t& bucket = m_buckets[m_entries[i].hash & (buckets - 1)];
+// Not line by line: the buckets lie far apart in memory, and one after the other they are waited for
+// together.
+void LogIndex::LinkEntriesFrom(std::size_t first) {
+    if (m_entries.size() > m_buckets.size()) {
+        m_buckets.assign(std::bit_ceil(m_entries.size()), 0);
+        first = 0;
+    }
+    const std::size_t mask = m_buckets.size() - 1;
+    for (std::size_t i = first; i < m_entries.size(); ++i) {
+        std::uint32_t& bucket = m_buckets[m_entries[i].hash & mask];
         m_entries[i].next = std::exchange(bucket, static_cast<std::uint32_t>(i + 1));
     }
 }

@@ -55,7 +55,7 @@ private:
     bool ReadOn();
     void Forget();
     void AddLine(std::int64_t offset, std::string_view line);
-    void LinkEntries(std::size_t buckets);
+    void LinkEntriesFrom(std::size_t first);
     bool IsLineAt(std::int64_t offset, std::string_view wanted);
     bool Matches(std::string_view line, std::string_view wanted);
     std::uint32_t HashKey(std::string_view line);
