@@ -64,6 +64,7 @@ public:
     FileResult Erase(std::string_view path) override {
         return m_files.erase(std::string(path)) != 0 ? FileResult::kDone : FileResult::kMissing;
     }
+    FileResult CopyAttributes(std::string_view, std::string_view) override { return FileResult::kDone; }
     FileResult FlushFolder(std::string_view) override { return FileResult::kDone; }
     std::string ResolvePath(std::string_view path) override {
         return Inspect(path).kind == FileKind::kMissing ? std::string() : std::string(path);

@@ -68,9 +68,16 @@ FileResult ReplacementFile::Write(const void* data, std::size_t size) {
     return m_result;
 }
 
+// The permissions before there is anything to read, and the times once more when nothing is written any more.
+void ReplacementFile::TakeAttributesOf(std::string_view path) {
+    m_model = path;
+    if (m_result == FileResult::kDone) m_files.CopyAttributes(m_model, m_path);
+}
+
 FileResult ReplacementFile::Finish(bool replace) {
     if (m_result == FileResult::kDone) m_result = m_file->FlushToDisk();
     if (m_result == FileResult::kDone) m_result = m_file->Close();
+    if (m_result == FileResult::kDone && !m_model.empty()) m_files.CopyAttributes(m_model, m_path);
     if (m_result == FileResult::kDone) m_result = m_files.Rename(m_path, m_target, replace);
     if (m_result == FileResult::kDone) m_file.reset();
     return m_result;
@@ -90,6 +97,7 @@ FileResult CopyFileDurably(Files& files, std::string_view from, std::string_view
     if (!source) return result;
     if (files.Inspect(to).kind != FileKind::kMissing) return FileResult::kExists;
     ReplacementFile target(files, to);
+    target.TakeAttributesOf(from);
     std::vector<char> chunk(kChunkSize);
     for (std::int64_t position = 0;;) {
         const std::int64_t count = source->ReadAt(position, chunk.data(), chunk.size());

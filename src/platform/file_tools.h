@@ -32,18 +32,21 @@ public:
 
     FileResult Result() const { return m_result; }  // at first, whether it can be written at all
     FileResult Write(const void* data, std::size_t size);
+    // It gets the times and the permissions of the file `path`, where the volume can keep them.
+    void TakeAttributesOf(std::string_view path);
     FileResult Finish(bool replace = true);  // kExists when `path` has come to be unless `replace`
 
 private:
     Files& m_files;
     std::string m_target;
     std::string m_path;
+    std::string m_model;  // whose attributes it gets; empty: its own
     FileResult m_result = FileResult::kFailed;
     std::unique_ptr<OutputFile> m_file;
 };
 
-// `to`, which must not exist, becomes a complete copy, or does not come to be. `keepGoing` is asked between
-// chunks and may pump; when it answers false the copy is given up with kFailed.
+// `to`, which must not exist, becomes a complete copy with the times of `from`, or does not come to be.
+// `keepGoing` is asked between chunks and may pump; when it answers false the copy is given up with kFailed.
 FileResult CopyFileDurably(Files& files, std::string_view from, std::string_view to,
                            const std::function<bool()>& keepGoing = {});
 

@@ -88,6 +88,8 @@ public:
     virtual FileResult Rename(std::string_view from, std::string_view to, bool replace) = 0;
     // A file, a link itself, or an empty folder; kExists for a folder that is not empty.
     virtual FileResult Erase(std::string_view path) = 0;
+    // `to` gets the times of `from`, and its permissions where they are a file's own. Both exist already.
+    virtual FileResult CopyAttributes(std::string_view from, std::string_view to) = 0;
     virtual FileResult FlushFolder(std::string_view path) = 0;  // makes creations and renames in it durable
     // The absolute path without links, "." and ".."; empty when it does not exist, or is longer than the
     // system can tell.

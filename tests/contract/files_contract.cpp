@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
+#include <filesystem>
 #include <map>
 
 #include "base/path.h"
@@ -162,6 +164,8 @@ TEST_P(FilesContract, RefusesNamesWithNuls) {
     EXPECT_EQ(files().Rename(path, withNul, true), FileResult::kBadName);
     EXPECT_EQ(files().Erase(withNul), FileResult::kBadName);
     EXPECT_EQ(files().FlushFolder(withNul), FileResult::kBadName);
+    EXPECT_EQ(files().CopyAttributes(withNul, path), FileResult::kBadName);
+    EXPECT_EQ(files().CopyAttributes(path, withNul), FileResult::kBadName);
     EXPECT_EQ(files().ResolvePath(withNul), "");
     EXPECT_EQ(files().FreeSpace(withNul), -1);
     FileResult result = FileResult::kDone;
@@ -229,6 +233,19 @@ TEST_P(FilesContract, RenamesWithoutAndWithReplacing) {
     EXPECT_EQ(files().Rename(PathOf("x"), PathOf("y"), false), FileResult::kDone);
     EXPECT_EQ(folder.Read("y/file"), "3");
     EXPECT_EQ(files().FlushFolder(folder.Path()), FileResult::kDone);
+}
+
+TEST_P(FilesContract, CopiesTimes) {
+    const std::string from = folder.Write("from", "1");
+    const std::string to = folder.Write("to", "22");
+    std::filesystem::last_write_time(from, std::filesystem::last_write_time(to) - std::chrono::hours(30'000));
+    EXPECT_EQ(files().CopyAttributes(from, to), FileResult::kDone);
+    EXPECT_EQ(files().Inspect(to).written, files().Inspect(from).written);
+    EXPECT_EQ(std::filesystem::last_write_time(to), std::filesystem::last_write_time(from));
+    EXPECT_EQ(folder.Read("to"), "22");
+    EXPECT_EQ(files().CopyAttributes(from, PathOf("none")), FileResult::kMissing);
+    EXPECT_EQ(files().CopyAttributes(PathOf("none"), to), FileResult::kMissing);
+    EXPECT_FALSE(folder.Has("none"));
 }
 
 TEST_P(FilesContract, ErasesFilesAndEmptyFoldersOnly) {

@@ -104,6 +104,11 @@ FileResult FaultyFiles::Erase(std::string_view path) {
     return fault == FileResult::kDone ? m_real.Erase(path) : fault;
 }
 
+FileResult FaultyFiles::CopyAttributes(std::string_view from, std::string_view to) {
+    const FileResult fault = Begin(Call::kCopyAttributes, to);
+    return fault == FileResult::kDone ? m_real.CopyAttributes(from, to) : fault;
+}
+
 FileResult FaultyFiles::FlushFolder(std::string_view path) {
     const FileResult fault = Begin(Call::kFlushFolder, path);
     return fault == FileResult::kDone ? m_real.FlushFolder(path) : fault;

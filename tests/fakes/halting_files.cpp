@@ -67,6 +67,10 @@ FileResult HaltingFiles::Erase(std::string_view path) {
     return TakeChange() ? m_real.Erase(path) : FileResult::kFailed;
 }
 
+FileResult HaltingFiles::CopyAttributes(std::string_view from, std::string_view to) {
+    return TakeChange() ? m_real.CopyAttributes(from, to) : FileResult::kFailed;
+}
+
 FileResult HaltingFiles::FlushFolder(std::string_view) {
     return HasHalted() ? FileResult::kFailed : FileResult::kDone;
 }

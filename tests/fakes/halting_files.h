@@ -29,6 +29,7 @@ public:
     FileResult MakeFolders(std::string_view path) override;
     FileResult Rename(std::string_view from, std::string_view to, bool replace) override;
     FileResult Erase(std::string_view path) override;
+    FileResult CopyAttributes(std::string_view from, std::string_view to) override;
     FileResult FlushFolder(std::string_view path) override;
     std::string ResolvePath(std::string_view path) override { return m_real.ResolvePath(path); }
     std::string ShortPath(std::string_view path) override { return m_real.ShortPath(path); }

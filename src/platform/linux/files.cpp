@@ -218,8 +218,13 @@ int RenameToNewName(const PlacedPath& from, const PlacedPath& to) {
     constexpr unsigned kNoReplace = RENAME_NOREPLACE;
     if (renameat2(from.Folder(), from.Name(), to.Folder(), to.Name(), kNoReplace) == 0) return 0;
     if (errno != EINVAL && errno != ENOSYS) return -1;
-    if (linkat(from.Folder(), from.Name(), to.Folder(), to.Name(), 0) == 0)
-        return unlinkat(from.Folder(), from.Name(), 0);
+    if (linkat(from.Folder(), from.Name(), to.Folder(), to.Name(), 0) == 0) {
+        if (unlinkat(from.Folder(), from.Name(), 0) == 0) return 0;
+        const int error = errno;
+        unlinkat(to.Folder(), to.Name(), 0);
+        errno = error;
+        return -1;
+    }
     if (errno == EEXIST || errno == ENOENT || errno == EXDEV) return -1;
     if (faccessat(to.Folder(), to.Name(), F_OK, AT_SYMLINK_NOFOLLOW) == 0) {
         errno = EEXIST;
@@ -327,6 +332,22 @@ public:
         if (unlinkat(place.Folder(), place.Name(), 0) == 0) return FileResult::kDone;
         if (errno != EISDIR) return LastResult();
         return unlinkat(place.Folder(), place.Name(), AT_REMOVEDIR) == 0 ? FileResult::kDone : LastResult();
+    }
+
+    FileResult CopyAttributes(std::string_view from, std::string_view to) override {
+        const PlacedPath source(from);
+        if (!source.IsValid()) return LastResult();
+        const PlacedPath target(to);
+        struct stat status;
+        if (!target.IsValid() || fstatat(source.Folder(), source.Name(), &status, 0) != 0)
+            return LastResult();
+        constexpr mode_t kPermissions = S_IRWXU | S_IRWXG | S_IRWXO;
+        const timespec times[] = {status.st_atim, status.st_mtim};
+        // A file system without permissions has times all the same.
+        const int error =
+            fchmodat(target.Folder(), target.Name(), status.st_mode & kPermissions, 0) == 0 ? 0 : errno;
+        if (utimensat(target.Folder(), target.Name(), times, 0) != 0) return LastResult();
+        return ToFileResult(error);
     }
 
     FileResult FlushFolder(std::string_view path) override {

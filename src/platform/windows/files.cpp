@@ -277,6 +277,20 @@ public:
         return ResultOf(DeleteFileW(file.c_str()));
     }
 
+    // Permissions are the folder's, which new files inherit.
+    FileResult CopyAttributes(std::string_view from, std::string_view to) override {
+        std::wstring source;
+        std::wstring target;
+        FileResult named = ToSystemPath(from, source);
+        if (named == FileResult::kDone) named = ToSystemPath(to, target);
+        if (named != FileResult::kDone) return named;
+        FILETIME created, accessed, written;
+        const SystemHandle model = OpenExisting(source, FILE_READ_ATTRIBUTES);
+        if (!model || !GetFileTime(model.get(), &created, &accessed, &written)) return LastResult();
+        const SystemHandle file = OpenExisting(target, FILE_WRITE_ATTRIBUTES);
+        return ResultOf(file && SetFileTime(file.get(), &created, &accessed, &written));
+    }
+
     FileResult FlushFolder(std::string_view path) override {
         std::wstring folder;
         const FileResult named = ToSystemPath(path, folder);

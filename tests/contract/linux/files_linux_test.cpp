@@ -73,6 +73,15 @@ private:
 #define SKIP_UNLESS_MOUNTED(volume) \
     if (!(volume).IsMounted()) GTEST_SKIP() << "a volume can be mounted by root only"
 
+TEST_F(LinuxFilesTest, CopiesPermissionsButNoSpecialBits) {
+    const std::string from = folder.Write("from", "secret");
+    ASSERT_EQ(chmod(from.c_str(), 04640), 0);
+    EXPECT_EQ(CopyFileDurably(files(), from, PathOf("to")), FileResult::kDone);
+    struct stat status = {};
+    ASSERT_EQ(stat(PathOf("to").c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777U, 0640U);
+}
+
 TEST_F(LinuxFilesTest, LookingAtAFifoDoesNotLetGoTheWriterThatWaitsThere) {
     const std::string fifo = PathOf("fifo");
     ASSERT_EQ(mkfifo(fifo.c_str(), 0666), 0);

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <filesystem>
+
 #include "fakes/faulty_files.h"
 #include "fakes/temporary_folder.h"
 #include "platform/services.h"
@@ -125,6 +128,19 @@ TEST_F(FileToolsTest, CopiesCompletelyOrNotAtAll) {
     files.FillDiskAfter(300'000);
     EXPECT_EQ(CopyFileDurably(files, from, never), FileResult::kNoSpace);
     EXPECT_EQ(CountEntries(), before);
+}
+
+TEST_F(FileToolsTest, KeepsTheTimesOfWhatItCopies) {
+    const std::string from = folder.Write("from", "bytes");
+    const std::string to = folder.PathOf("to");
+    std::filesystem::last_write_time(from,
+                                     std::filesystem::last_write_time(from) - std::chrono::hours(30'000));
+    EXPECT_EQ(CopyFileDurably(files, from, to), FileResult::kDone);
+    EXPECT_EQ(files.Inspect(to).written, files.Inspect(from).written);
+    // A volume that cannot keep them gets the file all the same.
+    files.FailAlways(Call::kCopyAttributes, FileResult::kNoAccess);
+    EXPECT_EQ(CopyFileDurably(files, from, folder.PathOf("plain")), FileResult::kDone);
+    EXPECT_EQ(folder.Read("plain"), "bytes");
 }
 
 TEST_F(FileToolsTest, DoesNotCopyOverAFileThatAppearsMeanwhile) {
