@@ -71,6 +71,10 @@ bool IsAbsolutePath(std::string_view path) {
     return hasDrive && PlatformSeparator() == '\\';
 }
 
+bool IsWindowsPath(std::string_view path) {
+    return path.substr(0, 2) == "\\\\" || (path.size() > 2 && path[1] == ':' && path[2] == '\\');
+}
+
 std::string ToPlatformSeparators(std::string_view path) {
     std::string result(path);
     for (char& c : result)

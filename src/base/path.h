@@ -33,6 +33,9 @@ std::string WithTrailingSeparator(std::string_view folder);
 
 bool IsAbsolutePath(std::string_view path);
 
+// A whole path of Windows, whatever the platform: a job may be written there and read elsewhere.
+bool IsWindowsPath(std::string_view path);
+
 // A text from another system's list file with both kinds of separator turned into the platform's.
 std::string ToPlatformSeparators(std::string_view path);
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <set>
 #include <string>
 #include <string_view>
@@ -58,7 +59,8 @@ private:
     int m_selectMode;
     std::string m_moveToDir;
     const ItemTexts& m_texts;
-    std::vector<std::string> m_openContainers;  // outermost first
+    std::shared_ptr<const std::string> m_jobFile;  // the innermost that is being taken in
+    std::vector<std::string> m_openContainers;     // outermost first
     int m_containersTaken = 0;
 };
 

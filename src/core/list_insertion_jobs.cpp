@@ -1,4 +1,6 @@
 #include <algorithm>
+#include <memory>
+#include <utility>
 
 #include "base/format.h"
 #include "base/numbers.h"
@@ -10,15 +12,6 @@
 
 namespace quirepress {
 
-namespace {
-
-// A job that was written on Windows and is read elsewhere.
-bool IsWindowsPath(std::string_view path) {
-    return StartsWith(path, "\\\\") || (path.size() > 2 && path[1] == ':' && path[2] == '\\');
-}
-
-}  // namespace
-
 int ListInsertion::InsertJob(const std::string& path) {
     JobFile job;
     if (LoadJobFile(m_services.files, path, job) != 0) {
@@ -26,8 +19,15 @@ int ListInsertion::InsertJob(const std::string& path) {
         return 0;
     }
     if (job.headerCount > 0) m_list.m_headerTexts = job.headerTexts;
-    for (const std::string& line : job.lines)
-        if (m_list.KeepGoing()) InsertJobLine(line, path);
+    const auto name = std::make_shared<std::string>(path);
+    const auto outerJob = std::exchange(m_jobFile, name);
+    for (const std::string& line : job.lines) {
+        if (m_list.KeepGoing())
+            InsertJobLine(line, path);
+        else
+            name->clear();  // not all of its rows are there, so that nothing may be done to it as a whole
+    }
+    m_jobFile = outerJob;
     return 1;
 }
 
@@ -76,7 +76,7 @@ void ListInsertion::InsertJobRow(const std::vector<std::string>& columns) {
     constexpr int kMostPages = 1'000'000'000;
     const auto pages = ParseWholeNumber(texts[kColumnPages], 0, kMostPages).value_or(-1);
     const int row = m_list.RowCount();
-    m_list.AddRow(row, texts, static_cast<int>(pages));
+    m_list.AddRow(row, texts, static_cast<int>(pages), m_jobFile);
     m_list.RefreshRow(row);
 }
 

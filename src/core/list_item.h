@@ -2,8 +2,10 @@
 
 #include <array>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace quirepress {
 
@@ -73,11 +75,16 @@ public:
 
     RunMark& Mark() { return m_mark; }
 
+    // The job file that brought it; empty: none.
+    std::string_view JobFile() const { return m_jobFile ? *m_jobFile : std::string_view(); }
+    void SetJobFile(std::shared_ptr<const std::string> jobFile) { m_jobFile = std::move(jobFile); }
+
 private:
     std::string m_texts;
     std::array<std::uint32_t, kColumnCount> m_ends{};
     std::int32_t m_keptPages = -1;
     RunMark m_mark;
+    std::shared_ptr<const std::string> m_jobFile;  // one text for all rows of a job
 };
 
 }  // namespace quirepress

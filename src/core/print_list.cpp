@@ -91,9 +91,12 @@ int PrintList::TakeRowIndex() {
     return index;
 }
 
-void PrintList::AddRow(int index, const ColumnTexts& texts, int keptPages) {
+void PrintList::AddRow(int index, const ColumnTexts& texts, int keptPages,
+                       std::shared_ptr<const std::string> jobFile) {
     index = std::clamp(index, 0, RowCount());
-    m_rows.emplace(m_rows.begin() + index, texts)->KeepPages(keptPages);
+    ListItem& item = *m_rows.emplace(m_rows.begin() + index, texts);
+    item.KeepPages(keptPages);
+    item.SetJobFile(std::move(jobFile));
     ++m_version;
     if (m_currentRow >= index) ++m_currentRow;
 }

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -67,6 +68,9 @@ public:
     std::string_view Text(int row, int column) const;
     void SetText(int row, int column, std::string_view text);
     RunMark& MarkOf(int row) { return m_rows[row].Mark(); }  // good until the list changes
+    // The path of the job file that brought the row, the innermost of several; empty when it came another
+    // way, or the job file was not taken in to its end. Good until the list changes.
+    std::string_view JobFileOf(int row) const { return m_rows[row].JobFile(); }
     void RemoveRow(int row);
     void Clear();
     // A row as it was in an earlier list, below the others.
@@ -120,7 +124,8 @@ private:
 
     // Where the next row goes; a pending position is used up by this.
     int TakeRowIndex();
-    void AddRow(int index, const ColumnTexts& texts, int keptPages);
+    void AddRow(int index, const ColumnTexts& texts, int keptPages,
+                std::shared_ptr<const std::string> jobFile = nullptr);
     void RefreshRow(int row);
     bool KeepGoing();  // may pump
 
