@@ -1,0 +1,64 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "platform/files.h"
+
+namespace quirepress {
+
+class DebugLog;
+class EventLoop;
+class Prompts;
+
+struct TransferServices {
+    Files& files;
+    EventLoop& loop;
+    Prompts& prompts;
+    DebugLog& debugLog;
+};
+
+struct TransferRequest {
+    std::string from;
+    std::string folder;           // made when it is missing
+    std::string name;             // in the folder
+    std::string_view traceStart;  // before the lines of the debug log
+    bool isCopy = false;
+    bool renameOld = false;  // when the name is taken, the file that has it gets a version name
+};
+
+// Brings one file into a folder, in as many attempts as its owner makes. The target never is half a file, no
+// file is overwritten, and the source goes only when all of it is at the target.
+class FileTransfer {
+public:
+    enum class End { kDone, kNotMoved, kNotRenamed, kNoVersionLeft };
+
+    FileTransfer(TransferServices services, TransferRequest request);
+    ~FileTransfer();  // takes back the copy of a file that could not be moved
+    FileTransfer(const FileTransfer&) = delete;
+    FileTransfer& operator=(const FileTransfer&) = delete;
+
+    End Attempt();                                          // May pump.
+    const std::string& Target() const { return m_target; }  // of the last attempt
+    FileResult Reason() const { return m_reason; }          // why the last attempt failed
+
+private:
+    End TransferToFolder();
+    End TransferToVersion();
+    FileResult TransferTo(const std::string& target);
+    FileResult CopyWhole(const std::string& target);
+    FileResult EraseSource();
+    bool IsAtTarget() const;
+    bool IsLink() const;
+    bool IsSourceChanged() const;
+    void TraceRename(FileResult result, const std::string& from, const std::string& to);
+
+    TransferServices m_services;
+    TransferRequest m_request;
+    std::string m_target;
+    FileResult m_reason = FileResult::kDone;
+    bool m_isCopied = false;   // to m_target, and the source is still to be erased
+    FileFacts m_copiedSource;  // as it was when it was copied
+};
+
+}  // namespace quirepress

@@ -1,0 +1,488 @@
+#include "core/post_print.h"
+
+#include <chrono>
+
+#include "fakes/halting_files.h"
+#include "platform/file_tools.h"
+#include "unit/core/post_print_fixture.h"
+
+namespace quirepress {
+namespace {
+
+using Call = FaultyFiles::Call;
+using Box = FakePrompts::Box;
+
+constexpr std::string_view kHint =
+    "\n\nto log this instead of popup go into General options and turn on error log";
+
+class PostPrintTest : public PostPrintFixture {
+protected:
+    RowHandled HandleRow(const std::string& path, const std::string& moveTo, PrintEnd end,
+                         const std::string& moveToOnError = "", const std::string& jobFile = "") {
+        return m_postPrint.Handle(
+            {path, moveTo, moveToOnError, std::string(FileTitle(path)), jobFile, "Laser"}, end);
+    }
+};
+
+TEST_F(PostPrintTest, DoesWhatTheMoveToSays) {
+    const std::string out = PathOf("out/new");
+    EXPECT_FALSE(Check(Put(), ""));
+    EXPECT_FALSE(Check(Put(), "qprjobdelete"));
+    EXPECT_TRUE(Has("in/a.pdf"));
+    for (const char* prefix : {"copy:", "Copy:", "COPY:"}) {
+        EXPECT_TRUE(Check(Put("in/a.pdf", prefix), prefix + out)) << prefix;
+        EXPECT_EQ(Read("out/new/a.pdf"), prefix);
+        EXPECT_EQ(m_prompts.statusTexts.back(), "Copying file to:" + JoinPath(out, "a.pdf"));
+        std::filesystem::remove(PathOf("out/new/a.pdf"));
+    }
+    EXPECT_TRUE(Check(PathOf("in/a.pdf"), out));
+    EXPECT_EQ(Read("out/new/a.pdf"), "COPY:");
+    EXPECT_EQ(m_prompts.statusTexts.back(), "Moving file to:" + JoinPath(out, "a.pdf"));
+    EXPECT_FALSE(Has("in/a.pdf"));
+    for (const char* marker : {"qprdelete", "qprdelete+job"}) {
+        EXPECT_TRUE(Check(Put(), marker));
+        EXPECT_FALSE(Has("in/a.pdf")) << marker;
+        EXPECT_EQ(m_prompts.statusTexts.back(), "Delete file status 1");
+    }
+    EXPECT_TRUE(Check(Put("in/QPRMerged_1.pdf"), ""));
+    EXPECT_FALSE(Has("in/QPRMerged_1.pdf"));
+    EXPECT_TRUE(Check(Put(), "below"));  // the working folder
+    EXPECT_TRUE(Has("below/a.pdf"));
+    EXPECT_TRUE(m_postPrint.CheckForFileOnMove(Put(), out, "Invoice 7"));
+    EXPECT_TRUE(Has("out/new/Invoice 7.pdf"));
+    EXPECT_TRUE(m_prompts.boxes.empty() && m_notices.all.empty());
+}
+
+TEST_F(PostPrintTest, TracesWhatItDoes) {
+    OpenDebugLog();
+    const std::string from = Put();
+    const std::string to = JoinPath(PathOf("out"), "a.pdf");
+    EXPECT_TRUE(Check(from, PathOf("out")));
+    EXPECT_EQ(DebugText(),
+              "CheckForFileOnMove fn=" + from + ", fn_to=" + PathOf("out") +
+                  ", fileTitle=a.pdf\r\nMove file status 1\r\nMoveFile: 1, 0=error moving file  " + from +
+                  " to " + to + "\r\n");
+    EXPECT_TRUE(m_postPrint.MoveFromCommandLine(Put("in/b.pdf"), PathOf("out"), "b.pdf"));
+    EXPECT_TRUE(
+        DebugText().ends_with("Command Line Move file status 1\r\n"
+                              "Command Line MoveFile: 1, 0=error moving file  " +
+                              PathOf("in/b.pdf") + " to " + JoinPath(PathOf("out"), "b.pdf") + "\r\n"));
+}
+
+TEST_F(PostPrintTest, TellsThatAFileWasNotDeleted) {
+    OpenDebugLog();
+    const std::string path = Put();
+    m_files.FailAlways(Call::kErase, FileResult::kBusy);
+    EXPECT_FALSE(Check(path, "qprdelete"));
+    EXPECT_EQ(m_files.CountOf(Call::kErase), 200);
+    EXPECT_EQ(Count(DebugText(), "Delete file status 0\r\n"), 200);
+    EXPECT_TRUE(DebugText().ends_with("DeleteFile: 0, 0=error moving file  " + path + " to qprdelete\r\n"));
+    const Box box = {"Delete Error", "File didn't delete, please check acrobat\n\nFROM:" + path};
+    EXPECT_EQ(m_prompts.boxes, (std::vector<Box>{{box.title, box.text + std::string(kHint)}}));
+    ASSERT_EQ(m_notices.all.size(), 1U);
+    EXPECT_EQ(m_notices.all[0].kind, 2);
+    EXPECT_EQ(m_notices.all[0].body,
+              "Date/Time:2024-03-01 12:00:00\r\nStatus: Delete Error\r\nFilename:" + path);
+
+    m_files.Heal();
+    std::filesystem::remove(path);
+    EXPECT_TRUE(Check(path, "qprdelete"));  // somebody else was quicker
+    std::filesystem::create_directory(path);
+    EXPECT_FALSE(Check(path, "qprdelete"));
+    EXPECT_TRUE(Has("in/a.pdf"));
+}
+
+TEST_F(PostPrintTest, TellsThatAFileWasNotMoved) {
+    const std::string path = Put();
+    m_files.FailAlways(Call::kRename, FileResult::kNoAccess);
+    EXPECT_FALSE(Check(path, PathOf("out")));
+    EXPECT_EQ(m_prompts.boxes,
+              (std::vector<Box>{{"Move Error", "File didn't move\n\nFROM:" + path + "\nTO:" +
+                                                   JoinPath(PathOf("out"), "a.pdf") + std::string(kHint) +
+                                                   " (this message does not show in NT services)"}}));
+    EXPECT_TRUE(m_notices.all.at(0).body.ends_with("\r\nStatus: Move Error\r\nFilename:" + path));
+    EXPECT_EQ(Read("in/a.pdf"), "bytes");
+
+    m_options.m_errorLog = true;
+    EXPECT_EQ(HandleRow(path, PathOf("out"), PrintEnd::kPrinted), RowHandled::kFailed);
+    EXPECT_EQ(m_prompts.boxes.size(), 1U);
+    for (const std::string& part : {path, JoinPath(PathOf("out"), "a.pdf"),
+                                    std::string("Move Error: access is denied"), std::string("Laser")})
+        EXPECT_EQ(Count(Read("error.log"), part), 1) << part;
+    EXPECT_EQ(m_notices.all.size(), 2U);
+    // A log that cannot be written is told once, at the end.
+    m_files.FailAlways(Call::kOpenForWriting, FileResult::kNoSpace);
+    EXPECT_FALSE(Check(path, PathOf("out")));
+    EXPECT_FALSE(Check(path, PathOf("out")));
+    EXPECT_EQ(m_prompts.boxes.size(), 1U);
+    m_postPrint.AtRunEnd(m_list, 1);
+    m_postPrint.AtRunEnd(m_list, 1);
+    ASSERT_EQ(m_prompts.boxes.size(), 2U);
+    EXPECT_EQ(m_prompts.boxes[1].title, "Log File Error");
+}
+
+TEST_F(PostPrintTest, TriesAgainAsOftenAsTheOptionsSay) {
+    const std::string path = Put();
+    const auto attempts = [&](int extra) {
+        m_options.m_extraMoveRetry = extra;
+        const int before = m_files.CountOf(Call::kRename);
+        const long long start = m_loop.MonotonicMilliseconds();
+        Check(path, PathOf("out"));
+        const int count = m_files.CountOf(Call::kRename) - before;
+        EXPECT_EQ(m_loop.MonotonicMilliseconds() - start, 250 * (count - 1));
+        return count;
+    };
+    m_files.FailAlways(Call::kRename, FileResult::kBusy);
+    EXPECT_EQ(attempts(0), 200);
+    EXPECT_EQ(attempts(5), 205);
+    EXPECT_EQ(attempts(-5), 200);
+    int left = 2;
+    m_postPrint.UseStop([&] { return --left < 0; });
+    EXPECT_EQ(attempts(0), 2);
+    m_postPrint.UseStop([] { return true; });
+    EXPECT_EQ(attempts(0), 1);
+    EXPECT_TRUE(Has("in/a.pdf"));
+    m_postPrint.UseStop([] { return false; });
+    m_files.Heal();
+    m_files.FailOnce(Call::kRename, FileResult::kBusy);
+    EXPECT_EQ(attempts(0), 2);
+    EXPECT_TRUE(Has("out/a.pdf"));
+    // What no later attempt can mend.
+    EXPECT_FALSE(Check(Put(), PathOf(std::string("out\0x", 5))));
+    EXPECT_FALSE(Check(Put(), PathOf(std::string(300, 'n'))));
+    EXPECT_EQ(m_prompts.boxes.size(), 7U);
+}
+
+TEST_F(PostPrintTest, PausesBeforeMovesOnly) {
+    m_options.m_pauseMove = 3;
+    const auto elapsed = [&](const std::string& moveTo) {
+        const long long start = m_loop.MonotonicMilliseconds();
+        EXPECT_TRUE(Check(Put(), moveTo));
+        return m_loop.MonotonicMilliseconds() - start;
+    };
+    const int waits = m_loop.WaitCount();
+    EXPECT_EQ(elapsed(PathOf("out")), 3'000);
+    EXPECT_EQ(m_loop.WaitCount() - waits, 30);
+    EXPECT_EQ(elapsed("qprdelete"), 0);
+    m_postPrint.UseStop([&] { return m_loop.WaitCount() > waits + 40; });
+    EXPECT_EQ(elapsed("copy:" + PathOf("out")), 1'100);
+    EXPECT_TRUE(Has("out/a_v1.pdf"));
+}
+
+TEST_F(PostPrintTest, NeverOverwritesAFile) {
+    OpenDebugLog();
+    for (const char* name : {"out/a.pdf", "out/a_v1.pdf", "out/a_v2.pdf", "out/a_v3.pdf", "out/b"})
+        Put(name, name);
+    EXPECT_TRUE(Check(Put(), PathOf("out")));
+    EXPECT_EQ(Read("out/a_v4.pdf"), "bytes");
+    const std::string plain = JoinPath(PathOf("out"), "a.pdf");
+    EXPECT_EQ(Count(DebugText(), "Rename File status 1\r\nRename: 1, 0=error renaming file, err code: 0,  " +
+                                     plain + " to " + JoinPath(PathOf("out"), "a_v4.pdf") + "\r\n"),
+              1);
+    EXPECT_TRUE(Check(Put("in/b"), "copy:" + PathOf("out")));
+    EXPECT_EQ(Read("out/b_v1"), "bytes");
+
+    m_postPrint.RenameOldFiles(true);
+    EXPECT_TRUE(Check(Put("in/a.pdf", "newest"), PathOf("out")));
+    EXPECT_EQ(Read("out/a.pdf"), "newest");
+    EXPECT_EQ(Read("out/a_v5.pdf"), "out/a.pdf");
+    EXPECT_TRUE(Check(Put("in/b", "newest"), "copy:" + PathOf("out")));
+    EXPECT_EQ(Read("out/b") + Read("out/b_v2"), "newestout/b");
+    // A folder of that name is nobody's old file.
+    Put("out/c.pdf/x");
+    EXPECT_TRUE(Check(Put("in/c.pdf"), PathOf("out")));
+    EXPECT_TRUE(Has("out/c.pdf/x") && Has("out/c_v1.pdf"));
+    EXPECT_TRUE(m_prompts.boxes.empty());
+}
+
+TEST_F(PostPrintTest, TellsThatAnOldFileWasNotRenamed) {
+    OpenDebugLog();
+    m_postPrint.RenameOldFiles(true);
+    const std::string path = Put();
+    Put("out/a.pdf", "old");
+    m_files.BeforeEach(Call::kRename, [&](std::string_view from) {
+        if (from != path) m_files.FailOnce(Call::kRename, FileResult::kBusy);
+    });
+    EXPECT_FALSE(Check(path, PathOf("out")));
+    EXPECT_EQ(Count(DebugText(), "Rename File status 0\r\nRename: 0, 0=error renaming file, err code: 6,  "),
+              200);
+    ASSERT_EQ(m_prompts.boxes.size(), 1U);
+    EXPECT_EQ(m_prompts.boxes[0].title, "Rename Error");
+    EXPECT_TRUE(
+        m_prompts.boxes[0].text.starts_with("File didn't rename, please check acrobat\n\nFROM:" + path));
+    EXPECT_TRUE(m_notices.all.at(0).body.ends_with("\r\nStatus: Rename Error\r\nFilename:" + path));
+    EXPECT_EQ(Read("out/a.pdf") + Read("in/a.pdf"), "oldbytes");
+}
+
+// Also lists versions of a.pdf that are not there, from 1 on.
+class CrowdedFiles : public FaultyFiles {
+public:
+    using FaultyFiles::FaultyFiles;
+    FileResult ListFolder(std::string_view path, std::vector<FolderEntry>& entries) override {
+        for (int i = 1; i <= versions; ++i)
+            entries.push_back({"a_v" + std::to_string(i) + ".pdf", FileKind::kRegular});
+        return FaultyFiles::ListFolder(path, entries);
+    }
+    int versions = 0;
+};
+
+TEST_F(PostPrintTest, StopsWhenEveryVersionIsTaken) {
+    OpenDebugLog();
+    CrowdedFiles files(*m_services.files);
+    PostPrint postPrint = MakePostPrint(files);
+    Put("out/a.pdf", "old");
+    files.versions = 999'998;
+    EXPECT_TRUE(postPrint.CheckForFileOnMove(Put(), PathOf("out"), "a.pdf"));
+    EXPECT_EQ(Read("out/a_v999999.pdf"), "bytes");
+    EXPECT_EQ(files.CountOf(Call::kRename), 2);
+    EXPECT_FALSE(postPrint.CheckForFileOnMove(Put(), PathOf("out"), "a.pdf"));
+    EXPECT_EQ(
+        m_prompts.boxes,
+        (std::vector<Box>{{"Limit Reached!",
+                           "Sorry same name limit reached!,\nyou must delete some of the old versions to "
+                           "continue."}}));
+    EXPECT_EQ(Count(DebugText(), "Sorry same name limit reached message!\r\n"), 1);
+    EXPECT_EQ(m_loop.WaitCount(), 0);
+    EXPECT_TRUE(Has("in/a.pdf"));
+}
+
+TEST_F(PostPrintTest, LeavesAFileThatIsInItsTargetAlready) {
+    const std::string path = Put();
+    EXPECT_TRUE(Check(path, PathOf("in")));
+    EXPECT_TRUE(Check(path, "copy:" + PathOf("in/../in")));
+    std::vector<FolderEntry> entries;
+    m_files.ListFolder(PathOf("in"), entries);
+    EXPECT_EQ(entries.size(), 1U);
+}
+
+TEST_F(PostPrintTest, KeepsTheSourceWhateverIsWrongWithTheTarget) {
+    const std::string path = Put();
+    Put("file");
+    EXPECT_FALSE(Check(path, PathOf("file")));
+    EXPECT_FALSE(Check(path, PathOf("file/below")));
+    EXPECT_FALSE(Check(path, "copy:"));
+    m_files.FillDiskAfter(3);
+    EXPECT_FALSE(Check(path, "copy:" + PathOf("out")));
+    m_files.Heal();
+    m_files.FailAlways(Call::kMakeFolders, FileResult::kNoAccess);
+    EXPECT_FALSE(Check(path, PathOf("new")));
+    m_files.Heal();
+    EXPECT_EQ(Read("in/a.pdf"), "bytes");
+    EXPECT_EQ(Read("file"), "bytes");
+    std::vector<FolderEntry> entries;
+    m_files.ListFolder(PathOf("out"), entries);
+    EXPECT_TRUE(entries.empty());
+    EXPECT_FALSE(Check(PathOf("in/gone.pdf"), PathOf("out")));
+    EXPECT_FALSE(Check(PathOf("in"), PathOf("out")));  // a folder is no document
+    EXPECT_EQ(m_prompts.boxes.size(), 7U);
+}
+
+class OtherVolumeTest : public PostPrintTest {
+protected:
+    OtherVolumeTest() { m_halting.PutOnOtherVolume(PathOf("out")); }
+    bool CheckAcross(const std::string& moveTo) {
+        return m_acrossVolumes.CheckForFileOnMove(PathOf("in/a.pdf"), moveTo, "a.pdf");
+    }
+
+    HaltingFiles m_halting{*m_services.files};
+    FaultyFiles m_faulty{m_halting};
+    PostPrint m_acrossVolumes = MakePostPrint(m_faulty);
+};
+
+TEST_F(OtherVolumeTest, MovesWithTimesAndVersions) {
+    const std::string path = Put();
+    std::filesystem::last_write_time(path,
+                                     std::filesystem::last_write_time(path) - std::chrono::hours(9'000));
+    const Instant written = m_files.Inspect(path).written;
+    Put("out/a.pdf", "old");
+    EXPECT_TRUE(CheckAcross(PathOf("out")));
+    EXPECT_EQ(Read("out/a.pdf") + Read("out/a_v1.pdf"), "oldbytes");
+    EXPECT_EQ(m_files.Inspect(PathOf("out/a_v1.pdf")).written, written);
+    EXPECT_FALSE(Has("in/a.pdf"));
+}
+
+TEST_F(OtherVolumeTest, CopiesOnceHoweverOftenTheSourceCannotBeErased) {
+    const std::string path = Put();
+    m_faulty.BeforeEach(Call::kErase, [&](std::string_view erased) {
+        if (erased == path) m_faulty.FailOnce(Call::kErase, FileResult::kBusy);
+    });
+    EXPECT_FALSE(CheckAcross(PathOf("out")));
+    EXPECT_EQ(Read("in/a.pdf"), "bytes");
+    EXPECT_FALSE(Has("out/a.pdf") || Has("out/a_v1.pdf"));
+    EXPECT_EQ(m_faulty.CountOf(Call::kWrite), 1);
+    // It can be erased later.
+    int left = 3;
+    m_faulty.BeforeEach(Call::kErase, [&](std::string_view) {
+        if (--left > 0) m_faulty.FailOnce(Call::kErase, FileResult::kBusy);
+    });
+    EXPECT_TRUE(CheckAcross(PathOf("out")));
+    EXPECT_EQ(Read("out/a.pdf"), "bytes");
+    EXPECT_FALSE(Has("in/a.pdf"));
+}
+
+// A document that grows while it is copied must arrive with all that it has come to hold.
+TEST_F(OtherVolumeTest, CopiesASourceAnewThatHasChanged) {
+    Put();
+    int writes = 0;
+    m_faulty.BeforeEach(Call::kFlushToDisk, [&](std::string_view) {
+        if (++writes == 1) Put("in/a.pdf", "bytes and more");
+    });
+    EXPECT_TRUE(CheckAcross(PathOf("out")));
+    EXPECT_EQ(Read("out/a.pdf"), "bytes and more");
+    int erasures = 0;
+    Put("in/a.pdf", "first");
+    m_faulty.BeforeEach(Call::kErase, [&](std::string_view) {
+        if (++erasures > 1) return;
+        Put("in/a.pdf", "second one");
+        m_faulty.FailOnce(Call::kErase, FileResult::kBusy);
+    });
+    EXPECT_TRUE(CheckAcross(PathOf("out")));
+    EXPECT_EQ(Read("out/a_v1.pdf"), "second one");
+    EXPECT_FALSE(Has("in/a.pdf") || Has("out/a_v2.pdf"));
+}
+
+// Killed at any change: each document is whole where it was or where it goes, and no other file is touched.
+TEST_F(OtherVolumeTest, LosesNothingWhereverItIsKilled) {
+    const std::string bytes(300'000, 'b');
+    for (const char* target : {"out", "near", "copy:out"}) {
+        for (const bool renamesOld : {false, true}) {
+            bool isWhole = false;
+            for (int changes = 0; !isWhole; ++changes) {
+                for (const char* name : {"in", "out", "near"}) EraseTree(*m_services.files, PathOf(name));
+                Put("in/a.pdf", bytes);
+                for (const char* name : {"out/a.pdf", "near/a.pdf"}) Put(name, "old");
+                HaltingFiles files(*m_services.files);
+                files.PutOnOtherVolume(PathOf("out"));
+                files.HaltAfter(changes);
+                PostPrint postPrint = MakePostPrint(files);
+                postPrint.RenameOldFiles(renamesOld);
+                postPrint.UseStop([] { return true; });
+                postPrint.CheckForFileOnMove(PathOf("in/a.pdf"), target, "a.pdf");
+                isWhole = !files.HasHalted();
+
+                int whole = Read("in/a.pdf") == bytes ? 1 : 0;
+                int old = 0;
+                for (const char* folder : {"out", "near"})
+                    for (const char* name : {"/a.pdf", "/a_v1.pdf"}) {
+                        const std::string read = Read(folder + std::string(name));
+                        whole += read == bytes ? 1 : 0;
+                        old += read == "old" ? 1 : 0;
+                        EXPECT_TRUE(read.empty() || read == bytes || read == "old") << target << changes;
+                    }
+                EXPECT_GE(whole, 1) << target << ", " << changes;
+                EXPECT_EQ(old, 2) << target << ", " << changes;
+                ASSERT_LT(changes, 100);
+                const bool isCopy = target[0] == 'c';
+                EXPECT_TRUE(!isWhole || Has("in/a.pdf") == isCopy) << target;
+            }
+        }
+    }
+}
+
+TEST_F(PostPrintTest, HandlesARowByTheEndOfItsPrint) {
+    const std::string out = PathOf("out"), bad = PathOf("bad");
+    EXPECT_EQ(HandleRow(Put(), out, PrintEnd::kPrinted, bad), RowHandled::kDone);
+    EXPECT_TRUE(Has("out/a.pdf"));
+    EXPECT_EQ(HandleRow(Put(), "qprdelete", PrintEnd::kFailed, bad), RowHandled::kDone);
+    EXPECT_TRUE(Has("bad/a.pdf"));
+    EXPECT_EQ(HandleRow(Put(), "qprdelete", PrintEnd::kFailed), RowHandled::kLeft);
+    EXPECT_EQ(HandleRow(Put("in/QPRMerged_1.pdf"), "qprdelete", PrintEnd::kFailed, bad), RowHandled::kLeft);
+    EXPECT_TRUE(Has("in/a.pdf") && Has("in/QPRMerged_1.pdf"));
+    // What may not have come out whole is moved, but never deleted.
+    EXPECT_EQ(HandleRow(Put(), "qprdelete", PrintEnd::kDoubtful), RowHandled::kLeft);
+    EXPECT_EQ(HandleRow(Put(), "qprdelete", PrintEnd::kDoubtful, "qprdelete"), RowHandled::kLeft);
+    EXPECT_EQ(HandleRow(Put(), "", PrintEnd::kDoubtful, bad), RowHandled::kLeft);
+    EXPECT_TRUE(Has("in/a.pdf"));
+    EXPECT_EQ(HandleRow(Put(), out, PrintEnd::kDoubtful, bad), RowHandled::kDone);
+    EXPECT_TRUE(Has("out/a_v1.pdf"));
+    EXPECT_EQ(HandleRow(Put(), "qprdelete", PrintEnd::kDoubtful, bad), RowHandled::kDone);
+    EXPECT_TRUE(Has("bad/a_v1.pdf"));
+    // Only documents.
+    EXPECT_EQ(HandleRow(Put("in/x.prs"), out, PrintEnd::kPrinted), RowHandled::kLeft);
+    EXPECT_EQ(HandleRow("-------Separator-------", out, PrintEnd::kPrinted), RowHandled::kLeft);
+    // A row that failed because its file is gone costs no time.
+    EXPECT_EQ(HandleRow(PathOf("in/gone.pdf"), out, PrintEnd::kFailed, bad), RowHandled::kLeft);
+    EXPECT_EQ(m_loop.WaitCount(), 0);
+}
+
+TEST_F(PostPrintTest, TellsAtTheEndWhatItHasDone) {
+    m_postPrint.AtRunEnd(m_list, 1);
+    EXPECT_TRUE(m_notices.all.empty());
+    const std::string out = PathOf("out");
+    HandleRow(Put("in/a.pdf"), out, PrintEnd::kPrinted);
+    HandleRow(Put("in/b.pdf"), "copy:" + out, PrintEnd::kPrinted);
+    HandleRow(Put("in/c.pdf"), "qprdelete", PrintEnd::kPrinted);
+    HandleRow(Put("in/d.pdf"), "", PrintEnd::kPrinted);
+    m_postPrint.AtRunEnd(m_list, 1);
+    m_postPrint.AtRunEnd(m_list, 1);
+    ASSERT_EQ(m_notices.all.size(), 1U);
+    EXPECT_EQ(m_notices.all[0].kind, 5);
+    EXPECT_EQ(m_notices.all[0].body,
+              "Date/Time:2024-03-01 12:00:00\r\nStatus: Print(s) Finished\r\nFilename:" + PathOf("in/a.pdf") +
+                  ", moved to " + JoinPath(out, "a.pdf") + "\r\nFilename:" + PathOf("in/b.pdf") +
+                  ", copied to " + JoinPath(out, "b.pdf") + "\r\nFilename:" + PathOf("in/c.pdf") +
+                  ", deleted\r\n");
+}
+
+// One job for each case: the two rows that it brings, and how they end.
+TEST_F(PostPrintTest, DeletesJobFilesOfWhichEverythingWasPrinted) {
+    struct Case {
+        const char* moveTo;
+        PrintEnd first, second;
+        bool isDeleted;
+    };
+    constexpr PrintEnd kPrinted = PrintEnd::kPrinted;
+    for (const Case& item : {Case{"qprjobdelete", kPrinted, kPrinted, true},
+                             {"qprdelete+job", kPrinted, kPrinted, true},
+                             {"qprdelete", kPrinted, kPrinted, false},
+                             {"", kPrinted, kPrinted, false},
+                             {"qprjobdelete", kPrinted, PrintEnd::kFailed, false},
+                             {"qprdelete+job", PrintEnd::kDoubtful, kPrinted, false}}) {
+        m_list.Clear();
+        Put("in/a.ps");
+        Put("in/b.ps");
+        const std::string job = Put("in/night.job", "a.ps\r\nb.ps\r\n");
+        m_list.InsertFileIntoList(job, 1, item.moveTo, {});
+        ASSERT_EQ(m_list.RowCount(), 2);
+        const PrintEnd ends[] = {item.first, item.second};
+        for (int row = 0; row < 2; ++row) {
+            const bool isPrinted = ends[row] != PrintEnd::kFailed;
+            m_list.MarkOf(row) = {1, isPrinted ? 1 : 0, isPrinted ? RowOutcome::kDone : RowOutcome::kFailed};
+            m_postPrint.Handle(ReadPrintedRow(m_list, row, "Laser"), ends[row]);
+            EXPECT_TRUE(Has("in/night.job"));
+        }
+        m_postPrint.AtRunEnd(m_list, 1);
+        EXPECT_EQ(Has("in/night.job"), !item.isDeleted) << item.moveTo;
+    }
+}
+
+TEST_F(PostPrintTest, KeepsTheJobFileOfRowsThatWereNotReached) {
+    Put("in/a.ps");
+    const std::string inner = Put("in/inner.job", "a.ps\r\na.ps\r\n");
+    const std::string outer = Put("in/outer.job", "inner.job\r\na.ps\r\n");
+    m_list.InsertFileIntoList(outer, 1, "qprjobdelete", {});
+    ASSERT_EQ(m_list.RowCount(), 3);
+    EXPECT_EQ(m_list.JobFileOf(0), inner);
+    EXPECT_EQ(m_list.JobFileOf(2), outer);
+    for (const int row : {0, 2}) {
+        m_list.MarkOf(row) = {1, 1, RowOutcome::kDone};
+        m_postPrint.Handle(ReadPrintedRow(m_list, row, ""), PrintEnd::kPrinted);
+    }
+    m_postPrint.AtRunEnd(m_list, 1);
+    EXPECT_TRUE(Has("in/inner.job"));
+    EXPECT_FALSE(Has("in/outer.job"));
+    // A walk is missing.
+    m_list.MarkOf(1) = {1, 1, RowOutcome::kDone};
+    m_postPrint.Handle(ReadPrintedRow(m_list, 0, ""), PrintEnd::kPrinted);
+    m_postPrint.AtRunEnd(m_list, 2);
+    EXPECT_TRUE(Has("in/inner.job"));
+    // A job file that was not taken in to its end names none of its rows.
+    m_list.Clear();
+    m_files.BeforeEach(Call::kInspect, [&](std::string_view path) { m_keepGoing = path == inner; });
+    m_list.InsertFileIntoList(inner, 1, "qprjobdelete", {});
+    ASSERT_EQ(m_list.RowCount(), 1);
+    EXPECT_EQ(m_list.JobFileOf(0), "");
+}
+
+}  // namespace
+}  // namespace quirepress
