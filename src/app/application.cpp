@@ -9,6 +9,7 @@
 #include "core/print_list.h"
 #include "core/print_run.h"
 #include "core/run_snapshot.h"
+#include "core/scratch_folder.h"
 #include "documents/page_colors.h"
 #include "documents/page_renderer.h"
 #include "documents/pdf_counter.h"
@@ -64,6 +65,7 @@ Application::Application(Services& services, Prompts& userPrompts, ApplicationRe
         *m_debugLog, *m_pdfCounter, m_options, m_request.workingFolder, m_request.keepLoading});
     m_snapshot = std::make_unique<RunSnapshot>(files, m_request.workingFolder);
     LoadGeneralOptions(m_options, Settings(), m_services.machine->Family(), m_request.unattended);
+    LoadColorPrinterOptions(m_colorOptions, Settings());
     m_pageRenderer = std::make_unique<PageRenderer>(*m_services.processes, *m_services.loop, files);
     m_pageColors = std::make_unique<PageColors>(*m_pdfWorker, *m_pageRenderer, *m_services.loop, files,
                                                 TemporaryFolderOf(m_options, m_request.workingFolder));

@@ -88,6 +88,7 @@ public:
     QueueWatch& Watch() { return *m_watch; }
     PrinterBalance& Balance() { return *m_balance; }
     const BalanceOptions& BalancedPrinters() const { return m_balanceOptions; }
+    const ColorPrinterOptions& ColorPrinters() const { return m_colorOptions; }
 
 private:
     void OpenCups(bool wasNamed, std::string& message);

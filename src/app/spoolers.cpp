@@ -8,7 +8,6 @@
 #include "core/print_run.h"
 #include "core/scratch_folder.h"
 #include "documents/page_colors.h"
-#include "documents/page_renderer.h"
 #include "documents/pdf_counter.h"
 #include "documents/pdf_worker.h"
 #include "logs/debug_log.h"
@@ -48,7 +47,6 @@ void Application::MakeRun() {
     Files& files = *m_services.files;
     EventLoop& loop = *m_services.loop;
     LoadBalanceOptions(m_balanceOptions, Settings());
-    LoadColorPrinterOptions(m_colorOptions, Settings());
     m_colorSplit = std::make_unique<ColorSplit>(*m_pageColors, *m_pdfWorker, files);
     m_directPrinter = std::make_unique<DirectPrinter>(*m_spooler, files, loop, *m_debugLog);
     m_selection = std::make_unique<PrinterSelection>(PrinterSelectionServices{

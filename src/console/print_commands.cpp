@@ -2,6 +2,7 @@
 #include <nlohmann/json.hpp>
 
 #include "app/application.h"
+#include "backends/color_split.h"
 #include "base/path.h"
 #include "base/text.h"
 #include "console/commands.h"
@@ -12,11 +13,13 @@
 #include "console/table.h"
 #include "core/print_list.h"
 #include "core/print_run.h"
+#include "documents/page_colors.h"
 #include "documents/page_counts.h"
 #include "documents/pdf_counter.h"
 #include "platform/files.h"
 #include "platform/interrupts.h"
 #include "platform/spooler.h"
+#include "settings/color_printer_options.h"
 
 namespace quirepress {
 
@@ -140,7 +143,34 @@ int RunPrint(Context& context, const PrintOptions& options) {
 struct PagesOptions {
     std::vector<std::string> files;
     bool full = false;
+    bool colors = false;
 };
+
+// What each page of a PDF puts on paper; none, with `status`, when it cannot be told.
+std::vector<PageColor> JudgeColors(Application& application, const std::string& file, std::string& status) {
+    std::vector<PageColor> pages;
+    const PdfResult result = application.PdfColors().Judge(
+        file, application.Options().m_openPassword, application.ColorPrinters().m_grayTolerance, pages);
+    if (result != PdfResult::kDone) status = DescribePdfResult(result);
+    return pages;
+}
+
+// "c" for each page with colours, "m" for each without.
+std::string ColorLetters(const std::vector<PageColor>& pages) {
+    std::string letters;
+    for (const PageColor page : pages) letters += page == PageColor::kMono ? 'm' : 'c';
+    return letters;
+}
+
+std::string ColorWords(const std::vector<PageColor>& pages) {
+    std::string words;
+    for (const ColorRun& run : PlanColorRuns(pages, {})) {
+        words += (words.empty() ? "" : ", ") + std::string(run.isColor ? "colour " : "mono ");
+        words += std::to_string(run.firstPage);
+        if (run.lastPage > run.firstPage) words += "-" + std::to_string(run.lastPage);
+    }
+    return words;
+}
 
 int CountPages(Application& application, const std::string& file, bool full, std::string& status) {
     Files& files = *application.System().files;
@@ -158,16 +188,25 @@ int RunPages(Context& context, const PagesOptions& options) {
     Application* application = context.OpenApplication();
     if (application == nullptr) return kExitNotAllDone;
     nlohmann::json files = nlohmann::json::array();
-    Table table({{"Pages", true}, {"Status"}, {"File", false, 120}});
+    std::vector<Table::Column> columns = {{"Pages", true}, {"Status"}, {"File", false, 120}};
+    if (options.colors) columns.push_back({"Colours", false, 120});
+    Table table(columns);
     int exitCode = kExitDone;
     for (const std::string& file : options.files) {
         std::string status;
+        std::vector<PageColor> colors;
         const int pages = CountPages(*application, file, options.full, status);
-        if (pages < 0) exitCode = kExitNotAllDone;
-        if (context.WantsJson())
-            files.push_back({{"file", ToUtf8ForDisplay(file)}, {"pages", pages}, {"status", status}});
-        else
-            table.AddRow({std::to_string(pages), status, file}, pages < 0 ? Shade::kBad : Shade::kPlain);
+        if (options.colors) colors = JudgeColors(*application, file, status);
+        const bool isBad = pages < 0 || (options.colors && colors.empty());
+        if (isBad) exitCode = kExitNotAllDone;
+        nlohmann::json entry = {{"file", ToUtf8ForDisplay(file)}, {"pages", pages}, {"status", status}};
+        std::vector<std::string> row = {std::to_string(pages), status, file};
+        if (options.colors) {
+            entry["colors"] = ColorLetters(colors);
+            row.push_back(ColorWords(colors));
+        }
+        files.push_back(entry);
+        table.AddRow(row, isBad ? Shade::kBad : Shade::kPlain);
         if (InterruptCount() > 0) {
             exitCode = kExitStopped;
             break;
@@ -214,13 +253,14 @@ void DefineList(CommandSet& commands) {
 }
 
 void DefinePages(CommandSet& commands) {
-    CLI::App* command =
-        commands.Add(commands.m_program, "pages", "Count the pages of PostScript, PCL and PDF files",
-                     {"qpr pages letter.ps prices.pdf", "qpr --json pages --full *.pdf"});
+    CLI::App* command = commands.Add(
+        commands.m_program, "pages", "Count the pages of PostScript, PCL and PDF files",
+        {"qpr pages letter.ps prices.pdf", "qpr --json pages --full *.pdf", "qpr pages --colors report.pdf"});
     auto options = std::make_shared<PagesOptions>();
     command->add_option("FILE", options->files, "The files")->required()->type_name("");
     command->add_flag("--full", options->full,
                       "Count the pages that are there, not what a PDF says of itself");
+    command->add_flag("--colors", options->colors, "Tell the pages of a PDF with colours from those without");
     commands.RunWith(command,
                      [options, &context = commands.m_context] { return RunPages(context, *options); });
 }
