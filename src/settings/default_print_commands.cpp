@@ -3,7 +3,7 @@
 namespace quirepress {
 
 std::string_view DefaultPrintCommands() {
-    return R"(# How files are printed that neither the printer nor the print system takes as they are.
+    return R"text(# How files are printed that neither the printer nor the print system takes as they are.
 # docs/print-commands.md tells all about this file. It is read again whenever it has changed.
 #
 # COMMAND;name        begins a group; of several groups for a type, the first whose program is there counts
@@ -39,7 +39,7 @@ LIMIT;120
 
 COMMAND;Web pages without a browser
 TYPES;.htm .html .xhtml text/html
-PDF;soffice -env:UserInstallation=%T --headless --norestore --convert-to pdf:writer_web_pdf_Export --outdir %d %*
+PDF;soffice -env:UserInstallation=%T --headless --norestore "--infilter=HTML (StarWriter)" --convert-to pdf:writer_pdf_Export --outdir %d %*
 LIMIT;120
 BATCH;25
 
@@ -54,7 +54,7 @@ TYPES;.txt .text .log .md .ini .cfg .conf .json .yaml .yml .eml .mht .xml text/*
 PDF;soffice -env:UserInstallation=%T --headless --norestore "--infilter=Text (encoded):UTF8" --convert-to pdf:writer_pdf_Export --outdir %d %*
 LIMIT;120
 BATCH;25
-)";
+)text";
 }
 
 }  // namespace quirepress

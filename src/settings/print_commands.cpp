@@ -109,6 +109,7 @@ private:
         if (command.action == PrintCommand::Action::kPrints) return {};
         if (!command.Uses("%o") && !command.Uses("%d"))
             return "its command line has no place for the PDF (%o or %d)";
+        if (command.Uses("%p")) return "a PDF is made for every printer (%p)";
         if (command.batch > 1 && (!takesList || !command.Uses("%d")))
             return "a BATCH of several files needs %* and %d";
         return {};

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "fakes/child_program/loopback_peer.h"
+#include "fakes/child_program/stand_in_converter.h"
 #include "fakes/child_program/start_again.h"
 #include "platform/files.h"
 #include "platform/machine.h"
@@ -140,7 +141,7 @@ int main(int argumentCount, char** arguments) {
         {"echo", EchoLines},     {"arguments", ShowArguments}, {"environment", ShowEnvironment},
         {"folder", ShowFolder},  {"terminal", ShowTerminal},   {"allocate", Allocate},
         {"beat", Beat},          {"start-beat", StartBeat},    {"start-detached-beat", StartDetachedBeat},
-        {"hold-lock", HoldLock}, {"accept", RunLoopbackPeer},
+        {"hold-lock", HoldLock}, {"accept", RunLoopbackPeer},  {"convert", RunStandInConverter},
     };
     Words words = ReadProgramArguments(argumentCount, arguments);
     if (words.empty() || commands.count(words[0]) == 0) return 99;

@@ -65,7 +65,8 @@ TEST(PrintCommands, TellEachLineThatIsNotUsed) {
         "COMMAND;No PDF\nTYPES;.d\nPDF;w %1\n"
         "COMMAND;Batch\nTYPES;.e\nPDF;w %1 %o\nBATCH;5\n"
         "COMMAND;Open\nTYPES;.f\nPRINT;w \"%1\n"
-        "COMMAND;Star\nTYPES;.g\nPDF;w x%* %o\n",
+        "COMMAND;Star\nTYPES;.g\nPDF;w x%* %o\n"
+        "COMMAND;Printer\nTYPES;.h\nPDF;w %1 %o %p\n",
         flaws);
     ASSERT_EQ(table.commands.size(), 1U);
     EXPECT_THAT(table.commands[0].types, ElementsAre(".doc"));
@@ -78,7 +79,7 @@ TEST(PrintCommands, TellEachLineThatIsNotUsed) {
                                    HasSubstr("line 11: \"No types\""), HasSubstr("line 13: \"No file\""),
                                    HasSubstr("line 16: \"No PDF\""), HasSubstr("line 19: \"Batch\""),
                                    HasSubstr("line 25: a quotation mark"), HasSubstr("line 23: \"Open\""),
-                                   HasSubstr("line 26: \"Star\"")));
+                                   HasSubstr("line 26: \"Star\""), HasSubstr("line 29: \"Printer\"")));
 }
 
 class PrintCommandFileTest : public testing::Test, protected Surroundings {

@@ -1,0 +1,120 @@
+#include "backends/shell_print.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "fakes/fake_shell.h"
+#include "fakes/fake_spooler.h"
+#include "fakes/surroundings.h"
+#include "settings/general_options.h"
+
+namespace quirepress {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using Way = ShellCommand::Way;
+
+class ShellPrintTest : public testing::Test, protected Surroundings {
+protected:
+    ShellPrintTest() {
+        spooler.PutPrinter("Laser");
+        spooler.PutPrinter("Plotter");
+        folder.Write("print_commands.ini",
+                     "COMMAND;First\nTYPES;.doc\nPDF;first %1 %o\n"
+                     "COMMAND;Second\nTYPES;.doc .pdf\nPDF;second %1 %o\n"
+                     "COMMAND;Own printing\nTYPES;.plt text/x-plot\nPRINT;plot --to %1\n"
+                     "COMMAND;To printer\nTYPES;.lab\nPRINT;lab -d %p %1 100%%\n"
+                     "COMMAND;Texts\nTYPES;text/*\nPDF;totext %1 %o\n");
+        debugLog.Open(files, folder.PathOf("qpr.log"));
+    }
+    ShellCommand Find(const std::string& path) { return printer.FindCommand("Laser", path); }
+    std::string NameFor(const std::string& path) { return Find(path).Name(); }
+
+    FakeShell shell;
+    FakeSpooler spooler{files};
+    GeneralOptions options;
+    PrintCommandFile commands{SettingsPlace{files, prompts, Home()}};
+    ShellPrinter printer{{shell, processes, files, spooler, commands, debugLog, options}};
+};
+
+TEST_F(ShellPrintTest, TheFirstCommandWhoseProgramIsThereCounts) {
+    shell.programs = {"first", "second"};
+    EXPECT_EQ(NameFor("/x/a.DOC"), "First");
+    EXPECT_EQ(Find("/x/a.doc").program, "/programs/first");
+    shell.programs = {"second"};
+    EXPECT_EQ(NameFor("/x/a.doc"), "Second");
+    shell.programs.clear();
+    EXPECT_EQ(Find("/x/a.doc").way, Way::kBroken);
+    EXPECT_EQ(Find("/x/a.doc").flaw, "there is no program \"first\"");
+    EXPECT_EQ(Find("/x/a.none").way, Way::kNone);
+    EXPECT_EQ(Find("/x/noending").way, Way::kNone);
+}
+
+TEST_F(ShellPrintTest, EndingsGoBeforeTypesAndBothBeforeTheSystem) {
+    shell.programs = {"first", "plot", "totext"};
+    shell.types = {{".log", "text/plain"}, {".doc", "text/plain"}, {".xyz", "text/x-plot"}};
+    shell.printCommands = {{".log", "viewer"}, {".odd", "viewer"}};
+    EXPECT_EQ(NameFor("/x/a.log"), "Texts");
+    EXPECT_EQ(NameFor("/x/a.doc"), "First");
+    EXPECT_EQ(NameFor("/x/a.xyz"), "Own printing");
+    EXPECT_EQ(Find("/x/a.odd").way, Way::kSystem);
+    EXPECT_EQ(NameFor("/x/a.odd"), "system");
+    shell.programs.clear();
+    EXPECT_EQ(Find("/x/a.log").way, Way::kSystem) << "better than a program that is not there";
+}
+
+TEST_F(ShellPrintTest, APdfIsNotMadeOfAPdf) {
+    shell.programs = {"second"};
+    EXPECT_EQ(Find("/x/a.pdf").way, Way::kNone);
+    shell.printCommands = {{".pdf", "viewer"}};
+    EXPECT_EQ(Find("/x/a.pdf").way, Way::kSystem);
+}
+
+TEST_F(ShellPrintTest, PhotosGoToTheSystemsViewerUnlessSwitchedOff) {
+    shell.photoProgram = "photos";
+    shell.printCommands = {{".cr2", "raw-viewer"}};
+    EXPECT_THAT(Find("/x/a.CR2").registered.request.arguments, ElementsAre("photos", "/x/a.CR2", "Laser"));
+    EXPECT_THAT(folder.Read("qpr.log"), HasSubstr("Check for photo print\r\n"));
+    EXPECT_EQ(Find("/x/a.doc").way, Way::kBroken);
+    options.m_xpPhoto = false;
+    EXPECT_EQ(Find("/x/a.cr2").registered.line, "raw-viewer");
+}
+
+TEST_F(ShellPrintTest, StartsAProgramForTheDefaultPrinter) {
+    shell.programs = {"plot", "lab"};
+    spooler.MakeDefaultPrinter("Laser");
+    ShellStart start = printer.DoShellExecute(Find("/x/$(touch y).plt"), "Plotter", "/x/$(touch y).plt");
+    EXPECT_GT(start.result, 32);
+    ASSERT_TRUE(start.process);
+    EXPECT_EQ(spooler.DefaultPrinter(), "Plotter");
+    EXPECT_THAT(processes.records.back().request.arguments, ElementsAre("plot", "--to", "/x/$(touch y).plt"));
+
+    // One that names the printer leaves the default one alone. No name is taken for an option.
+    start = printer.DoShellExecutePDF(Find("-x.lab"), "Laser", "-x.lab");
+    EXPECT_EQ(spooler.DefaultPrinter(), "Plotter");
+    EXPECT_THAT(processes.records.back().request.arguments,
+                ElementsAre("lab", "-d", "Laser", testing::EndsWith("-x.lab"), "100%"));
+    EXPECT_FALSE(processes.records.back().request.arguments[3].front() == '-');
+    EXPECT_THAT(folder.Read("qpr.log"), HasSubstr("DoShellExecutePDF file: -x.lab\r\n"));
+    EXPECT_THAT(folder.Read("qpr.log"),
+                HasSubstr("ShellExecute result 33\r\nDone DoShellExecutePDF file: -x.lab OK\r\n"));
+}
+
+TEST_F(ShellPrintTest, TellsWhyNothingWasStarted) {
+    EXPECT_EQ(printer.DoShellExecute(Find("/x/a.none"), "Laser", "/x/a.none").result,
+              ShellStart::kNoAssociation);
+    EXPECT_EQ(printer.DoShellExecute(Find("/x/a.plt"), "Laser", "/x/a.plt").result, ShellStart::kBroken);
+    shell.programs = {"plot"};
+    const ShellCommand command = Find("/x/a.plt");
+    EXPECT_THAT(printer.DoShellExecute(command, "None", "/x/a.plt").flaw, HasSubstr("default printer"));
+    FakeProcesses::Script script;
+    script.startError = 13;
+    processes.AddScript(script);
+    const ShellStart start = printer.DoShellExecute(command, "Laser", "/x/a.plt");
+    EXPECT_EQ(start.result, ShellStart::kBroken);
+    EXPECT_THAT(start.flaw, HasSubstr("\"plot\" can't be started (error 13)"));
+}
+
+}  // namespace
+}  // namespace quirepress
