@@ -1,0 +1,247 @@
+#include "core/print_run_shell.h"
+
+#include <algorithm>
+
+#include "backends/pdf_conversion.h"
+#include "backends/program_run.h"
+#include "backends/queue_watch.h"
+#include "backends/shell_print.h"
+#include "base/format.h"
+#include "base/path.h"
+#include "base/text.h"
+#include "core/job_wait.h"
+#include "core/print_list.h"
+#include "core/print_run_source.h"
+#include "core/scratch_folder.h"
+#include "documents/file_signature.h"
+#include "logs/debug_log.h"
+#include "platform/event_loop.h"
+#include "platform/processes.h"
+#include "platform/spooler.h"
+#include "settings/general_options.h"
+
+namespace quirepress {
+
+namespace {
+
+constexpr int kPollMilliseconds = 100;
+// For a program whose job has come, to end by itself.
+constexpr long long kGraceMilliseconds = 5'000;
+
+WayResult Failed(std::string_view reason, bool canRetry) {
+    WayResult result;
+    result.remark = "Can't Print - " + std::string(reason);
+    result.status = "Error - " + result.remark;
+    result.canRetry = canRetry;
+    return result;
+}
+
+WayResult StoppedWay() {
+    WayResult result;
+    result.end = WayResult::End::kStopped;
+    result.status = "Error - Stopped, nothing was printed";
+    return result;
+}
+
+WayResult Printed(std::int64_t jobId) {
+    return {WayResult::End::kPrinted, std::string(kStatusDone), {}, false, jobId};
+}
+
+WayResult NotStarted(const ShellStart& start) {
+    const std::string_view status =
+        start.result == ShellStart::kNoAssociation ? kStatusNoAssociation : kStatusBrokenAssociation;
+    WayResult result;
+    result.status = Format("%s %s", status, kPrintCommandsHelp);
+    result.remark = "Can't Print - " + start.flaw;
+    return result;
+}
+
+bool IsTiff(std::string_view path) {
+    const std::string ending = ToLowerAscii(FileExtension(path));
+    return ending == ".tif" || ending == ".tiff";
+}
+
+bool IsBatch(std::string_view program) {
+    const std::string ending = ToLowerAscii(FileExtension(program));
+    return ending == ".bat" || ending == ".cmd";
+}
+
+// A program that prints by itself, while its job is waited for. Its output is read in every pass of the
+// pump, so that it never waits for a reader. A program that says by its exit code that it failed ends the
+// wait, where that can be relied on.
+class PrintingProgram : public WayFeedback {
+public:
+    PrintingProgram(ChildProcess& process, EventLoop& loop, WayFeedback& feedback, bool tellsFailure)
+        : m_process(process), m_loop(loop), m_feedback(feedback), m_tellsFailure(tellsFailure) {
+        m_task = m_loop.AddPumpTask([this] {
+            TakeWords();
+            return false;
+        });
+    }
+    ~PrintingProgram() override { m_loop.RemovePumpTask(m_task); }
+    PrintingProgram(const PrintingProgram&) = delete;
+    PrintingProgram& operator=(const PrintingProgram&) = delete;
+
+    void ShowRowStatus(std::string_view status) override { m_feedback.ShowRowStatus(status); }
+    void ShowBytes(std::int64_t done, std::int64_t total) override { m_feedback.ShowBytes(done, total); }
+    bool IsStopped() const override { return m_feedback.IsStopped() || HasFailed(); }
+    bool KeepGoing() override { return m_feedback.KeepGoing() && !HasFailed(); }
+
+    bool HasFailed() const { return m_tellsFailure && !m_process.IsRunning() && m_process.ExitCode() != 0; }
+
+    void AwaitEnd(long long milliseconds) {
+        const long long deadline = m_loop.MonotonicMilliseconds() + milliseconds;
+        while (m_process.IsRunning() && !m_feedback.IsStopped() && m_loop.MonotonicMilliseconds() < deadline)
+            m_loop.Wait(kPollMilliseconds);
+    }
+
+    std::string Describe(std::string_view program) {
+        TakeWords();
+        if (m_process.IsRunning()) return std::string(FileTitle(program)) + " is still running";
+        ProgramResult result;
+        result.end = ProgramResult::End::kEnded;
+        result.exitCode = m_process.ExitCode();
+        result.lastWords = LastWords(m_said);
+        return DescribeProgramEnd(program, result, 0);
+    }
+
+private:
+    void TakeWords() {
+        constexpr std::size_t kMostWords = 16'384;
+        std::string errors;
+        m_process.ReadOutput(m_said);
+        m_process.ReadErrors(errors);
+        m_said += errors;
+        if (m_said.size() > kMostWords) m_said.erase(0, m_said.size() - kMostWords / 2);
+    }
+
+    ChildProcess& m_process;
+    EventLoop& m_loop;
+    WayFeedback& m_feedback;
+    bool m_tellsFailure;
+    int m_task = 0;
+    std::string m_said;
+};
+
+class ShellWay : public RunWay {
+public:
+    explicit ShellWay(ShellWayServices services)
+        : m_services(std::move(services)),
+          m_jobWait(m_services.watch, m_services.loop, m_services.debugLog, m_services.options) {}
+
+    bool Takes(const RunItem& item) override { return item.kind == ItemKind::kDocument; }
+
+    WayResult Process(const RunItem& item, WayFeedback& feedback) override {
+        const ShellCommand command = m_services.shellPrinter.FindCommand(item.printer, item.path);
+        const bool isRetry = std::exchange(m_lastPath, item.path) == item.path;
+        m_services.debugLog.Trace(
+            "Getting ready to print file: %s, printParameters: %s, retry: %d, action: %s, gs.m_waitBat: "
+            "%d\r\n",
+            item.path, item.processingParameters, isRetry, "print", m_services.options.m_waitBat);
+        const bool isUsable =
+            command.way != ShellCommand::Way::kNone && command.way != ShellCommand::Way::kBroken;
+        if (isUsable && !HasSignatureOfItsName(m_services.files, item.path)) return Unfit(item.path);
+        return command.way == ShellCommand::Way::kMakesPdf ? PrintAsPdf(command, item, feedback)
+                                                           : PrintByProgram(command, item, feedback);
+    }
+
+private:
+    static WayResult Unfit(std::string_view path) {
+        WayResult result = Failed("the file is not what its name says", false);
+        if (IsPdf(path)) result.status = kStatusBadPdf;
+        return result;
+    }
+
+    PdfConverter& Converter() {
+        if (!m_converter) {
+            m_scratch = std::make_unique<ScratchFolder>(m_services.files, m_services.options,
+                                                        m_services.workingFolder, "Print");
+            // Programs are told of paths that hold wherever they go.
+            m_services.files.MakeFolders(m_scratch->Path());
+            const std::string folder = m_services.files.ResolvePath(m_scratch->Path());
+            m_converter = std::make_unique<PdfConverter>(m_services.processes, m_services.files,
+                                                         m_services.loop, m_services.debugLog,
+                                                         folder.empty() ? m_scratch->Path() : folder);
+        }
+        return *m_converter;
+    }
+
+    WayResult PrintAsPdf(const ShellCommand& command, const RunItem& item, WayFeedback& feedback) {
+        feedback.ShowRowStatus("Running");
+        const Conversion conversion =
+            Converter().Convert(command.command, item.path, FindUpcoming(command, item),
+                                [&feedback] { return feedback.IsStopped(); });
+        if (conversion.end == Conversion::End::kStopped) return StoppedWay();
+        if (conversion.end == Conversion::End::kFailed) return Failed(conversion.flaw, true);
+        feedback.ShowRowStatus("Spooling");
+        DocumentInfo document;
+        document.name = item.path;
+        document.ticket = item.ticket;
+        document.priority = m_services.watch.RunPriority();
+        int systemError = 0;
+        const std::int64_t jobId =
+            m_services.spooler.PrintDocument(item.printer, conversion.pdf, document, systemError);
+        Converter().Discard(item.path);
+        if (jobId >= 0) return Printed(jobId);
+        if (jobId == kDocumentUnknown)
+            return {WayResult::End::kFailed, std::string(kStatusUnknown), {}, false};
+        return {WayResult::End::kFailed, std::string(kStatusDidNotSpool),
+                "Can't Print - did not spool: the spooler did not take the document, " +
+                    m_services.spooler.ErrorText(systemError),
+                true};
+    }
+
+    // Ticked documents below the row at work that go by the same command.
+    std::vector<std::string> FindUpcoming(const ShellCommand& command, const RunItem& item) {
+        std::vector<std::string> paths;
+        if (command.command.batch <= 1) return paths;
+        constexpr int kRowsForEach = 4;
+        const int start = m_services.list.CurrentRow() + 1;
+        const int end = std::min(m_services.list.RowCount(), start + kRowsForEach * command.command.batch);
+        for (int row = start; row < end; ++row) {
+            const std::string path(m_services.list.Text(row, kColumnFilename));
+            if (m_services.list.Text(row, kColumnSelected) != "Yes" ||
+                KindOfItem(path) != ItemKind::kDocument ||
+                m_services.spooler.TakesDocument(item.printer, path))
+                continue;
+            const ShellCommand other = m_services.shellPrinter.FindCommand(item.printer, path);
+            if (other.way == command.way && other.command.name == command.command.name) paths.push_back(path);
+        }
+        return paths;
+    }
+
+    WayResult PrintByProgram(const ShellCommand& command, const RunItem& item, WayFeedback& feedback) {
+        ShellPrinter& shell = m_services.shellPrinter;
+        const bool isDocumentImage = IsPdf(item.path) || IsTiff(item.path);
+        const ShellStart start = isDocumentImage ? shell.DoShellExecutePDF(command, item.printer, item.path)
+                                                 : shell.DoShellExecute(command, item.printer, item.path);
+        if (!start.process) return NotStarted(start);
+        PrintingProgram program(*start.process, m_services.loop, feedback,
+                                command.way == ShellCommand::Way::kPrints);
+        if (m_services.options.m_waitBat && IsBatch(command.program))
+            program.AwaitEnd(command.command.limitSeconds * 1000LL);
+        const JobWait::End end = m_jobWait.ForForeignJob(item.printer, item.path, program);
+        if (feedback.IsStopped() && end != JobWait::End::kSpooled) return StoppedWay();
+        if (end == JobWait::End::kSpooled) {
+            program.AwaitEnd(kGraceMilliseconds);
+            return Printed(0);
+        }
+        if (program.HasFailed()) return Failed(program.Describe(command.program), true);
+        return {WayResult::End::kFailed, std::string(kStatusDidNotSpool),
+                "Can't Print - did not spool: " + program.Describe(command.program), true};
+    }
+
+    ShellWayServices m_services;
+    JobWait m_jobWait;
+    std::unique_ptr<ScratchFolder> m_scratch;
+    std::unique_ptr<PdfConverter> m_converter;
+    std::string m_lastPath;
+};
+
+}  // namespace
+
+std::unique_ptr<RunWay> MakeShellWay(ShellWayServices services) {
+    return std::make_unique<ShellWay>(std::move(services));
+}
+
+}  // namespace quirepress

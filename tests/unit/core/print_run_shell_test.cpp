@@ -1,0 +1,239 @@
+#include "core/print_run_shell.h"
+
+#include <gmock/gmock.h>
+
+#include "backends/shell_print.h"
+#include "core/print_run_scripts.h"
+#include "fakes/fake_processes.h"
+#include "fakes/fake_shell.h"
+#include "unit/core/print_run_fixture.h"
+
+namespace quirepress {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using End = WayResult::End;
+
+// Programs that do what a test says, for a way that has everything of a run around it.
+class ShellWayTest : public testing::Test, protected RunStage<FakeSpooler> {
+protected:
+    struct Feedback : public WayFeedback {
+        void ShowRowStatus(std::string_view status) override { statuses.emplace_back(status); }
+        void ShowBytes(std::int64_t, std::int64_t) override {}
+        bool IsStopped() const override { return isStopped; }
+        bool KeepGoing() override { return !isStopped; }
+        std::vector<std::string> statuses;
+        bool isStopped = false;
+    };
+
+    ShellWayTest() {
+        shell.programs = {"office", "lp"};
+        folder.Write("print_commands.ini",
+                     "SCRIPTLIMIT;5\n"
+                     "COMMAND;Office\nTYPES;.doc .rtf\nPDF;office %d %*\nLIMIT;60\nBATCH;3\n"
+                     "COMMAND;Plots\nTYPES;.plt .pdf\nPRINT;lp %1\n"
+                     "COMMAND;Gone\nTYPES;.gone\nPDF;gone %1 %o\n");
+    }
+
+    WayResult Process(RunWay& used, const std::string& path) {
+        RunItem item;
+        item.path = path;
+        item.kind = KindOfItem(path);
+        item.printer = "Laser";
+        item.ticket.copies = 2;
+        EXPECT_TRUE(used.Takes(item));
+        return used.Process(item, feedback);
+    }
+    // The next start makes a PDF of each of its files.
+    void ConvertNext() {
+        FakeProcesses::Script script;
+        script.whenStarted = [this] {
+            const auto& words = processes.records.back().request.arguments;
+            for (std::size_t i = 2; i < words.size(); ++i) WritePdf(words[1], words[i]);
+        };
+        processes.AddScript(script);
+    }
+    void WritePdf(const std::string& target, const std::string& source) {
+        FileResult result = FileResult::kDone;
+        const std::string pdf = JoinPath(target, std::string(TitleWithoutExtension(source)) + ".pdf");
+        const std::string bytes = "%PDF of " + std::string(FileTitle(source)) + " %%EOF";
+        files.OpenForWriting(pdf, OpenMode::kReplace, FileAccess::kShared, result)
+            ->Write(bytes.data(), bytes.size());
+    }
+
+    FakeShell shell;
+    FakeProcesses processes;
+    Feedback feedback;
+    PrintCommandFile commands{SettingsPlace{files, prompts, WithTrailingSeparator(folder.Path())}};
+    ShellPrinter shellPrinter{{shell, processes, files, spooler, commands, debugLog, options}};
+    std::unique_ptr<RunWay> way = MakeShellWay({shellPrinter, list, spooler, watch, processes, files, loop,
+                                                debugLog, options, WithTrailingSeparator(folder.Path())});
+    std::unique_ptr<RunWay> scripts =
+        MakeScriptWay({shell, processes, loop, clock, debugLog}, files, commands);
+};
+
+TEST_F(ShellWayTest, APdfIsMadeAndPrintedWithTheTicket) {
+    debugLog.Open(files, folder.PathOf("qpr.log"));
+    const std::string path = AddFile("a.doc", "{\\rtf1}");
+    ConvertNext();
+    const WayResult result = Process(*way, path);
+    EXPECT_EQ(result.end, End::kPrinted) << result.status;
+    EXPECT_EQ(result.status, "Done");
+    ASSERT_EQ(spooler.Sent().size(), 1U);
+    const SentDocument& sent = spooler.Sent()[0];
+    EXPECT_EQ(sent.bytes, "%PDF of a.doc %%EOF");
+    EXPECT_EQ(sent.name, path);
+    EXPECT_EQ(sent.ticket.copies, 2);
+    EXPECT_EQ(result.jobId, sent.jobId);
+    EXPECT_THAT(feedback.statuses, ElementsAre("Running", "Spooling"));
+    EXPECT_THAT(DebugLines(), HasSubstr("Getting ready to print file: " + path +
+                                        ", printParameters: , retry: 0, action: print, gs.m_waitBat: 0\r\n"));
+}
+
+TEST_F(ShellWayTest, TickedRowsBelowAreConvertedAhead) {
+    const std::string a = AddFile("a.doc", "{\\rtf1}");
+    AddFile("other.plt");
+    const std::string b = AddFile("b.rtf", "{\\rtf1}");
+    list.InsertFileIntoList(folder.Write("unticked.doc", "{\\rtf1}"), 0, "", {});
+    AddFile("garbage.doc", std::string("\0\1", 2));
+    AddFile("simplex.paperduplex");
+    const std::string c = AddFile("c.doc", "{\\rtf1}");
+    const std::string d = AddFile("d.doc", "{\\rtf1}");
+    list.SetCurrentRow(0);
+    ConvertNext();
+    EXPECT_EQ(Process(*way, a).end, End::kPrinted);
+    ASSERT_EQ(processes.records.size(), 1U);
+    const auto& words = processes.records[0].request.arguments;
+    EXPECT_THAT(std::vector<std::string>(words.begin() + 2, words.end()), ElementsAre(a, b, c));
+    EXPECT_EQ(Process(*way, b).end, End::kPrinted);
+    EXPECT_EQ(Process(*way, c).end, End::kPrinted);
+    EXPECT_EQ(processes.records.size(), 1U);
+    EXPECT_EQ(spooler.Sent()[2].bytes, "%PDF of c.doc %%EOF");
+}
+
+TEST_F(ShellWayTest, SaysWhatIsWrongWithTheAssociation) {
+    EXPECT_EQ(Process(*way, AddFile("a.none")).status,
+              "No print association setup for that file type, see: docs/print-commands.md");
+    const WayResult gone = Process(*way, AddFile("a.gone"));
+    EXPECT_EQ(gone.status, "Problem with print association setup, see: docs/print-commands.md");
+    EXPECT_THAT(gone.remark, HasSubstr("there is no program \"gone\""));
+    EXPECT_FALSE(gone.canRetry);
+    EXPECT_EQ(gone.end, End::kFailed);
+}
+
+TEST_F(ShellWayTest, FailuresAreErrorsOfTheirRow) {
+    const std::string garbage("\0\1", 2);
+    EXPECT_EQ(Process(*way, AddFile("a.doc", garbage)).status,
+              "Error - Can't Print - the file is not what its name says");
+    EXPECT_EQ(Process(*way, AddFile("a.pdf", garbage)).status, "Error - Can't Print - Bad PDF File");
+    EXPECT_TRUE(processes.records.empty());
+
+    const std::string path = AddFile("b.doc", "{\\rtf1}");
+    WayResult result = Process(*way, path);
+    EXPECT_THAT(result.status, HasSubstr("Error - Can't Print - no PDF was made: office ended with code 0"));
+    EXPECT_TRUE(result.canRetry);
+
+    FakeProcesses::Script hang;
+    hang.runsFor = std::nullopt;
+    processes.AddScript(hang);
+    result = Process(*way, path);
+    EXPECT_THAT(result.status, HasSubstr("did not end in its time of 60 seconds"));
+    EXPECT_TRUE(processes.records.back().treeEnded);
+
+    ConvertNext();
+    spooler.FailPrintDocument(5);
+    EXPECT_EQ(Process(*way, path).status, kStatusDidNotSpool);
+    spooler.StopFailing();
+    ConvertNext();
+    spooler.LoseAnswers();
+    EXPECT_EQ(Process(*way, path).status, kStatusUnknown);
+}
+
+TEST_F(ShellWayTest, AProgramThatPrintsIsProvedByItsJob) {
+    const std::string path = AddFile("a.plt");
+    FakeProcesses::Script script;
+    script.runsFor = std::nullopt;
+    script.output = "words";
+    script.whenStarted = [&] {
+        JobInfo job;
+        job.document = path;
+        job.statusBits = job_status::kPrinting;
+        spooler.PutJob("Laser", job);
+    };
+    processes.AddScript(script);
+    const long long start = loop.MonotonicMilliseconds();
+    const WayResult result = Process(*way, path);
+    EXPECT_EQ(result.end, End::kPrinted) << result.status;
+    EXPECT_TRUE(processes.records[0].inputClosed);
+    EXPECT_TRUE(processes.records[0].destroyed) << "a program that stays is ended";
+    EXPECT_NEAR(static_cast<double>(loop.MonotonicMilliseconds() - start), 5000, 1000);
+
+    // The same job is no proof for the next one.
+    const WayResult second = Process(*way, path);
+    EXPECT_EQ(second.status, kStatusDidNotSpool);
+    EXPECT_THAT(second.remark, HasSubstr("lp ended with code 0"));
+
+    FakeProcesses::Script failure;
+    failure.exitCode = 1;
+    failure.errors = "no such printer\n";
+    processes.AddScript(failure);
+    const WayResult third = Process(*way, AddFile("b.plt"));
+    EXPECT_EQ(third.status, "Error - Can't Print - lp ended with code 1: no such printer");
+}
+
+TEST_F(ShellWayTest, StopEndsProgramsOfEveryKind) {
+    list.InsertFileIntoList("x", 1, "", {});
+    const std::vector<std::string> paths = {folder.Write("a.doc", "{\\rtf1}"), folder.Write("a.plt", "x")};
+    const std::string script = folder.Write("a.bat", "x");
+    for (const std::string& path : {paths[0], paths[1], script}) {
+        FakeProcesses::Script hang;
+        hang.runsFor = std::nullopt;
+        hang.whenStarted = [this] { loop.StartTimer(7, 1000, [this] { feedback.isStopped = true; }); };
+        processes.AddScript(hang);
+        feedback.isStopped = false;
+        const long long start = loop.MonotonicMilliseconds();
+        EXPECT_EQ(Process(path == script ? *scripts : *way, path).end, End::kStopped) << path;
+        EXPECT_LE(loop.MonotonicMilliseconds() - start, 1500) << path;
+        EXPECT_TRUE(processes.records.back().destroyed);
+        loop.StopTimer(7);
+    }
+}
+
+TEST_F(ShellWayTest, ScriptsAreRunWithTheirParameters) {
+    RunItem item;
+    item.path = folder.Write("a b.BAT", "x");
+    item.kind = KindOfItem(item.path);
+    item.addonParameters = "not these";
+    item.processingParameters = "\"one word\" $(two)";
+    ASSERT_TRUE(scripts->Takes(item));
+    WayResult result = scripts->Process(item, feedback);
+    EXPECT_EQ(result.end, End::kPrinted);
+    EXPECT_EQ(result.status, "Done");
+    EXPECT_THAT(feedback.statuses, ElementsAre("Running script: " + item.path));
+    EXPECT_THAT(processes.records[0].request.arguments,
+                ElementsAre("run-script", item.path, "one word", "$(two)"));
+
+    item.processingParameters.clear();
+    scripts->Process(item, feedback);
+    EXPECT_THAT(processes.records[1].request.arguments, ElementsAre("run-script", item.path, "not", "these"));
+
+    FakeProcesses::Script failure;
+    failure.exitCode = 7;
+    processes.AddScript(failure);
+    EXPECT_EQ(scripts->Process(item, feedback).status, "Error - a b.BAT ended with code 7");
+    FakeProcesses::Script hang;
+    hang.runsFor = std::nullopt;
+    processes.AddScript(hang);
+    EXPECT_EQ(scripts->Process(item, feedback).status,
+              "Error - a b.BAT did not end in its time of 5 seconds");
+    item.addonParameters = "\"open";
+    EXPECT_THAT(scripts->Process(item, feedback).status, HasSubstr("Error - a quotation mark"));
+    item.path = folder.PathOf("missing.bat");
+    EXPECT_EQ(scripts->Process(item, feedback).status, "No File.");
+    item.path = "/x/a.bat.doc";
+    EXPECT_FALSE(scripts->Takes(item));
+}
+
+}  // namespace
+}  // namespace quirepress
