@@ -5,6 +5,7 @@
 #include "platform/prompts.h"
 #include "settings/balance_options.h"
 #include "settings/color_printer_options.h"
+#include "settings/email_options.h"
 #include "settings/general_settings.h"
 #include "settings/keyword_file.h"
 #include "settings/log_options.h"
@@ -90,6 +91,7 @@ constexpr CatalogFile<LogCheckOptions> kLogCheck = {
     "The file holds the time of the last removal of records of missing files too (NOLONGER in "
     "log_setup.ini), as its first line. Saving these keys drops that time: such removals are due again only "
     "after printlogcheck.ini was erased and EVERY has gone by. Noting the time drops these keys."};
+constexpr CatalogFile<EmailOptions> kEmail = {EmailKeywords};
 constexpr CatalogFile<BalanceOptions> kBalance = {BalanceKeywords};
 constexpr CatalogFile<ColorPrinterOptions> kColorPrinters = {ColorPrinterKeywords};
 
@@ -118,7 +120,8 @@ constexpr CatalogEntry EntryOf(const char* name) {
 // Every settings file of the program; a new one is a line here.
 constexpr std::array kCatalog = {EntryOf<kGeneral>("general"), EntryOf<kMisc>("misc"),
                                  EntryOf<kLog>("log"),         EntryOf<kLogCheck>("logcheck"),
-                                 EntryOf<kBalance>("balance"), EntryOf<kColorPrinters>("colorprinters")};
+                                 EntryOf<kEmail>("email"),     EntryOf<kBalance>("balance"),
+                                 EntryOf<kColorPrinters>("colorprinters")};
 
 }  // namespace
 
