@@ -67,7 +67,10 @@ Conversion PdfConverter::Convert(const PrintCommand& command, const std::string&
             conversion.flaw = "the file can't be read";
             return conversion;
         }
-        if (!RunCall(command, sources, isStopped)) {
+        const bool isWhole = RunCall(command, sources, isStopped);
+        for (const Source& source : sources)
+            if (source.isCopy) m_files.Erase(source.taken);
+        if (!isWhole) {
             conversion.end = Conversion::End::kStopped;
             return conversion;
         }
@@ -105,7 +108,7 @@ std::vector<PdfConverter::Source> PdfConverter::ChooseFiles(const PrintCommand& 
                                                             const std::string& path,
                                                             const std::vector<std::string>& upcoming) {
     std::vector<Source> sources(1);
-    if (!MakeSource(path, sources[0])) return {};
+    if (!MakeSource(command, path, sources[0])) return {};
     if (m_loners.count(path) != 0) return sources;
     std::set<std::string> titles = {ToLowerAscii(PdfPathOf(command, "", sources[0].taken))};
     std::size_t bytes = sources[0].taken.size();
@@ -113,7 +116,7 @@ std::vector<PdfConverter::Source> PdfConverter::ChooseFiles(const PrintCommand& 
         if (sources.size() >= static_cast<std::size_t>(command.batch)) break;
         Source source;
         if (m_loners.count(next) != 0 || m_made.count(next) != 0 || !HasSignatureOfItsName(m_files, next) ||
-            !MakeSource(next, source))
+            !MakeSource(command, next, source))
             continue;
         bytes += source.taken.size() + 1;
         if (bytes > kMostBytesOfPaths) break;
@@ -124,12 +127,20 @@ std::vector<PdfConverter::Source> PdfConverter::ChooseFiles(const PrintCommand& 
     return sources;
 }
 
-bool PdfConverter::MakeSource(const std::string& path, Source& source) {
+bool PdfConverter::MakeSource(const PrintCommand& command, const std::string& path, Source& source) {
     source.path = path;
     source.facts = m_files.Inspect(path);
+    if (source.facts.kind != FileKind::kRegular || !source.facts.readable) return false;
     // No name is taken for an option of a program.
     source.taken = IsAbsolutePath(path) ? path : JoinPath(m_files.ResolvePath("."), path);
-    return source.facts.kind == FileKind::kRegular && source.facts.readable;
+    if (IsValidUtf8(path) || command.Uses("%u")) return true;
+    // Many programs do not find a file of such a name.
+    source.isCopy = true;
+    const std::string extension(FileExtension(path));
+    source.taken =
+        JoinPath(m_folder, "copy" + std::to_string(++m_calls) + (IsValidUtf8(extension) ? extension : ""));
+    m_files.MakeFolders(m_folder);
+    return CopyFileDurably(m_files, path, source.taken) == FileResult::kDone;
 }
 
 std::string PdfConverter::OwnFolderOf(const PrintCommand& command) {

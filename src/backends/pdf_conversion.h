@@ -42,6 +42,7 @@ private:
     struct Source {
         std::string path;
         std::string taken;  // the path that the program is given
+        bool isCopy = false;
         FileFacts facts;
     };
     struct Made {
@@ -55,7 +56,7 @@ private:
     bool TakeMade(const PrintCommand& command, const std::string& path, Conversion& conversion);
     std::vector<Source> ChooseFiles(const PrintCommand& command, const std::string& path,
                                     const std::vector<std::string>& upcoming);
-    bool MakeSource(const std::string& path, Source& source);
+    bool MakeSource(const PrintCommand& command, const std::string& path, Source& source);
     std::string OwnFolderOf(const PrintCommand& command);
     // False when it was stopped.
     bool RunCall(const PrintCommand& command, const std::vector<Source>& sources,

@@ -84,6 +84,16 @@ TEST_F(PdfConversionTest, FilesOfOneNameDoNotTakeEachOthersPlace) {
     ExpectMade(Convert(third), "third");
 }
 
+TEST_F(PdfConversionTest, ANameThatIsNoTextIsReplacedForTheProgram) {
+    const std::string path = Write("a.doc", "a");
+    const std::string odd = folder.PathOf("in/\xE4\xF6.doc");
+    if (files.Rename(path, odd, false) != FileResult::kDone) GTEST_SKIP() << "there are no such names here";
+    ExpectMade(Convert(odd), "a");
+    std::vector<FolderEntry> entries;
+    files.ListFolder(folder.PathOf("scratch"), entries);
+    EXPECT_EQ(entries.size(), 2U) << "the PDF's folder, and the program's own";
+}
+
 TEST_F(PdfConversionTest, BelievesOnlyAWholePdf) {
     ExpectFailure(Convert(Write("a.doc", "garbage")), "what was made is no PDF");
     ExpectFailure(Convert(Write("b.doc", "empty")), "the PDF that was made is empty");
