@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <set>
+#include <qpdf/QPDFObjectHandle.hh>
 
 #include "documents/qpdf_file.h"
 

@@ -1,7 +1,7 @@
 #include "documents/pdf_content_color.h"
 
 #include <algorithm>
-#include <array>
+#include <qpdf/QPDFObjectHandle.hh>
 
 #include "documents/pdf_image_color.h"
 #include "documents/qpdf_file.h"
