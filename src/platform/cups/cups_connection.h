@@ -14,8 +14,8 @@ namespace quirepress {
 class EventLoop;
 
 // One connection to the server, for one exchange at a time. Waits pump: a call that hears nothing looks at
-// the loop twenty times a second, and gives up after its patience. What blocks longer than such a slice is
-// not known but for writing into a socket whose peer takes only a few bytes at a time.
+// the loop twenty times a second, and gives up after its patience. Only a peer that lets its bytes drip, each
+// within such a slice, holds a call for longer.
 class CupsConnection {
 public:
     // To the server that libcups finds for this environment, by a thread of its own, since looking up a name

@@ -93,8 +93,9 @@ bool IppFlag(ipp_attribute_t* attribute) {
 }
 
 std::vector<std::string_view> IppTexts(ipp_attribute_t* attribute) {
-    std::vector<std::string_view> texts;
-    for (int i = 0; i < ippGetCount(attribute); ++i) texts.push_back(IppText(attribute, i));
+    std::vector<std::string_view> texts(static_cast<std::size_t>(ippGetCount(attribute)));
+    for (int i = 0; i < ippGetCount(attribute); ++i)
+        texts[static_cast<std::size_t>(i)] = IppText(attribute, i);
     return texts;
 }
 
