@@ -59,6 +59,7 @@ TEST_F(HangRecoveryTest, WithoutTheOptionOrARecordThereIsNoOtherTry) {
     m_options.m_onErrorHangPrintOneMoreTime = false;
     EXPECT_FALSE(Check("/in/a.doc").tryAgain);
     m_options.m_onErrorHangPrintOneMoreTime = true;
+    EXPECT_TRUE(Check("/in/b.doc").tryAgain);
     m_around.files.FillDiskAfter(0);
     const HangDecision unrecorded = Check("/in/b.doc");
     EXPECT_TRUE(unrecorded.hung);
