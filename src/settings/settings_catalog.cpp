@@ -10,6 +10,7 @@
 #include "settings/keyword_file.h"
 #include "settings/log_options.h"
 #include "settings/misc_options.h"
+#include "settings/print_to_file_options.h"
 
 namespace quirepress {
 
@@ -94,6 +95,9 @@ constexpr CatalogFile<LogCheckOptions> kLogCheck = {
 constexpr CatalogFile<EmailOptions> kEmail = {EmailKeywords};
 constexpr CatalogFile<BalanceOptions> kBalance = {BalanceKeywords};
 constexpr CatalogFile<ColorPrinterOptions> kColorPrinters = {ColorPrinterKeywords};
+constexpr CatalogFile<PrintToFileOptions> kPrintToFile = {PrintToFileKeywords};
+constexpr CatalogFile<PrintToPdfOptions> kPrintToPdf = {PrintToPdfKeywords};
+constexpr CatalogFile<PrintToXpsOptions> kPrintToXps = {PrintToXpsKeywords};
 
 struct CatalogEntry {
     const char* name;
@@ -118,10 +122,16 @@ constexpr CatalogEntry EntryOf(const char* name) {
 }
 
 // Every settings file of the program; a new one is a line here.
-constexpr std::array kCatalog = {EntryOf<kGeneral>("general"), EntryOf<kMisc>("misc"),
-                                 EntryOf<kLog>("log"),         EntryOf<kLogCheck>("logcheck"),
-                                 EntryOf<kEmail>("email"),     EntryOf<kBalance>("balance"),
-                                 EntryOf<kColorPrinters>("colorprinters")};
+constexpr std::array kCatalog = {EntryOf<kGeneral>("general"),
+                                 EntryOf<kMisc>("misc"),
+                                 EntryOf<kLog>("log"),
+                                 EntryOf<kLogCheck>("logcheck"),
+                                 EntryOf<kEmail>("email"),
+                                 EntryOf<kBalance>("balance"),
+                                 EntryOf<kColorPrinters>("colorprinters"),
+                                 EntryOf<kPrintToFile>("printfile"),
+                                 EntryOf<kPrintToPdf>("printpdf"),
+                                 EntryOf<kPrintToXps>("printxps")};
 
 }  // namespace
 
