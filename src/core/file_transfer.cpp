@@ -23,13 +23,15 @@ FileTransfer::FileTransfer(TransferServices services, TransferRequest request)
     : m_services(services), m_request(std::move(request)) {}
 
 FileTransfer::~FileTransfer() {
-    const bool isWhole = m_services.files.Inspect(m_request.from).kind == FileKind::kRegular;
-    if (m_isCopied && isWhole && !IsSourceChanged()) m_services.files.Erase(m_target);
+    if (m_isCopied && !IsSourceChanged() && HasSource()) m_services.files.Erase(m_target);
+    if (!m_oldVersion.empty())
+        m_services.files.Rename(m_oldVersion, JoinPath(m_request.folder, m_request.name), false);
 }
 
 FileTransfer::End FileTransfer::Attempt() {
     const End end = m_isCopied ? EndOf(m_reason = EraseSource()) : TransferToFolder();
     const bool isDone = end == End::kDone;
+    if (isDone) m_oldVersion.clear();
     DebugLog& debugLog = m_services.debugLog;
     debugLog.Trace("%sMove file status %d\r\n", m_request.traceStart, isDone);
     debugLog.Trace("%sMoveFile: %d, 0=error moving file  %s to %s\r\n", m_request.traceStart, isDone,
@@ -42,9 +44,8 @@ FileTransfer::End FileTransfer::TransferToFolder() {
     m_target = JoinPath(m_request.folder, m_request.name);
     m_services.prompts.ShowStatus((m_request.isCopy ? "Copying file to:" : "Moving file to:") + m_target);
     m_reason = FileResult::kMissing;
-    const FileKind kind = files.Inspect(m_request.from).kind;
-    if (kind == FileKind::kMissing || m_request.folder.empty()) return End::kNotMoved;
-    m_reason = kind == FileKind::kRegular ? files.MakeFolders(m_request.folder) : FileResult::kNoAccess;
+    if (!HasSource() || m_request.folder.empty()) return End::kNotMoved;
+    m_reason = files.MakeFolders(m_request.folder);
     if (m_reason != FileResult::kDone) return End::kNotMoved;
     // A file that is where it should be already has nowhere to go.
     if (IsAtTarget()) return End::kDone;
@@ -68,6 +69,7 @@ FileTransfer::End FileTransfer::TransferToVersion() {
         TraceRename(m_reason, plain, path);
         if (!renamesOld) return EndOf(m_reason);
         if (m_reason != FileResult::kDone) return End::kNotRenamed;
+        m_oldVersion = path;
         m_reason = TransferTo(plain);
         return EndOf(m_reason);
     }
@@ -101,18 +103,20 @@ FileResult FileTransfer::CopyWhole(const std::string& target) {
 }
 
 FileResult FileTransfer::EraseSource() {
-    m_isCopied = true;
-    FileResult result = FileResult::kBusy;
+    m_isCopied = false;
     if (IsSourceChanged()) {
         // What is new in it is not at the target.
         m_services.files.Erase(m_target);
-        m_isCopied = false;
-    } else {
-        result = m_services.files.Erase(m_request.from);
-        if (result == FileResult::kMissing) result = FileResult::kDone;
-        if (result == FileResult::kDone) m_isCopied = false;
+        return FileResult::kBusy;
     }
+    const FileResult result = m_services.files.Erase(m_request.from);
+    if (result == FileResult::kMissing) return FileResult::kDone;
+    m_isCopied = result != FileResult::kDone;
     return result;
+}
+
+bool FileTransfer::HasSource() const {
+    return m_services.files.Inspect(m_request.from).kind == FileKind::kRegular;
 }
 
 bool FileTransfer::IsAtTarget() const {

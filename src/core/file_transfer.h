@@ -34,7 +34,7 @@ public:
     enum class End { kDone, kNotMoved, kNotRenamed, kNoVersionLeft };
 
     FileTransfer(TransferServices services, TransferRequest request);
-    ~FileTransfer();  // takes back the copy of a file that could not be moved
+    ~FileTransfer();  // takes back what was done for a file that could not be brought there
     FileTransfer(const FileTransfer&) = delete;
     FileTransfer& operator=(const FileTransfer&) = delete;
 
@@ -48,6 +48,7 @@ private:
     FileResult TransferTo(const std::string& target);
     FileResult CopyWhole(const std::string& target);
     FileResult EraseSource();
+    bool HasSource() const;
     bool IsAtTarget() const;
     bool IsLink() const;
     bool IsSourceChanged() const;
@@ -59,6 +60,7 @@ private:
     FileResult m_reason = FileResult::kDone;
     bool m_isCopied = false;   // to m_target, and the source is still to be erased
     FileFacts m_copiedSource;  // as it was when it was copied
+    std::string m_oldVersion;  // the name that the old file got, until the new one is in its place
 };
 
 }  // namespace quirepress

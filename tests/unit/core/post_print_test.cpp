@@ -212,6 +212,14 @@ TEST_F(PostPrintTest, TellsThatAnOldFileWasNotRenamed) {
         m_prompts.boxes[0].text.starts_with("File didn't rename, please check acrobat\n\nFROM:" + path));
     EXPECT_TRUE(m_notices.all.at(0).body.ends_with("\r\nStatus: Rename Error\r\nFilename:" + path));
     EXPECT_EQ(Read("out/a.pdf") + Read("in/a.pdf"), "oldbytes");
+    // It keeps its name when it is the new one that does not come.
+    m_files.BeforeEach(Call::kRename, [&](std::string_view from) {
+        if (from == path && Has("out/a_v1.pdf")) m_files.FailOnce(Call::kRename, FileResult::kBusy);
+    });
+    EXPECT_FALSE(Check(path, PathOf("out")));
+    EXPECT_EQ(m_prompts.boxes.back().title, "Move Error");
+    EXPECT_EQ(Read("out/a.pdf") + Read("in/a.pdf"), "oldbytes");
+    EXPECT_FALSE(Has("out/a_v1.pdf"));
 }
 
 // Also lists versions of a.pdf that are not there, from 1 on.
