@@ -1,5 +1,6 @@
 #include "app/application.h"
 
+#include "automation/notifications.h"
 #include "backends/balance.h"
 #include "backends/color_split.h"
 #include "backends/direct_print.h"
@@ -29,6 +30,7 @@
 #include "platform/registry.h"
 #include "platform/shell.h"
 #include "settings/general_settings.h"
+#include "transport/mail_sender.h"
 
 namespace quirepress {
 
@@ -65,6 +67,7 @@ Application::Application(Services& services, Prompts& userPrompts, ApplicationRe
         *m_debugLog, *m_pdfCounter, m_options, m_request.workingFolder, m_request.keepLoading});
     m_snapshot = std::make_unique<RunSnapshot>(files, m_request.workingFolder);
     LoadGeneralOptions(m_options, Settings(), m_services.machine->Family(), m_request.unattended);
+    MakeNotifications();
     LoadColorPrinterOptions(m_colorOptions, Settings());
     m_pageRenderer = std::make_unique<PageRenderer>(*m_services.processes, *m_services.loop, files);
     m_pageColors = std::make_unique<PageColors>(*m_pdfWorker, *m_pageRenderer, *m_services.loop, files,

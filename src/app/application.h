@@ -9,6 +9,7 @@
 #include "platform/services.h"
 #include "settings/balance_options.h"
 #include "settings/color_printer_options.h"
+#include "settings/email_options.h"
 #include "settings/general_options.h"
 #include "settings/settings_file.h"
 
@@ -18,6 +19,8 @@ class DebugLog;
 class DirectPrinter;
 class EmbeddedSpooler;
 class ErrorLog;
+class MailSender;
+class Notifications;
 class PdfCounter;
 class PdfWorker;
 class PageColors;
@@ -32,6 +35,7 @@ class Prompts;
 class QueueWatch;
 class RunSnapshot;
 class Spooler;
+struct TransferPlace;
 
 // The folder that a program works in: `named`, else $QUIREPRESS_HOME, else the user's own. It is made when
 // missing; `folder` is its absolute path, ending in a separator. 0, or -1 with `message`.
@@ -78,6 +82,9 @@ public:
     PageColors& PdfColors() { return *m_pageColors; }
     PrintList& List() { return *m_list; }
     RunSnapshot& Snapshot() { return *m_snapshot; }
+    Notifications& Notices() { return *m_notifications; }
+    // $SSL_CERT_FILE names the certificates that are trusted instead of the system's.
+    TransferPlace Transfers();
 
     // After OpenSpooler.
     Spooler& PrintSpooler() { return *m_spooler; }
@@ -94,6 +101,7 @@ private:
     void OpenCups(bool wasNamed, std::string& message);
     void OpenEmbedded(std::string& message);
     void MakeRun();
+    void MakeNotifications();
 
     Services& m_services;
     ApplicationRequest m_request;
@@ -105,6 +113,9 @@ private:
     std::unique_ptr<PdfWorker> m_pdfWorker;
     std::unique_ptr<PdfCounter> m_pdfCounter;
     std::unique_ptr<PrintList> m_list;
+    EmailOptions m_emailOptions;
+    std::unique_ptr<MailSender> m_mailSender;
+    std::unique_ptr<Notifications> m_notifications;
     std::unique_ptr<Spooler> m_spooler;
     EmbeddedSpooler* m_embedded = nullptr;
     std::unique_ptr<DirectPrinter> m_directPrinter;

@@ -92,7 +92,7 @@ std::string FormatMailbox(const Mailbox& mailbox) {
 }
 
 std::string EncodeHeaderText(std::string_view text) {
-    const std::string line = WithoutControls(text);
+    std::string line = WithoutControls(text);
     if (IsPlain(line) && line.size() <= kLongestPlainText && !Contains(line, "=?")) return line;
     std::string words;
     for (std::string_view rest = line; !rest.empty();) {
@@ -113,12 +113,12 @@ std::string FormatMailDate(Instant instant) {
     constexpr std::array<const char*, 7> kDays = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
     constexpr std::array<const char*, 12> kMonths = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
                                                      "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
-    using namespace std::chrono;
-    const sys_seconds moment{floor<seconds>(nanoseconds(instant))};
-    const sys_days day = floor<days>(moment);
-    const year_month_day date(day);
-    const hh_mm_ss time(moment - day);
-    return Format("%s, %.2d %s %.4d %.2d:%.2d:%.2d +0000", kDays.at(weekday(day).c_encoding()),
+    namespace chrono = std::chrono;
+    const chrono::sys_seconds moment{chrono::floor<chrono::seconds>(chrono::nanoseconds(instant))};
+    const chrono::sys_days day = chrono::floor<chrono::days>(moment);
+    const chrono::year_month_day date(day);
+    const chrono::hh_mm_ss time(moment - day);
+    return Format("%s, %.2d %s %.4d %.2d:%.2d:%.2d +0000", kDays.at(chrono::weekday(day).c_encoding()),
                   static_cast<int>(static_cast<unsigned>(date.day())),
                   kMonths.at(static_cast<unsigned>(date.month()) - 1), static_cast<int>(date.year()),
                   static_cast<int>(time.hours().count()), static_cast<int>(time.minutes().count()),

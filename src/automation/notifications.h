@@ -1,0 +1,66 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "core/run_notices.h"
+#include "settings/email_options.h"
+#include "settings/general_options.h"
+#include "transport/mail_message.h"
+
+namespace quirepress {
+
+class DebugLog;
+class ErrorLog;
+class MailManager;
+class MailSender;
+class Prompts;
+
+constexpr int kFirstNotice = 1;
+constexpr int kLastNotice = 6;
+
+struct NotificationServices {
+    MailSender& mail;
+    Prompts& prompts;
+    DebugLog& debugLog;
+    ErrorLog& errorLog;
+    const EmailOptions& email;
+    const GeneralOptions& options;
+};
+
+// What became of a notification.
+struct NotificationReport {
+    bool isOff = false;  // its kind is switched off
+    int sent = 0;        // recipients who have got it
+    int failed = 0;
+    std::string failure;  // the first one
+};
+
+// The mails that tell somebody what the program has done. One that cannot be sent stops nothing: it is
+// written to the debug log, and to the error log when there is one.
+class Notifications : public RunNotices {
+public:
+    explicit Notifications(const NotificationServices& services) : m_services(services) {}
+
+    // Sends a notification of this kind (1 to 6) to every recipient, if the kind is switched on. The first
+    // recipient whose server does not take it is the last one. May pump.
+    void SendNotification(int kind, std::string_view body, std::string_view attachment);
+    void Notify(int kind, std::string_view body, std::string_view attachment) override {
+        SendNotification(kind, body, attachment);
+    }
+
+    // Sends the test message to every recipient, whatever is switched on, and shows how that went. May pump.
+    void SendTestMessage();
+
+    // Of the last of either that has come to its end.
+    const NotificationReport& LastReport() const { return m_report; }
+
+private:
+    NotificationReport Deliver(const EmailOptions& email, MailMessage message, bool isTest);
+    void LogFailure(const MailMessage& message, const std::string& failure);
+
+    NotificationServices m_services;
+    NotificationReport m_report;
+};
+
+}  // namespace quirepress

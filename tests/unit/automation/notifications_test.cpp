@@ -1,0 +1,145 @@
+#include "automation/notifications.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "automation/mail_server_text.h"
+#include "fakes/fake_mail_sender.h"
+#include "fakes/surroundings.h"
+#include "logs/error_log.h"
+
+namespace quirepress {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+
+TEST(MailServerTextTest, HostPortAndEncryption) {
+    const auto parse = [](std::string_view text) {
+        const MailServer server = ParseMailServer(text);
+        return server.host + "|" + std::to_string(server.port) + (server.isSsl ? "|ssl" : "");
+    };
+    EXPECT_EQ(parse("mail.example.org"), "mail.example.org|0");
+    EXPECT_EQ(parse("ssl:mail.example.org:465"), "mail.example.org|465|ssl");
+    EXPECT_EQ(parse("ssl:mail.example.org"), "mail.example.org|0|ssl");
+    EXPECT_EQ(parse("mail.example.org:2525:x"), "mail.example.org|2525");
+    EXPECT_EQ(parse("mail.example.org: 26x"), "mail.example.org|26");
+    EXPECT_EQ(parse("mail.example.org:smtp"), "mail.example.org|0");
+    EXPECT_EQ(parse("ssl:ssl:mailssl:.example.org"), "mail.example.org|0|ssl");
+    EXPECT_EQ(parse("SSL:mail.example.org"), "SSL|0");
+    EXPECT_EQ(parse("ssl:"), "|0|ssl");
+    EXPECT_EQ(parse(""), "|0");
+}
+
+class NotificationsTest : public testing::Test {
+protected:
+    NotificationsTest() {
+        m_email.m_recipients = {"one@example.org", "two@example.org", "three@example.org"};
+        m_email.m_sender = "qpr@example.org";
+        m_email.m_server = "ssl:mail.example.org:466";
+        m_email.m_userName = "user";
+        m_email.m_password = "pass";
+    }
+    std::vector<std::string> SubjectsOfAllKinds() {
+        m_mail.sent.clear();
+        m_email.m_recipients = {"one@example.org"};
+        std::vector<std::string> subjects;
+        for (int kind = -1; kind <= 8; ++kind) m_notifications.Notify(kind, "body", "");
+        for (const MailMessage& message : m_mail.sent) subjects.push_back(message.subject);
+        return subjects;
+    }
+
+    Surroundings m_around;
+    FakeMailSender m_mail;
+    EmailOptions m_email;
+    GeneralOptions m_options;
+    ErrorLog m_errorLog{m_around.files, m_around.clock, m_around.folder.PathOf("error.log")};
+    Notifications m_notifications{
+        {m_mail, m_around.prompts, m_around.debugLog, m_errorLog, m_email, m_options}};
+};
+
+TEST_F(NotificationsTest, EachKindHasItsSwitchAndTheFifthHasNone) {
+    EXPECT_THAT(SubjectsOfAllKinds(), ElementsAre("Quirepress Prints Finished"));
+    m_email.m_scheduledJob = true;
+    EXPECT_THAT(SubjectsOfAllKinds(),
+                ElementsAre("Quirepress Scheduled Job Finished", "Quirepress Prints Finished"));
+    m_email.m_scheduledJob = false;
+    m_email.m_printError = true;
+    EXPECT_THAT(SubjectsOfAllKinds(), ElementsAre("Quirepress Print Error", "Quirepress Prints Finished"));
+    m_email.m_printError = false;
+    m_email.m_printerAlert = true;
+    EXPECT_THAT(SubjectsOfAllKinds(), ElementsAre("Quirepress Printer Alert", "Quirepress Prints Finished"));
+    m_email.m_printerAlert = false;
+    m_email.m_printsFinished = m_email.m_printsReady = true;
+    EXPECT_THAT(SubjectsOfAllKinds(), ElementsAre("Quirepress Prints Finished", "Quirepress Prints Finished",
+                                                  "Quirepress Prints Ready"));
+}
+
+TEST_F(NotificationsTest, EveryRecipientGetsAMessageOfHisOwn) {
+    m_email.m_attach = true;
+    m_notifications.SendNotification(5, "the body", "/data/report.pdf");
+    EXPECT_EQ(m_mail.server, "mail.example.org 466 ssl user:pass");
+    EXPECT_THAT(m_mail.asked, ElementsAre("one@example.org", "two@example.org", "three@example.org"));
+    EXPECT_EQ(m_mail.sent[1].body, "the body");
+    EXPECT_EQ(m_mail.sent[1].sender, "qpr@example.org");
+    EXPECT_THAT(m_mail.sent[1].attachments, ElementsAre("/data/report.pdf"));
+    EXPECT_EQ(m_notifications.LastReport().sent, 3);
+    m_notifications.SendNotification(5, "", "");
+    EXPECT_THAT(m_mail.sent[3].attachments, IsEmpty());
+    m_email.m_attach = false;
+    m_notifications.SendNotification(5, "", "/data/report.pdf");
+    EXPECT_THAT(m_mail.sent[6].attachments, IsEmpty());
+    EXPECT_THAT(m_around.prompts.boxes, IsEmpty());
+}
+
+TEST_F(NotificationsTest, TheFirstFailureEndsANotificationQuietly) {
+    m_mail.FailFor("two@example.org", "the server said no");
+    m_options.m_errorLog = true;
+    m_around.debugLog.Open(m_around.files, m_around.folder.PathOf("qpr.log"));
+    m_notifications.SendNotification(5, "body", "");
+    EXPECT_THAT(m_mail.asked, ElementsAre("one@example.org", "two@example.org"));
+    EXPECT_THAT(m_around.prompts.boxes, IsEmpty());
+    std::vector<std::vector<std::string>> records;
+    ASSERT_EQ(ReadRecords(m_around.files, m_errorLog.Path(), ErrorRecordLayout(), records), 0);
+    ASSERT_EQ(records.size(), 1U);
+    EXPECT_EQ(records[0][kErrorSourceColumn], "Quirepress Prints Finished");
+    EXPECT_EQ(records[0][3], "two@example.org");
+    EXPECT_EQ(records[0][4], "Email not sent: the server said no");
+    EXPECT_THAT(m_around.folder.Read("qpr.log"),
+                HasSubstr("to: two@example.org, error: the server said no\r\n"));
+    EXPECT_EQ(m_notifications.LastReport().failed, 1);
+    m_options.m_errorLog = false;
+    m_notifications.SendNotification(5, "body", "");
+    records.clear();
+    ASSERT_EQ(ReadRecords(m_around.files, m_errorLog.Path(), ErrorRecordLayout(), records), 0);
+    EXPECT_EQ(records.size(), 1U);
+}
+
+TEST_F(NotificationsTest, TheTestMessageGoesToEverybody) {
+    m_mail.FailFor("two@example.org", "the server said no");
+    m_notifications.SendTestMessage();
+    EXPECT_EQ(m_mail.asked.size(), 3U);
+    EXPECT_EQ(m_mail.sent[0].subject, "Quirepress Test Message");
+    EXPECT_EQ(m_mail.sent[0].body, "This is a test message");
+    ASSERT_EQ(m_around.prompts.boxes.size(), 2U);
+    EXPECT_EQ(m_around.prompts.boxes[0].text,
+              "Error in configuration, message not sent to: two@example.org\n(the server said no)");
+    EXPECT_EQ(m_around.prompts.boxes[1].text, "Message(s) Sent Successfully.");
+    EXPECT_EQ(m_notifications.LastReport().failed, 1);
+}
+
+TEST_F(NotificationsTest, NobodyAndNoComponent) {
+    m_mail.SetAvailable(false);
+    m_notifications.SendNotification(5, "body", "");
+    ASSERT_EQ(m_around.prompts.boxes.size(), 1U);
+    EXPECT_EQ(m_around.prompts.boxes[0].text, "Mail Component unlock failed");
+    m_email.m_recipients.clear();
+    m_notifications.SendNotification(5, "body", "");
+    m_notifications.SendTestMessage();
+    EXPECT_EQ(m_around.prompts.boxes.size(), 1U);
+    EXPECT_THAT(m_mail.asked, IsEmpty());
+}
+
+}  // namespace
+}  // namespace quirepress
