@@ -32,6 +32,7 @@ void DefineSetupCommands(CommandSet& commands);    // prs, tray
 void DefineBalanceCommands(CommandSet& commands);
 void DefineQueueVerdict(CommandSet& commands, CLI::App& queue);  // queue verdict
 void DefineLogCommands(CommandSet& commands);
+void DefineNotifyCommands(CommandSet& commands);  // notify, download
 void DefineInternalCommands(CommandSet& commands);  // reference, pdf-worker: not shown in the help
 
 }  // namespace quirepress
