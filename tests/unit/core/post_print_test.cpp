@@ -337,6 +337,10 @@ TEST_F(OtherVolumeTest, CopiesASourceAnewThatHasChanged) {
     });
     EXPECT_TRUE(CheckAcross(PathOf("out")));
     EXPECT_EQ(Read("out/a.pdf"), "bytes and more");
+    writes = 0;
+    Put("in/a.pdf", "b");
+    EXPECT_TRUE(CheckAcross("copy:" + PathOf("copies")));
+    EXPECT_EQ(Read("copies/a.pdf"), "bytes and more");
     int erasures = 0;
     Put("in/a.pdf", "first");
     m_faulty.BeforeEach(Call::kErase, [&](std::string_view) {
