@@ -93,6 +93,7 @@ int RunConsole(Services& services, std::vector<std::string> arguments) {
     DefinePrinterCommands(commands);
     DefineSetupCommands(commands);
     DefineBalanceCommands(commands);
+    DefineShellCommands(commands);
     DefineSettingsCommands(commands);
     DefineLogCommands(commands);
     DefineNotifyCommands(commands);

@@ -31,8 +31,9 @@ void DefinePrinterCommands(CommandSet& commands);  // printers, queue
 void DefineSetupCommands(CommandSet& commands);    // prs, tray
 void DefineBalanceCommands(CommandSet& commands);
 void DefineQueueVerdict(CommandSet& commands, CLI::App& queue);  // queue verdict
+void DefineShellCommands(CommandSet& commands);                  // command
 void DefineLogCommands(CommandSet& commands);
-void DefineNotifyCommands(CommandSet& commands);  // notify, download
+void DefineNotifyCommands(CommandSet& commands);    // notify, download
 void DefineInternalCommands(CommandSet& commands);  // reference, pdf-worker: not shown in the help
 
 }  // namespace quirepress

@@ -2,6 +2,7 @@
 
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/files.h"
@@ -45,7 +46,7 @@ std::string_view DefaultPrintCommands();
 // again whenever it has changed.
 class PrintCommandFile {
 public:
-    explicit PrintCommandFile(SettingsPlace place) : m_place(place) {}
+    explicit PrintCommandFile(SettingsPlace place) : m_place(std::move(place)) {}
 
     std::string Path() const { return m_place.workingFolder + std::string(kPrintCommandsFile); }
     // As the file is now; good until the next call. Lines that are not used are said in a box once. A file
