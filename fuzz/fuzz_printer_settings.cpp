@@ -20,7 +20,7 @@ void Expect(bool isTrue) {
     if (!isTrue) std::abort();
 }
 
-void CheckMode(std::string block) {
+void CheckMode(const std::string& block) {
     PrintSetupFormat& format = PortableSetupFormat();
     std::string message;
     JobTicket ticket;
