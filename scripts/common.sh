@@ -29,7 +29,7 @@ need() {
 build_packages=(g++ cmake ninja-build ccache libqpdf-dev libarchive-dev libdeflate-dev zlib1g-dev libfmt-dev
     libcli11-dev nlohmann-json3-dev libcups2-dev libcurl4-openssl-dev ca-certificates)
 # The tests start servers of their own; one that the packages would start is not needed.
-test_packages=(libgtest-dev libgmock-dev git cups-daemon cups-client cups-ipp-utils cups-filters ghostscript
+test_packages=(libgtest-dev libgmock-dev git cups cups-client cups-ipp-utils cups-filters ghostscript
     python3 python3-aiosmtpd python3-pyftpdlib openssl)
 
 # configure PRESET [-DNAME=VALUE...]: only what has not been done.
