@@ -2,12 +2,14 @@
 
 #include <cups/cups.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <future>
 #include <system_error>
 #include <thread>
 #include <utility>
+#include <vector>
 
 #include "platform/event_loop.h"
 
@@ -20,6 +22,9 @@ constexpr int kAnswerPatience = 10'000;
 constexpr double kSlice = 0.05;  // seconds
 constexpr auto kConnectSlice = std::chrono::milliseconds(10);
 constexpr int kMostAuthentications = 3;
+constexpr std::size_t kPiece = std::size_t{16} * 1024;
+constexpr std::size_t kMostAnswered = std::size_t{256} << 20;
+constexpr const char* kNoPrintServer = "what answers is no print server";
 
 // What a connecting thread leaves behind. It may outlive whoever waits for it.
 struct Attempt {
@@ -39,6 +44,14 @@ std::shared_ptr<Attempt> ConnectNow() {
                                  kConnectPatience, nullptr);
     if (attempt->http == nullptr) attempt->error = ServersWords();
     return attempt;
+}
+
+ssize_t TakeBytes(void* from, ipp_uchar_t* bytes, std::size_t size) {
+    auto* rest = static_cast<std::string_view*>(from);
+    const std::size_t taken = std::min(size, rest->size());
+    std::copy_n(rest->begin(), taken, bytes);
+    rest->remove_prefix(taken);
+    return static_cast<ssize_t>(taken);
 }
 
 // A program without a user at hand must never ask for a password.
@@ -123,18 +136,19 @@ IppMessage CupsConnection::Ask(const IppRequest& request, CupsFailure& failure) 
     for (int i = 0; i < kMostAuthentications; ++i) {
         failure = {};
         if (SendHead(request, ippLength(request.message.get()), failure) != 0) return nullptr;
-        IppMessage answer = ReadAnswer(request, failure);
-        // Who comes over a local socket may be known to the server without a password; libcups has said so to
-        // it, and the request is due again.
-        const http_status_t status = httpGetStatus(m_http);
-        const bool isDueAgain = !answer && status != HTTP_STATUS_ERROR &&
-                                (status < HTTP_STATUS_BAD_REQUEST || status == HTTP_STATUS_UNAUTHORIZED);
-        if (!isDueAgain) return answer;
-        m_isBroken = false;
+        IppMessage answer = ReadAnswer(failure);
+        if (answer || failure.number != CupsFailure::kPassword || !Authenticate(request)) return answer;
     }
-    m_isBroken = true;
-    failure = {CupsFailure::kPassword, "the print server asks for a password"};
     return nullptr;
+}
+
+// Who comes over a local socket may be known to the server without a password.
+bool CupsConnection::Authenticate(const IppRequest& request) {
+    if (cupsDoAuthentication(m_http, "POST", request.resource.c_str()) != 0 ||
+        httpReconnect2(m_http, kConnectPatience, nullptr) != 0)
+        return false;
+    m_isBroken = false;
+    return true;
 }
 
 int CupsConnection::BeginDocument(const IppRequest& request, std::int64_t size, CupsFailure& failure) {
@@ -163,15 +177,35 @@ int CupsConnection::EndDocument(CupsFailure& failure) {
     return isSent ? 0 : Break(failure);
 }
 
-IppMessage CupsConnection::ReadAnswer(const IppRequest& request, CupsFailure& failure) {
+IppMessage CupsConnection::ReadAnswer(CupsFailure& failure) {
     m_giveUpAt = m_loop.MonotonicMilliseconds() + m_patience;
-    IppMessage answer(cupsGetResponse(m_http, request.resource.c_str()));
-    if (!answer) {
+    http_status_t status = HTTP_STATUS_CONTINUE;
+    while (status == HTTP_STATUS_CONTINUE) status = httpUpdate(m_http);
+    std::string body;
+    const bool isWhole = status != HTTP_STATUS_ERROR && ReadBody(body);
+    if (status != HTTP_STATUS_OK || !isWhole) {
         Break(failure);
         return nullptr;
     }
-    httpFlush(m_http);
-    return answer;
+    // Read by libcups from the connection, each of its many small values would cost calls of the system.
+    std::string_view rest = body;
+    IppMessage answer(ippNew());
+    ipp_state_t state = IPP_STATE_IDLE;
+    do {
+        state = ippReadIO(&rest, TakeBytes, 1, nullptr, answer.get());
+    } while (state != IPP_STATE_DATA && state != IPP_STATE_ERROR);
+    if (state == IPP_STATE_DATA) return answer;
+    m_isBroken = true;
+    failure = {CupsFailure::kUnreadable, kNoPrintServer};
+    return nullptr;
+}
+
+bool CupsConnection::ReadBody(std::string& body) {
+    std::vector<char> piece(kPiece);
+    ssize_t count = 0;
+    while (body.size() < kMostAnswered && (count = httpRead2(m_http, piece.data(), piece.size())) > 0)
+        body.append(piece.data(), static_cast<std::size_t>(count));
+    return count == 0;
 }
 
 int CupsConnection::Break(CupsFailure& failure) {
@@ -191,7 +225,7 @@ void CupsConnection::DescribeFailure(CupsFailure& failure) {
         failure = {static_cast<int>(cupsLastError()),
                    "the print server refuses: " + std::string(httpStatus(status))};
     } else if (error == EINVAL) {
-        failure = {CupsFailure::kUnreadable, "what answers is no print server"};
+        failure = {CupsFailure::kUnreadable, kNoPrintServer};
     } else {
         failure = {CupsFailure::kBroke, "the print server ended the connection"};
     }

@@ -37,7 +37,7 @@ public:
     int SendBytes(const void* data, std::size_t size, CupsFailure& failure);
     int EndDocument(CupsFailure& failure);
     // Null with `failure`: nobody can tell what became of the document, unless the server refused it.
-    IppMessage ReadAnswer(const IppRequest& request, CupsFailure& failure);
+    IppMessage ReadAnswer(CupsFailure& failure);
 
     // For calls of libcups that do requests of their own.
     http_t* Handle();
@@ -46,6 +46,8 @@ private:
     CupsConnection(EventLoop& loop, http_t* http);
     static int OnQuiet(http_t* http, void* self);
     int SendHead(const IppRequest& request, std::size_t length, CupsFailure& failure);
+    bool Authenticate(const IppRequest& request);
+    bool ReadBody(std::string& body);
     int Break(CupsFailure& failure);
     void DescribeFailure(CupsFailure& failure);
 

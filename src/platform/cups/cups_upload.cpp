@@ -94,7 +94,7 @@ int CupsUpload::Close(std::unique_ptr<CupsConnection> connection) {
         m_server.Judge(nullptr, m_failure);
         return -1;
     }
-    const IppMessage answer = connection->ReadAnswer(m_request, m_failure);
+    const IppMessage answer = connection->ReadAnswer(m_failure);
     const bool isTaken = m_server.Judge(answer.get(), m_failure);
     m_server.GiveBack(std::move(connection));
     if (isTaken) {
