@@ -61,8 +61,29 @@ void LoopbackServer::Accept() {
 }
 
 void LoopbackServer::Swallow(int socket) {
+    ReadAll(socket);
+}
+
+void LoopbackServer::Stall(int socket) {
+    pollfd end = {socket, POLLRDHUP, 0};
+    poll(&end, 1, -1);
+}
+
+void LoopbackServer::Reset(int socket) {
+    const linger atOnce = {1, 0};
+    setsockopt(socket, SOL_SOCKET, SO_LINGER, &atOnce, sizeof atOnce);
+    // Unlinks the socket from its connection, which closing it later would do as softly as any other.
+    sockaddr nowhere = {};
+    nowhere.sa_family = AF_UNSPEC;
+    connect(socket, &nowhere, sizeof nowhere);
+}
+
+std::string LoopbackServer::ReadAll(int socket) {
+    std::string all;
     std::array<char, 65536> bytes = {};
-    while (recv(socket, bytes.data(), bytes.size(), 0) > 0) continue;
+    for (ssize_t count = 0; (count = recv(socket, bytes.data(), bytes.size(), 0)) > 0;)
+        all.append(bytes.data(), static_cast<std::size_t>(count));
+    return all;
 }
 
 std::string LoopbackServer::ReadHead(int socket) {

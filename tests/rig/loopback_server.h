@@ -24,6 +24,9 @@ public:
 
     // What `serve` may do.
     static void Swallow(int socket);          // reads until the end, answers nothing
+    static void Stall(int socket);            // takes nothing, until the other side is gone
+    static void Reset(int socket);            // the connection ends hard
+    static std::string ReadAll(int socket);   // up to the end
     static std::string ReadHead(int socket);  // of an HTTP request, up to its empty line
     static void Say(int socket, const std::string& bytes);
     // Passes everything on between it and a server's socket. `loseAnswers`: while it is true, what that

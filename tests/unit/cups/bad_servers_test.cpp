@@ -184,6 +184,62 @@ TEST_F(FailingServerTest, AFrozenServerIsGivenUp) {
     EXPECT_THAT(Jobs("Raw"), IsEmpty());
 }
 
+// Network printers behind the server that take raw bytes.
+class FailingPrinterTest : public CupsFixture {
+protected:
+    FailingPrinterTest() { cups.UseHere(); }
+
+    void AddPrinter(const LoopbackServer& printer) {
+        cups.AddQueue("Printer", "socket://" + printer.Address());
+    }
+    template <typename Condition>
+    bool Await(Condition condition) {
+        for (int i = 0; i < 3'000 && !condition(); ++i) services.loop->Wait(5);
+        return condition();
+    }
+
+    PrivateCups cups{services, {0, 30, "retry-current-job"}};
+};
+
+TEST_F(FailingPrinterTest, AJobThatStallsIsShownAndCanBeCancelled) {
+    const LoopbackServer printer(LoopbackServer::Stall);
+    AddPrinter(printer);
+    ASSERT_EQ(PrintRaw("Printer", "stalls", kManyBytes), 0);
+    const std::int64_t stalled = jobId;
+    ASSERT_EQ(PrintRaw("Printer", "waits", kFewBytes), 0);
+    ASSERT_TRUE(Await([&] { return printer.Connections() == 1; }));
+    const std::vector<JobInfo> jobs = Jobs("Printer");
+    ASSERT_EQ(jobs.size(), 2U);
+    EXPECT_EQ(jobs[0].id, stalled);
+    EXPECT_EQ(jobs[0].statusBits, job_status::kPrinting);
+    EXPECT_EQ(jobs[1].statusBits, 0U);
+    EXPECT_NE(Printer("Printer").statusBits & printer_status::kPrinting, 0U);
+    EXPECT_EQ(spooler.ChangeJobPriority("Printer", stalled, 99), -1);
+    EXPECT_EQ(spooler.CancelJob("Printer", stalled), 0);
+    EXPECT_TRUE(Await([&] { return printer.Connections() == 2; }));  // the next one's turn
+    EXPECT_EQ(Jobs("Printer").size(), 1U);
+}
+
+TEST_F(FailingPrinterTest, AConnectionThatIsResetLeavesTheJobInTheQueue) {
+    std::atomic<bool> takes = false;
+    std::string received;
+    {
+        const LoopbackServer printer([&](int socket) {
+            if (takes)
+                received = LoopbackServer::ReadAll(socket);
+            else
+                LoopbackServer::Reset(socket);
+        });
+        AddPrinter(printer);
+        ASSERT_EQ(PrintRaw("Printer", "reset", kManyBytes), 0);
+        ASSERT_TRUE(Await([&] { return printer.Connections() >= 1; }));
+        EXPECT_EQ(Jobs("Printer").size(), 1U);
+        takes = true;
+        EXPECT_TRUE(Await([&] { return Jobs("Printer").empty(); }));
+    }
+    EXPECT_TRUE(received == kManyBytes);
+}
+
 TEST(CupsLimits, TooManyJobsAreSentLater) {
     // The fixture's server has no limit; this one takes three at a time.
     Services services = MakeSystemServices();
