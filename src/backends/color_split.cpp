@@ -29,8 +29,9 @@ std::vector<ColorRun> RunsOf(const std::vector<bool>& isColor) {
 }  // namespace
 
 std::vector<ColorRun> PlanColorRuns(const std::vector<PageColor>& pages, const ColorPrinterOptions& options) {
-    std::vector<bool> isColor;
-    for (const PageColor page : pages) isColor.push_back(page != PageColor::kMono);
+    std::vector<bool> isColor(pages.size());
+    std::transform(pages.begin(), pages.end(), isColor.begin(),
+                   [](PageColor page) { return page != PageColor::kMono; });
     const bool hasColor = std::find(isColor.begin(), isColor.end(), true) != isColor.end();
     if (!hasColor) return RunsOf(isColor);
     if (options.m_wholeDocuments) isColor.assign(isColor.size(), true);

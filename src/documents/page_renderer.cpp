@@ -52,7 +52,7 @@ std::vector<PageColor> PageRenderer::Render(std::string_view path, int first, in
     const std::string resolved = m_files.ResolvePath(path);
     const std::unique_ptr<ChildProcess> process = resolved.empty() ? nullptr : Start(resolved, first, last);
     if (!process) return {};
-    const auto wanted = static_cast<std::size_t>(last - first + 1);
+    const std::size_t wanted = static_cast<std::size_t>(last) - static_cast<std::size_t>(first) + 1;
     PageImages images(rule);
     long long deadline = m_loop.MonotonicMilliseconds() + kPageLimit;
     int pause = 1;

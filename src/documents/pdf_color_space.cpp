@@ -16,7 +16,7 @@ constexpr int kDeepest = 8;
 constexpr int kMostInks = 32;
 constexpr int kMostFunctions = 50;
 constexpr std::size_t kProfileHeader = 128;
-constexpr std::size_t kLongestPalette = 256 * kMostInks;
+constexpr std::size_t kLongestPalette = std::size_t{256} * kMostInks;
 
 std::string NameOf(Handle object) {
     return object.isName() ? object.getName() : std::string();
@@ -75,11 +75,11 @@ PageColor JudgePart(Handle function, const PdfColorSpace& space, const GreyRule&
 
 }  // namespace
 
-PdfColorSpace PdfColorSpace::Read(Handle object, Handle resources, const GreyRule& rule) {
+PdfColorSpace PdfColorSpace::Read(const Handle& object, const Handle& resources, const GreyRule& rule) {
     return ReadAt(object, resources, rule, 0);
 }
 
-PdfColorSpace PdfColorSpace::ReadAt(Handle object, Handle resources, const GreyRule& rule, int depth) {
+PdfColorSpace PdfColorSpace::ReadAt(Handle object, const Handle& resources, const GreyRule& rule, int depth) {
     if (depth > kDeepest) return Unknown();
     if (object.isName()) return ReadNamed(object.getName(), resources, rule, depth);
     if (object.isArray()) return ReadArray(object, resources, rule, depth);
@@ -102,7 +102,7 @@ PdfColorSpace PdfColorSpace::ReadNamed(const std::string& name, Handle resources
     for (const Device& device : kDevices) {
         if (std::find(std::begin(device.names), std::end(device.names), name) == std::end(device.names))
             continue;
-        const PdfColorSpace plain(device.family, device.components);
+        PdfColorSpace plain(device.family, device.components);
         Handle standIn = spaces.getKeyIfDict(device.standIn);
         if (standIn.isNull() || standIn.isName()) return plain;
         const PdfColorSpace replaced = ReadAt(standIn, resources, rule, depth + 1);
@@ -114,7 +114,8 @@ PdfColorSpace PdfColorSpace::ReadNamed(const std::string& name, Handle resources
     return ReadAt(found, resources, rule, depth + 1);
 }
 
-PdfColorSpace PdfColorSpace::ReadArray(Handle array, Handle resources, const GreyRule& rule, int depth) {
+PdfColorSpace PdfColorSpace::ReadArray(Handle array, const Handle& resources, const GreyRule& rule,
+                                       int depth) {
     const std::string name = array.getArrayNItems() > 0 ? NameOf(array.getArrayItem(0)) : std::string();
     if (name == "/ICCBased" && array.getArrayNItems() > 1) return ReadProfile(array.getArrayItem(1));
     if (name == "/Lab") return {Family::kLab, 3};
@@ -141,7 +142,8 @@ PdfColorSpace PdfColorSpace::ReadProfile(Handle stream) {
     return {Family::kUnknown, static_cast<int>(std::clamp<long long>(components, 0, kMostInks))};
 }
 
-PdfColorSpace PdfColorSpace::ReadIndexed(Handle array, Handle resources, const GreyRule& rule, int depth) {
+PdfColorSpace PdfColorSpace::ReadIndexed(Handle array, const Handle& resources, const GreyRule& rule,
+                                         int depth) {
     PdfColorSpace space(Family::kIndexed, 1);
     if (array.getArrayNItems() < 4) return {Family::kUnknown, 1};
     const PdfColorSpace base = ReadAt(array.getArrayItem(1), resources, rule, depth + 1);
@@ -163,7 +165,8 @@ PdfColorSpace PdfColorSpace::ReadIndexed(Handle array, Handle resources, const G
     return space;
 }
 
-PdfColorSpace PdfColorSpace::ReadInks(Handle array, Handle resources, const GreyRule& rule, int depth) {
+PdfColorSpace PdfColorSpace::ReadInks(Handle array, const Handle& resources, const GreyRule& rule,
+                                      int depth) {
     if (array.getArrayNItems() < 4) return Unknown();
     std::vector<std::string> names;
     Handle inks = array.getArrayItem(1);
@@ -249,7 +252,7 @@ PageColor PdfColorSpace::JudgeInitial(const GreyRule& rule) const {
     }
 }
 
-PageColor JudgeFunction(Handle function, const PdfColorSpace& space, const GreyRule& rule) {
+PageColor JudgeFunction(const Handle& function, const PdfColorSpace& space, const GreyRule& rule) {
     int functionsLeft = kMostFunctions;
     return space.IsMono() ? PageColor::kMono : JudgePart(function, space, rule, functionsLeft);
 }

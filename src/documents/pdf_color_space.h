@@ -29,7 +29,8 @@ public:
     static PdfColorSpace Unknown() { return {Family::kUnknown, 0}; }
 
     // A name or an array; names are looked up in `resources` where they are not the system's own.
-    static PdfColorSpace Read(QPDFObjectHandle object, QPDFObjectHandle resources, const GreyRule& rule);
+    static PdfColorSpace Read(const QPDFObjectHandle& object, const QPDFObjectHandle& resources,
+                              const GreyRule& rule);
 
     Family Kind() const { return m_family; }
     int Components() const { return m_components; }
@@ -52,13 +53,13 @@ private:
     using Handle = QPDFObjectHandle;
 
     PdfColorSpace(Family family, int components) : m_family(family), m_components(components) {}
-    static PdfColorSpace ReadAt(Handle object, Handle resources, const GreyRule& rule, int depth);
+    static PdfColorSpace ReadAt(Handle object, const Handle& resources, const GreyRule& rule, int depth);
     static PdfColorSpace ReadNamed(const std::string& name, Handle resources, const GreyRule& rule,
                                    int depth);
-    static PdfColorSpace ReadArray(Handle array, Handle resources, const GreyRule& rule, int depth);
+    static PdfColorSpace ReadArray(Handle array, const Handle& resources, const GreyRule& rule, int depth);
     static PdfColorSpace ReadProfile(Handle stream);
-    static PdfColorSpace ReadIndexed(Handle array, Handle resources, const GreyRule& rule, int depth);
-    static PdfColorSpace ReadInks(Handle array, Handle resources, const GreyRule& rule, int depth);
+    static PdfColorSpace ReadIndexed(Handle array, const Handle& resources, const GreyRule& rule, int depth);
+    static PdfColorSpace ReadInks(Handle array, const Handle& resources, const GreyRule& rule, int depth);
 
     Family m_family;
     int m_components;
@@ -70,6 +71,6 @@ private:
 };
 
 // The colours that a function of one input runs through in `space`: kMono only when all of them are.
-PageColor JudgeFunction(QPDFObjectHandle function, const PdfColorSpace& space, const GreyRule& rule);
+PageColor JudgeFunction(const QPDFObjectHandle& function, const PdfColorSpace& space, const GreyRule& rule);
 
 }  // namespace quirepress

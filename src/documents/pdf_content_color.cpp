@@ -75,11 +75,11 @@ PageColor PdfContentColor::JudgePage(Handle page) {
     return Read(content, Inherited(page, "/Resources"), {});
 }
 
-PageColor PdfContentColor::JudgeAppearance(Handle form) {
+PageColor PdfContentColor::JudgeAppearance(const Handle& form) {
     return JudgeForm(form, Handle::newNull(), {});
 }
 
-PageColor PdfContentColor::Read(const std::string& content, Handle resources, const State& state) {
+PageColor PdfContentColor::Read(const std::string& content, const Handle& resources, const State& state) {
     if (m_depth >= kDeepest || m_isOver) return PageColor::kUndecided;
     ++m_depth;
     Reading reading{ContentTokens(content), resources, state};
@@ -167,16 +167,14 @@ void PdfContentColor::SetComponents(Reading& reading, Paint& paint) {
     for (const Operand& operand : reading.operands)
         if (operand.isNumber) values.push_back(operand.number);
     const std::string name = reading.operands.empty() ? std::string() : reading.operands.back().name;
-    if (values.size() + (name.empty() ? 0 : 1) != reading.operands.size()) {
-        paint.color = PageColor::kUndecided;
-    } else if (name.empty()) {
+    paint.color = PageColor::kUndecided;
+    if (values.size() + (name.empty() ? 0 : 1) != reading.operands.size()) return;
+    if (name.empty()) {
         paint.color = paint.space.Judge(values, m_rule);
     } else if (paint.space.Kind() == Family::kPattern) {
         const PdfColorSpace* base = paint.space.Base();
         const PageColor own = base == nullptr ? PageColor::kUndecided : base->Judge(values, m_rule);
         paint.color = JudgePattern(Lookup(reading, "/Pattern", name), reading.resources, own);
-    } else {
-        paint.color = PageColor::kUndecided;
     }
 }
 
@@ -279,12 +277,12 @@ void PdfContentColor::PaintInlineImage(Reading& reading) {
     if (!reading.tokens.SkipInlineData(isPlain ? size : -1)) reading.Add(PageColor::kUndecided);
 }
 
-PdfContentColor::FormKey PdfContentColor::KeyOf(Handle object, const State& state) {
+PdfContentColor::FormKey PdfContentColor::KeyOf(const Handle& object, const State& state) {
     return {object.getObjGen(),      state.fill.color,          state.stroke.color,
             state.fill.space.Kind(), state.stroke.space.Kind(), state.strokesText};
 }
 
-PageColor PdfContentColor::JudgeForm(Handle form, Handle outerResources, const State& state) {
+PageColor PdfContentColor::JudgeForm(Handle form, const Handle& outerResources, const State& state) {
     Handle resources = form.getDict().getKey("/Resources");
     State inner = state;
     // What a colour in a space of the outside means depends on more than can be kept in a key.
@@ -303,7 +301,7 @@ PageColor PdfContentColor::JudgeForm(Handle form, Handle outerResources, const S
     return color;
 }
 
-PageColor PdfContentColor::JudgeImageObject(Handle image, Handle resources, const State& state) {
+PageColor PdfContentColor::JudgeImageObject(Handle image, const Handle& resources, const State& state) {
     Handle dictionary = image.getDict();
     if (IsTrue(dictionary.getKey("/ImageMask"))) return state.fill.color;
     const auto known = m_images.find(image.getObjGen());
@@ -315,7 +313,7 @@ PageColor PdfContentColor::JudgeImageObject(Handle image, Handle resources, cons
 }
 
 // A tiling pattern is a content stream that begins anew; one of the second kind paints with `ownColor`.
-PageColor PdfContentColor::JudgePattern(Handle pattern, Handle resources, PageColor ownColor) {
+PageColor PdfContentColor::JudgePattern(Handle pattern, const Handle& resources, PageColor ownColor) {
     Handle dictionary = pattern.isStream() ? pattern.getDict() : pattern;
     if (!dictionary.isDictionary()) return PageColor::kUndecided;
     Handle type = dictionary.getKey("/PatternType");
@@ -328,7 +326,7 @@ PageColor PdfContentColor::JudgePattern(Handle pattern, Handle resources, PageCo
     return JudgeForm(pattern, resources, state);
 }
 
-PageColor PdfContentColor::JudgeShading(Handle shading, Handle resources) {
+PageColor PdfContentColor::JudgeShading(Handle shading, const Handle& resources) {
     Handle dictionary = shading.isStream() ? shading.getDict() : shading;
     if (!dictionary.isDictionary()) return PageColor::kUndecided;
     const PdfColorSpace space = SpaceOf(dictionary.getKey("/ColorSpace"), resources);
@@ -339,7 +337,7 @@ PageColor PdfContentColor::JudgeShading(Handle shading, Handle resources) {
 }
 
 // All of them, whichever are shown.
-PageColor PdfContentColor::JudgeGlyphs(Handle font, Handle outerResources, const State& state) {
+PageColor PdfContentColor::JudgeGlyphs(Handle font, const Handle& outerResources, const State& state) {
     Handle glyphs = font.getKey("/CharProcs");
     const FormKey key = KeyOf(font, state);
     if (font.isIndirect() && m_forms.count(key) != 0) return m_forms[key];
@@ -361,7 +359,7 @@ PageColor PdfContentColor::JudgeGlyphs(Handle font, Handle outerResources, const
 }
 
 // Those that have an object number are read once.
-PdfColorSpace PdfContentColor::SpaceOf(Handle object, Handle resources) {
+PdfColorSpace PdfContentColor::SpaceOf(const Handle& object, const Handle& resources) {
     if (!object.isIndirect()) return PdfColorSpace::Read(object, resources, m_rule);
     const auto known = m_spaces.find(object.getObjGen());
     if (known != m_spaces.end()) return known->second;

@@ -24,7 +24,7 @@ public:
 
     // A page's content, or an appearance (a form).
     PageColor JudgePage(QPDFObjectHandle page);
-    PageColor JudgeAppearance(QPDFObjectHandle form);
+    PageColor JudgeAppearance(const QPDFObjectHandle& form);
 
 private:
     using Handle = QPDFObjectHandle;
@@ -60,9 +60,9 @@ private:
     // What a form looks like depends on what it is painted with.
     using FormKey =
         std::tuple<QPDFObjGen, PageColor, PageColor, PdfColorSpace::Family, PdfColorSpace::Family, bool>;
-    static FormKey KeyOf(Handle object, const State& state);
+    static FormKey KeyOf(const Handle& object, const State& state);
 
-    PageColor Read(const std::string& content, Handle resources, const State& state);
+    PageColor Read(const std::string& content, const Handle& resources, const State& state);
     void TakeOperand(Reading& reading, const ContentToken& token);
     void Do(Reading& reading, std::string_view word);
     bool SetColor(Reading& reading, std::string_view word);
@@ -77,12 +77,12 @@ private:
     void PaintObject(Reading& reading);
     void PaintInlineImage(Reading& reading);
 
-    PageColor JudgeForm(Handle form, Handle outerResources, const State& state);
-    PageColor JudgeImageObject(Handle image, Handle resources, const State& state);
-    PageColor JudgePattern(Handle pattern, Handle resources, PageColor ownColor);
-    PageColor JudgeShading(Handle shading, Handle resources);
-    PageColor JudgeGlyphs(Handle font, Handle outerResources, const State& state);
-    PdfColorSpace SpaceOf(Handle object, Handle resources);
+    PageColor JudgeForm(Handle form, const Handle& outerResources, const State& state);
+    PageColor JudgeImageObject(Handle image, const Handle& resources, const State& state);
+    PageColor JudgePattern(Handle pattern, const Handle& resources, PageColor ownColor);
+    PageColor JudgeShading(Handle shading, const Handle& resources);
+    PageColor JudgeGlyphs(Handle font, const Handle& outerResources, const State& state);
+    PdfColorSpace SpaceOf(const Handle& object, const Handle& resources);
     const PdfColorSpace& SpaceNamed(Reading& reading, const std::string& name);
     Handle Lookup(Reading& reading, const char* kind, const std::string& name);
 
@@ -90,7 +90,7 @@ private:
     std::function<bool()> m_isTimeUp;
     int m_depth = 0;
     long long m_tokens = 0;
-    bool m_isOver = false;  // the time was up
+    bool m_isOver = false;        // the time was up
     std::set<QPDFObjGen> m_open;  // forms and fonts that are being read
     std::map<FormKey, PageColor> m_forms;
     std::map<QPDFObjGen, PageColor> m_images;

@@ -17,7 +17,7 @@ namespace {
 constexpr const char* kForScreens[] = {"/Outlines",  "/StructTreeRoot", "/Names",   "/Dests",
                                        "/Threads",   "/OpenAction",     "/AA",      "/Metadata",
                                        "/PieceInfo", "/PageLabels",     "/PageMode"};
-constexpr std::size_t kBufferSize = 256 * 1024;
+constexpr std::size_t kBufferSize = std::size_t{256} * 1024;
 
 // The library's destructors may write too, so that a failure is noted, not thrown.
 class FileTarget : public Pipeline {
