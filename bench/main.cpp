@@ -15,6 +15,7 @@ int main(int argumentCount, char** arguments) {
     quirepress::AddPageWorkloads(workloads);
     quirepress::AddSpoolWorkloads(workloads);
     quirepress::AddStartWorkloads(workloads);
+    quirepress::AddCupsWorkloads(workloads);
 
     const std::vector<std::string> names(arguments + 1, arguments + argumentCount);
     for (const std::string& name : names) {

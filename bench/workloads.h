@@ -7,6 +7,7 @@
 namespace quirepress {
 
 // Each adds the workloads of one subject.
+void AddCupsWorkloads(std::vector<Workload>& workloads);
 void AddListWorkloads(std::vector<Workload>& workloads);
 void AddPageWorkloads(std::vector<Workload>& workloads);
 void AddSpoolWorkloads(std::vector<Workload>& workloads);
