@@ -24,11 +24,16 @@ public:
     FileResult Flush() { return m_output.Flush(); }
 
     void Keep(std::string_view piece, std::string_view line) {
-        if (!m_isWriting && piece.size() == line.size() + kRecordEnd.size()) {
+        const bool isSame = piece.size() == line.size() + kRecordEnd.size();
+        if (isSame && !m_isWriting) {
             m_same += static_cast<std::int64_t>(piece.size());
             return;
         }
         StartWriting();
+        if (isSame) {
+            m_output.Append(piece);
+            return;
+        }
         m_output.Append(line);
         m_output.Append(kRecordEnd);
     }
