@@ -12,6 +12,7 @@ int main(int argumentCount, char** arguments) {
     using quirepress::Workload;
     std::vector<Workload> workloads;
     quirepress::AddListWorkloads(workloads);
+    quirepress::AddLogWorkloads(workloads);
     quirepress::AddPageWorkloads(workloads);
     quirepress::AddSpoolWorkloads(workloads);
     quirepress::AddStartWorkloads(workloads);

@@ -9,6 +9,7 @@ namespace quirepress {
 // Each adds the workloads of one subject.
 void AddCupsWorkloads(std::vector<Workload>& workloads);
 void AddListWorkloads(std::vector<Workload>& workloads);
+void AddLogWorkloads(std::vector<Workload>& workloads);
 void AddPageWorkloads(std::vector<Workload>& workloads);
 void AddSpoolWorkloads(std::vector<Workload>& workloads);
 void AddStartWorkloads(std::vector<Workload>& workloads);
