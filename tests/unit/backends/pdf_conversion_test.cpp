@@ -78,7 +78,7 @@ TEST_F(PdfConversionTest, TakesNamesAsTheyAre) {
 TEST_F(PdfConversionTest, FilesOfOneNameDoNotTakeEachOthersPlace) {
     const std::string first = Write("one/a.doc", "first");
     const std::string second = Write("two/A.doc", "second");
-    const std::string third = Write("a.odt", "third");
+    const std::string third = Write("a.html", "third");
     ExpectMade(Convert(first, {second, third}), "first");
     ExpectMade(Convert(second, {third}), "second");
     ExpectMade(Convert(third), "third");
