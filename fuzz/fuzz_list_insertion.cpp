@@ -29,6 +29,11 @@ public:
         return target;
     }
     bool IsShortcut(std::string_view path) override { return EndsWith(path, ".lnk"); }
+    std::string TypeOfFile(std::string_view) override { return {}; }
+    bool FindPrintCommand(std::string_view, RegisteredCommand&) override { return false; }
+    bool FindPhotoCommand(std::string_view, std::string_view, RegisteredCommand&) override { return false; }
+    std::string FindProgram(std::string_view) override { return {}; }
+    std::vector<std::string> ScriptCommand(std::string_view) override { return {}; }
 
 private:
     Files& m_files;
