@@ -57,7 +57,7 @@ constexpr std::array<CodeText, 20> kCodeTexts = {{
     {CURLE_SSL_CONNECT_ERROR, "no encrypted connection could be made"},
     {CURLE_TOO_MANY_REDIRECTS, "the server sends from one address to the next without end"},
     {CURLE_GOT_NOTHING, "the server ended the connection without an answer"},
-    {CURLE_SEND_ERROR, "the server did not take the message, or the connection broke"},
+    {CURLE_SEND_ERROR, "the connection broke"},
     {CURLE_RECV_ERROR, "the connection broke"},
     {CURLE_PEER_FAILED_VERIFICATION, "the server's certificate is not trusted"},
     {CURLE_USE_SSL_FAILED, "the server offers no encryption"},
@@ -180,11 +180,13 @@ std::size_t Transfer::TakeReply(char* bytes, std::size_t size, std::size_t count
 }
 
 std::string Transfer::FailureText() const {
-    std::string text = DescribeCode(m_code);
+    // Where a refusal was answered, some codes say no more than that something went wrong.
+    const bool isRefused = IsRefusal(m_lastReply);
+    const bool isVague = m_code == CURLE_SEND_ERROR || m_code == CURLE_WEIRD_SERVER_REPLY;
+    std::string text = isRefused && isVague ? "the server refuses it" : DescribeCode(m_code);
     const std::string detail = ToPrintableLine(m_errorText.data());
     if (!detail.empty()) text += " (" + detail + ")";
-    if (IsRefusal(m_lastReply))
-        text += ": \"" + ToPrintableLine(CutToSize(m_lastReply, kLongestReply)) + "\"";
+    if (isRefused) text += ": \"" + ToPrintableLine(CutToSize(m_lastReply, kLongestReply)) + "\"";
     return text;
 }
 

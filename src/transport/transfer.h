@@ -45,7 +45,6 @@ public:
 
     // Why the last exchange failed, for the user; the server's own words included.
     std::string FailureText() const;
-    int FailureCode() const { return m_code; }  // the library's number
 
 private:
     static std::size_t TakeReply(char* bytes, std::size_t size, std::size_t count, void* transfer);

@@ -6,7 +6,10 @@
 #include <sys/stat.h>
 
 #include <array>
+#include <atomic>
+#include <chrono>
 #include <nlohmann/json.hpp>
+#include <thread>
 
 #include "fakes/surroundings.h"
 #include "platform/clock.h"
@@ -58,6 +61,7 @@ protected:
     TransferLimits m_limits = {20'000, 20, 60'000};
     std::string m_trusted;
     int m_interrupts = 0;
+    std::atomic<bool> m_isGivenUp = false;
 };
 
 TEST_F(CurlMailSenderTest, AMessageArrivesAsItWasWritten) {
@@ -113,7 +117,8 @@ TEST_F(CurlMailSenderTest, MessagesShareAConnectionAndARefusalEndsItsOwn) {
     EXPECT_EQ(Received(server, 1)["connection"], Received(server, 2)["connection"]);
     message.recipient = "nobody@example.org";
     EXPECT_FALSE(manager->Send(message));
-    EXPECT_THAT(manager->FailureText(), HasSubstr("550 5.1.1 There is no such user"));
+    EXPECT_THAT(manager->FailureText(),
+                HasSubstr("the server refuses it (RCPT failed: 550): \"550 5.1.1 There is no such user\""));
     message.recipient = "office@example.org";
     EXPECT_TRUE(manager->Send(message)) << manager->FailureText();
     EXPECT_EQ(Received(server, 3)["recipients"].size(), 1U);
@@ -172,13 +177,16 @@ class SilentMailServer {
 public:
     explicit SilentMailServer(int answers)
         : m_server([answers](int socket) {
-              for (int i = 0; i < answers; ++i) {
-                  LoopbackServer::Say(socket, kAnswers.at(static_cast<std::size_t>(i)));
-                  if (i + 1 < answers) ReadUpTo(socket, i == kDataAnswer ? "\r\n.\r\n" : "\r\n");
-              }
+              Converse(socket, answers);
               LoopbackServer::Swallow(socket);
           }) {}
     int Port() const { return m_server.Port(); }
+    static void Converse(int socket, int answers) {
+        for (int i = 0; i < answers; ++i) {
+            LoopbackServer::Say(socket, kAnswers.at(static_cast<std::size_t>(i)));
+            if (i + 1 < answers) ReadUpTo(socket, i == kDataAnswer ? "\r\n.\r\n" : "\r\n");
+        }
+    }
 
     static constexpr std::array<const char*, 7> kAnswers = {
         "220 mail.test\r\n", "250 mail.test\r\n", "250 sender\r\n",    "250 recipient\r\n",
@@ -221,6 +229,26 @@ TEST_F(CurlMailSenderTest, StopsWhenTheUserWantsItTo) {
     EXPECT_FALSE(manager->Send(Message()));
     EXPECT_EQ(manager->FailureText(), "it was stopped");
     EXPECT_LT(m_system.loop->MonotonicMilliseconds() - start, 5'000);
+}
+
+TEST_F(CurlMailSenderTest, AMessageThatIsGivenUpIsNeverEnded) {
+    std::string received;
+    {
+        const LoopbackServer server([this, &received](int socket) {
+            SilentMailServer::Converse(socket, SilentMailServer::kDataAnswer + 1);
+            while (!m_isGivenUp) std::this_thread::sleep_for(std::chrono::milliseconds(10));
+            std::array<char, 65536> bytes = {};
+            for (ssize_t count = 0; (count = recv(socket, bytes.data(), bytes.size(), 0)) > 0;)
+                received.append(bytes.data(), static_cast<std::size_t>(count));
+        });
+        m_system.loop->StartTimer(1, 300, [this] { ++m_interrupts; });
+        MailMessage message = Message();
+        message.body = std::string(15 << 20, 'x');  // more than the connection takes before it is read
+        EXPECT_FALSE(Open(server.Port())->Send(message));
+        m_isGivenUp = true;
+    }
+    EXPECT_THAT(received, HasSubstr("Subject: Subject"));
+    EXPECT_EQ(received.find("\r\n.\r\n"), std::string::npos);
 }
 
 }  // namespace
