@@ -8,7 +8,9 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
+#include <filesystem>
 #include <optional>
+#include <system_error>
 
 #include "platform/linux/descriptor.h"
 #include "platform/linux/make_services.h"
@@ -44,6 +46,24 @@ std::vector<char*> PointersTo(std::vector<std::string>& texts) {
     for (std::string& text : texts) pointers.push_back(text.data());
     pointers.push_back(nullptr);
     return pointers;
+}
+
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define QUIREPRESS_RESERVES_ADDRESSES
+#endif
+#elif defined(__SANITIZE_ADDRESS__)
+#define QUIREPRESS_RESERVES_ADDRESSES
+#endif
+
+// The address sanitizer reserves terabytes at the start: a program that is built with it could never start
+// itself under a limit.
+std::int64_t AddressLimit(const ProcessRequest& request) {
+#ifdef QUIREPRESS_RESERVES_ADDRESSES
+    std::error_code failure;
+    if (std::filesystem::equivalent(request.arguments.front(), "/proc/self/exe", failure)) return 0;
+#endif
+    return request.memoryLimit;
 }
 
 // This program's environment with the request's additions, as "NAME=VALUE".
@@ -237,7 +257,7 @@ private:
         order.arguments = argumentPointers.data();
         order.environment = environmentPointers.data();
         order.folder = request.folder.empty() ? nullptr : request.folder.c_str();
-        order.memoryLimit = request.memoryLimit;
+        order.memoryLimit = AddressLimit(request);
         order.input = input.readEnd.Value();
         order.output = output.writeEnd.Value();
         order.errors = errors.writeEnd.Value();
