@@ -26,7 +26,7 @@ struct RestoreRequest {
 };
 
 const char* StateOf(const CutOffRun& run, int row) {
-    if (row == run.rowAtWork) return "unknown";
+    if (IsOfUnknownOutcome(run, row)) return "unknown";
     const CutOffRun::Row& at = run.rows[static_cast<std::size_t>(row)];
     if (at.texts[kColumnSelected] != "Yes") return "not selected";
     return at.mark.pass >= run.copy ? "finished" : "waiting";
@@ -40,7 +40,6 @@ void ShowCutOffRun(Context& context, Application& application, const CutOffRun& 
     for (int row = 0; row < list.RowCount(); ++row) {
         const std::string state = StateOf(run, row);
         if (state == "waiting") ++waiting;
-        if (state == "unknown") list.SetText(row, kColumnStatus, kStatusUnknown);
         rows[static_cast<std::size_t>(row)]["state"] = state;
     }
     if (context.WantsJson()) {

@@ -63,16 +63,10 @@ void RunWalk::TakeUpCutOffRun(const CutOffRun& cutOff) {
     PrintList& list = m_services.list;
     m_progress.copy = cutOff.copy - 1;
     for (int row = 0; row < list.RowCount(); ++row) {
-        RunMark& mark = list.MarkOf(row);
+        const RunMark& mark = list.MarkOf(row);
         const std::string path(list.Text(row, kColumnFilename));
         const bool isSetting = KindOfItem(path) == ItemKind::kCommand && PrinterSelection::TakesItem(path);
-        // A setting that was at work just gets its turn again.
-        if (row == cutOff.rowAtWork && !isSetting) {
-            list.SetText(row, kColumnStatus, kStatusUnknown);
-            mark.pass = cutOff.copy;
-            mark.outcome = RowOutcome::kFailed;
-            RecordError(path, std::string(kStatusUnknown));
-        }
+        if (IsOfUnknownOutcome(cutOff, row)) RecordError(path, std::string(kStatusUnknown));
         CountRows(mark.outcome, 1);
         // The printer, its tray and its paper are those that the rows above have set.
         if (isSetting && IsTicked(row) && mark.pass == cutOff.copy) m_services.selection.ApplyItem(path);

@@ -5,11 +5,13 @@
 #include <optional>
 #include <utility>
 
+#include "backends/printer_selection.h"
 #include "base/escaped_text.h"
 #include "base/format.h"
 #include "base/numbers.h"
 #include "base/text.h"
 #include "core/print_list.h"
+#include "core/print_run_ways.h"
 #include "platform/file_tools.h"
 #include "platform/files.h"
 
@@ -122,12 +124,24 @@ void ReadJournal(Fields& lines, CutOffRun& run) {
 
 }  // namespace
 
+bool IsOfUnknownOutcome(const CutOffRun& cutOff, int row) {
+    if (row != cutOff.rowAtWork) return false;
+    const std::string& path = cutOff.rows[static_cast<std::size_t>(row)].texts[kColumnFilename];
+    return KindOfItem(path) != ItemKind::kCommand || !PrinterSelection::TakesItem(path);
+}
+
 void PutRowsBack(PrintList& list, const CutOffRun& cutOff) {
     list.Clear();
     for (const CutOffRun::Row& row : cutOff.rows) {
         ColumnTexts texts;
         std::copy(row.texts.begin(), row.texts.end(), texts.begin());
-        list.AppendRow(texts, row.mark);
+        RunMark mark = row.mark;
+        if (IsOfUnknownOutcome(cutOff, list.RowCount())) {
+            texts[kColumnStatus] = kStatusUnknown;
+            mark.pass = cutOff.copy;
+            mark.outcome = RowOutcome::kFailed;
+        }
+        list.AppendRow(texts, mark);
     }
 }
 

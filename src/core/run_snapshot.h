@@ -31,7 +31,11 @@ struct CutOffRun {
 
 constexpr std::string_view kSnapshotFailed = "Can't write to SnapshotRestore.List file.";
 
-// The rows of the list are those of the run, from here on.
+// Nobody can tell whether this row came out. A setting that was at work just gets its turn again.
+bool IsOfUnknownOutcome(const CutOffRun& cutOff, int row);
+
+// The rows of the list are those of the run, from here on. What is of unknown outcome is said to be so, and
+// has had its turn: a snapshot of this list keeps it, however often the run is cut off.
 void PutRowsBack(PrintList& list, const CutOffRun& cutOff);
 
 enum class SnapshotResult { kLoaded, kNone, kInUse, kDamaged };

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <map>
 
+#include "core/print_run_ways.h"
 #include "fakes/halting_files.h"
 #include "unit/core/print_run_fixture.h"
 
@@ -120,6 +121,32 @@ TEST_F(RunSnapshotTest, WhereverItIsCutOffNoRowIsDoneTwiceOrForgotten) {
         }
     }
     EXPECT_GT(halts, 60);
+}
+
+TEST_F(RunSnapshotTest, WhatNobodyCanTellStaysSoWhenTheRestoredRunIsCutOffToo) {
+    MakeRows();
+    const std::string here = WithTrailingSeparator(folder.Path());
+    for (const int atWork : {1, 4}) {
+        AddFile("upper.tra");
+        CutOffRun cutOff;
+        {
+            RunSnapshot first(files, here);
+            ASSERT_TRUE(first.Create(list, "Laser", 2, 1));
+            EXPECT_TRUE(first.NoteBegun(list, atWork, 2));
+        }
+        ASSERT_EQ(Load(cutOff), SnapshotResult::kLoaded);
+        ASSERT_EQ(cutOff.rowAtWork, atWork);
+        PutRowsBack(list, cutOff);
+        { ASSERT_TRUE(RunSnapshot(files, here).Create(list, "Laser", 2, 2)); }
+        ASSERT_EQ(Load(cutOff), SnapshotResult::kLoaded);
+        const bool isSetting = atWork == 4;  // it just gets its turn again
+        EXPECT_EQ(cutOff.rows[atWork].mark.pass, isSetting ? 1 : 2);
+        EXPECT_EQ(cutOff.rows[atWork].mark.outcome,
+                  isSetting ? RowOutcome::kNotSelected : RowOutcome::kFailed);
+        EXPECT_EQ(cutOff.rows[atWork].texts[kColumnStatus] == kStatusUnknown, !isSetting);
+        EXPECT_EQ(cutOff.rows[2].mark.pass, 0);
+        list.RemoveRow(4);
+    }
 }
 
 TEST_F(RunSnapshotTest, RefusesWhatIsNotWhole) {
