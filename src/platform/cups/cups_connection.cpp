@@ -205,7 +205,7 @@ bool CupsConnection::ReadBody(std::string& body) {
     ssize_t count = 0;
     while (body.size() < kMostAnswered && (count = httpRead2(m_http, piece.data(), piece.size())) > 0)
         body.append(piece.data(), static_cast<std::size_t>(count));
-    return count == 0;
+    return count == 0 && httpGetState(m_http) == HTTP_STATE_WAITING;  // else it was cut short
 }
 
 int CupsConnection::Break(CupsFailure& failure) {

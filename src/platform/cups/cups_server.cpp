@@ -63,8 +63,10 @@ void CupsServer::GiveBack(std::unique_ptr<CupsConnection> connection) {
 }
 
 bool CupsServer::Judge(ipp_t* answer, CupsFailure& failure) {
-    m_isMissed = answer == nullptr && failure.number < IPP_STATUS_ERROR_BAD_REQUEST &&
-                 failure.number != CupsFailure::kPassword;
+    const bool hasAnswered = answer != nullptr || failure.number >= IPP_STATUS_ERROR_BAD_REQUEST ||
+                             failure.number == CupsFailure::kPassword;
+    // A connection that ends is how a restart begins: the next call waits for it to be over.
+    if (hasAnswered || failure.number != CupsFailure::kBroke) m_isMissed = !hasAnswered;
     if (answer == nullptr) return false;
     const ipp_status_t status = ippGetStatusCode(answer);
     if (status <= IPP_STATUS_OK_CONFLICTING) return true;
