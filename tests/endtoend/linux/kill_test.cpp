@@ -1,0 +1,211 @@
+#include <gtest/gtest.h>
+#include <stdlib.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <map>
+#include <random>
+
+#include "base/format.h"
+#include "base/numbers.h"
+#include "base/text.h"
+#include "platform/clock.h"
+#include "platform/cups/open_cups_spooler.h"
+#include "platform/event_loop.h"
+#include "platform/files.h"
+#include "platform/spooler.h"
+#include "qpr_program.h"
+#include "rig/private_cups.h"
+
+namespace quirepress {
+namespace {
+
+constexpr int kDocuments = 200;
+constexpr int kUsualRounds = 10;  // $QUIREPRESS_KILL_ROUNDS for more of them
+constexpr const char* kQueue = "Office";
+constexpr const char* kUnknown = "Error - Unknown whether";
+
+// When a program, or the server, or both, are ended without a warning.
+struct Moment {
+    int documents = 0;     // so many have reached the queue
+    int microseconds = 0;  // and so much time has gone by since
+    bool endsProgram = false;
+    bool endsServer = false;
+};
+
+// Memory keeps what a program has written as well as a disk does, when nothing but programs ends, and nobody
+// waits for it.
+class MemoryDisk {
+public:
+    MemoryDisk() {
+        constexpr const char* kFolder = "/dev/shm";
+        if (m_was == nullptr && access(kFolder, W_OK) == 0) setenv("TMPDIR", kFolder, 1);
+    }
+    ~MemoryDisk() {
+        if (m_was == nullptr) unsetenv("TMPDIR");
+    }
+    MemoryDisk(const MemoryDisk&) = delete;
+    MemoryDisk& operator=(const MemoryDisk&) = delete;
+
+private:
+    const char* m_was = std::getenv("TMPDIR");
+};
+
+// What the queue has of a document, and what was said about it.
+struct Fate {
+    int jobs = 0;
+    std::string status;
+};
+
+// Both go on from what they have left on the disk. The queue is paused, so that no job is at work when the
+// server ends: it would print that one again by itself.
+class KillTest : public testing::Test {
+protected:
+    KillTest() {
+        m_cups.UseHere();
+        m_cups.AddDriverQueue(kQueue);
+        m_cups.Pause(kQueue);
+        for (const char* key : {"SNAPSHOTRESTORE", "ERRORLOG", "ONERRORPRINTONEMORETIME"})
+            EXPECT_EQ(Run({"settings", "set", "general", key}).exitCode, 0) << key;
+        for (int i = 0; i < kDocuments; ++i) MakeDocument(i);
+    }
+
+    static bool IsLarge(int number) { return number == 25 || number == 175; }
+
+    // Such as go out as they are, and such as the server makes pages of.
+    void MakeDocument(int number) {
+        const char* ending = number % 4 == 3 ? ".png" : ".ps";
+        const std::string name = Format("%3.3d", number) + ending;
+        std::string bytes = "%!PS\n" + name;
+        if (IsLarge(number)) bytes.append(std::size_t{5} << 20, 'x');
+        m_documents.push_back(m_qpr.m_work.Write(name, bytes));
+        m_contents[m_documents.back()] = std::move(bytes);
+    }
+
+    std::unique_ptr<ChildProcess> Start(std::vector<std::string> arguments) {
+        const std::vector<std::string> start = {"--home", m_qpr.m_home.Path(), "--spooler", "cups", "--json"};
+        arguments.insert(arguments.begin(), start.begin(), start.end());
+        return m_qpr.Start(std::move(arguments));
+    }
+
+    ProgramResult Run(std::vector<std::string> arguments) {
+        const auto program = Start(std::move(arguments));
+        return program ? m_qpr.Finish(*program) : ProgramResult();
+    }
+
+    Moment ChooseMoment(int round) {
+        const auto below = [this](unsigned limit) { return static_cast<int>(m_random() % limit); };
+        Moment moment{1 + below(kDocuments - 10), below(8'000)};
+        if (round % 4 == 3) moment.documents = below(2) == 0 ? 25 : 175;  // while a large one goes out
+        const int victims = round % 5;  // two rounds for each, and one for both
+        moment.endsProgram = victims != 1 && victims != 3;
+        moment.endsServer = victims == 1 || victims >= 3;
+        return moment;
+    }
+
+    int CountSpooled() const {
+        std::vector<FolderEntry> entries;
+        m_qpr.m_services.files->ListFolder(m_cups.Folder().PathOf("spool"), entries);
+        return static_cast<int>(std::count_if(entries.begin(), entries.end(),
+                                              [](const FolderEntry& entry) { return entry.name[0] == 'd'; }));
+    }
+
+    // False when the program ended before.
+    bool EndAt(const Moment& moment, ChildProcess& program) {
+        EventLoop& loop = *m_qpr.m_services.loop;
+        while (program.IsRunning() && CountSpooled() < moment.documents) loop.Wait(1);
+        const auto until = std::chrono::steady_clock::now() + std::chrono::microseconds(moment.microseconds);
+        while (std::chrono::steady_clock::now() < until) loop.Pump();
+        const bool wasRunning = program.IsRunning();
+        if (moment.endsProgram) program.EndTree();
+        if (moment.endsServer) {
+            m_cups.Kill();
+            EXPECT_TRUE(m_cups.Start()) << m_cups.ErrorLog();
+        }
+        return wasRunning;
+    }
+
+    // The list is printed, whatever happens meanwhile; answers the last words of the program.
+    ProgramResult PrintThrough(const Moment& moment) {
+        std::vector<std::string> arguments = {"print", "--printer", kQueue};
+        arguments.insert(arguments.end(), m_documents.begin(), m_documents.end());
+        const auto program = Start(std::move(arguments));
+        EXPECT_TRUE(EndAt(moment, *program)) << "there was nothing to end any more";
+        if (!moment.endsProgram) return m_qpr.Finish(*program);
+        // What takes the run up again may end in the same way.
+        const auto restore = Start({"restore", "--print"});
+        const bool isEnded = EndAt({moment.documents + 5, moment.microseconds, true, false}, *restore);
+        return isEnded ? Run({"restore", "--print"}) : m_qpr.Finish(*restore);
+    }
+
+    std::map<std::string, Fate> FatesOf(const nlohmann::json& said) {
+        std::map<std::string, Fate> fates;
+        if (said.contains("rows")) {
+            for (const auto& row : said["rows"]) fates[row["columns"][1]].status = row["columns"][3];
+        } else {
+            // It had come to its end before it was ended, so that there was nothing to restore.
+            const std::string errors = m_qpr.m_home.Read("error.log");
+            for (const std::string& document : m_documents)
+                fates[document].status = Contains(errors, document) ? kUnknown : "Done";
+        }
+        std::string message;
+        const Services& services = m_qpr.m_services;
+        const auto spooler =
+            OpenCupsSpooler(*services.files, *services.loop, *services.clock, CupsNeed::kServer, message);
+        std::vector<JobInfo> jobs;
+        EXPECT_TRUE(spooler && spooler->ListJobs(kQueue, jobs) == 0) << message;
+        for (const JobInfo& job : jobs) {
+            ++fates[job.document].jobs;
+            const std::string data = "spool/d" + Format("%5.5d", static_cast<int>(job.id)) + "-001";
+            EXPECT_TRUE(m_cups.Folder().Read(data) == m_contents[job.document]) << job.document;
+        }
+        return fates;
+    }
+
+    // Answers how many are known by name only.
+    int CheckFates(std::map<std::string, Fate> fates) {
+        int unknown = 0;
+        for (const std::string& document : m_documents) {
+            const Fate& fate = fates[document];
+            const bool isUnknown = StartsWith(fate.status, kUnknown);
+            EXPECT_LE(fate.jobs, 1) << document << " came out twice; " << fate.status;
+            EXPECT_TRUE(fate.jobs == 1 || isUnknown) << document << " is missing; " << fate.status;
+            EXPECT_TRUE(isUnknown || fate.status == "Done") << document << " came out as " << fate.status;
+            unknown += isUnknown ? 1 : 0;
+        }
+        return unknown;
+    }
+
+    MemoryDisk m_disk;
+    QprProgram m_qpr;
+    PrivateCups m_cups{m_qpr.m_services, {.dirtyCleanInterval = 0}};
+    std::mt19937 m_random{20};
+    std::vector<std::string> m_documents;
+    std::map<std::string, std::string> m_contents;
+};
+
+TEST_F(KillTest, WhateverEndsInTheMiddleOfAListEachDocumentComesOutOnceOrIsNamed) {
+    const char* wanted = std::getenv("QUIREPRESS_KILL_ROUNDS");
+    const int rounds = wanted != nullptr ? ParseLong(wanted) : kUsualRounds;
+    int unknown = 0;
+    for (int round = 0; round < rounds && !HasFailure(); ++round) {
+        const Moment moment = ChooseMoment(round);
+        SCOPED_TRACE(Format("round %d: after %d documents and %d us, program %d, server %d", round,
+                            moment.documents, moment.microseconds, moment.endsProgram, moment.endsServer));
+        const ProgramResult last = PrintThrough(moment);
+        const int now = CheckFates(FatesOf(last.Json()));
+        EXPECT_LE(now, 3) << "no more than were at work";
+        EXPECT_EQ(last.exitCode, now == 0 || !last.Json().contains("rows") ? 0 : 1)
+            << m_qpr.m_home.Read("error.log");
+        unknown += now;
+        EXPECT_EQ(Run({"restore"}).Json()["message"], "There is no run to restore.");
+        m_qpr.m_services.files->Erase(m_qpr.m_home.PathOf("error.log"));
+        m_cups.RunTool({"cancel", "-a", "-x", kQueue});
+    }
+    RecordProperty("named_as_unknown", unknown);
+}
+
+}  // namespace
+}  // namespace quirepress
