@@ -118,4 +118,14 @@ BalancedSet ParseBalancedPrinters(std::string_view text, const BalanceOptions& o
     return allowed;
 }
 
+std::string TextOfBalancedPrinters(const BalanceOptions& options) {
+    std::string text;
+    for (std::size_t i = 0; i < options.m_printers.size(); ++i) {
+        if (options.m_printers[i].name.empty()) continue;
+        if (!text.empty()) text += ',';
+        text += std::to_string(i + 1);  // a name may hold the separators
+    }
+    return text;
+}
+
 }  // namespace quirepress

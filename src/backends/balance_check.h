@@ -18,5 +18,7 @@ using BalancedSet = std::bitset<kBalancedPrinters>;
 // The printers that a row's column "Balanced Printers" allows: numbers or names, separated by ",", or ";".
 // All of them for a blank text; none when nothing in it names one.
 BalancedSet ParseBalancedPrinters(std::string_view text, const BalanceOptions& options);
+// Such a text for all printers that the options name; empty when they name none.
+std::string TextOfBalancedPrinters(const BalanceOptions& options);
 
 }  // namespace quirepress

@@ -28,14 +28,38 @@ bool NamesFile(std::string_view path) {
     return kind == ItemKind::kDocument || (kind == ItemKind::kCommand && TitleOf(path) != path);
 }
 
+// Into all rows, or the selected ones, as the user wants it.
+int WriteColumn(PrintList& list, Prompts& prompts, const SelectedRows& selected, std::string_view title,
+                Column column, std::string_view text) {
+    const bool isForAll = prompts.AskYesNo(title, "Do you want to apply to all in list?", false);
+    const std::vector<int> rows = isForAll ? AllRows(list) : selected();
+    for (const int row : rows) list.SetText(row, column, text);
+    prompts.ShowStatus("Done");
+    return static_cast<int>(rows.size());
+}
+
+int WriteBalancedPrinters(PrintList& list, Prompts& prompts, const SelectedRows& selected,
+                          std::string_view title, std::string_view printers) {
+    if (list.RowCount() == 0) {
+        prompts.ShowBox(title, "Please add some files to list first!");
+        return 0;
+    }
+    return WriteColumn(list, prompts, selected, title, kColumnBalancedPrinters, printers);
+}
+
 }  // namespace
 
 int MoveToCommand(PrintList& list, Prompts& prompts, const SelectedRows& selected, std::string_view moveTo) {
-    const bool isForAll = prompts.AskYesNo("MoveTo", "Do you want to apply to all in list?", false);
-    const std::vector<int> rows = isForAll ? AllRows(list) : selected();
-    for (const int row : rows) list.SetText(row, kColumnMoveTo, moveTo);
-    prompts.ShowStatus("Done");
-    return static_cast<int>(rows.size());
+    return WriteColumn(list, prompts, selected, "MoveTo", kColumnMoveTo, moveTo);
+}
+
+int LoadBalancingCommand(PrintList& list, Prompts& prompts, const SelectedRows& selected,
+                         std::string_view printers) {
+    return WriteBalancedPrinters(list, prompts, selected, "Printer Load Balancing", printers);
+}
+
+int LoadBalancingClearCommand(PrintList& list, Prompts& prompts, const SelectedRows& selected) {
+    return WriteBalancedPrinters(list, prompts, selected, "Printer Load Balancing Clear", {});
 }
 
 int RePathCommand(PrintList& list, Prompts& prompts, const SelectedRows& selected, std::string_view folder) {

@@ -20,4 +20,11 @@ int MoveToCommand(PrintList& list, Prompts& prompts, const SelectedRows& selecte
 // Rows that name no file stay as they are. Answers how many rows were changed. May pump.
 int RePathCommand(PrintList& list, Prompts& prompts, const SelectedRows& selected, std::string_view folder);
 
+// "Printer Load Balancing": asks whether all rows are meant, and lets them, else the selected ones, go to the
+// printers of this text, as ParseBalancedPrinters reads it; the second one takes it from them again. An empty
+// list is told to the user. Answers how many rows were meant. May pump.
+int LoadBalancingCommand(PrintList& list, Prompts& prompts, const SelectedRows& selected,
+                         std::string_view printers);
+int LoadBalancingClearCommand(PrintList& list, Prompts& prompts, const SelectedRows& selected);
+
 }  // namespace quirepress

@@ -117,6 +117,9 @@ TEST(ParseBalancedPrinters, TakesNumbersAndNames) {
                                                                     {"99999999999999999999", "0000000000"}};
     for (const auto& [text, bits] : cases)
         EXPECT_EQ(ParseBalancedPrinters(text, options).to_string(), bits) << text;
+    options.m_printers[9].name = "a, b";
+    EXPECT_EQ(TextOfBalancedPrinters(options), "1,2,3,5,6,10");
+    EXPECT_EQ(TextOfBalancedPrinters({}), "");
 }
 
 }  // namespace

@@ -48,6 +48,27 @@ TEST_F(ListCommandsTest, PutsTheFilesOfTheRowsElsewhere) {
     EXPECT_EQ(m_prompts.questions.at(0).text, "Do you want to change selected only ?");
 }
 
+TEST_F(ListCommandsTest, LetsRowsBeSpreadOverPrintersAndTakesItBack) {
+    EXPECT_EQ(LoadBalancingCommand(m_list, m_prompts, m_second, "1,3"), 0);
+    EXPECT_EQ(LoadBalancingClearCommand(m_list, m_prompts, m_second), 0);
+    ASSERT_EQ(m_prompts.boxes.size(), 2U);
+    EXPECT_EQ(m_prompts.boxes[0].title, "Printer Load Balancing");
+    EXPECT_EQ(m_prompts.boxes[1].title, "Printer Load Balancing Clear");
+    for (const auto& box : m_prompts.boxes) EXPECT_EQ(box.text, "Please add some files to list first!");
+    EXPECT_TRUE(m_prompts.questions.empty());
+
+    for (const char* path : {"/in/a.ps", "/in/b.ps", "/in/c.ps"}) Insert(path);
+    EXPECT_EQ(LoadBalancingCommand(m_list, m_prompts, m_second, "2"), 1);
+    EXPECT_EQ(Texts(kColumnBalancedPrinters), (TextList{"", "2", ""}));
+    m_prompts.AnswerNext(true);
+    EXPECT_EQ(LoadBalancingCommand(m_list, m_prompts, m_second, "1,3"), 3);
+    EXPECT_EQ(Texts(kColumnBalancedPrinters), TextList(3, "1,3"));
+    EXPECT_EQ(LoadBalancingClearCommand(m_list, m_prompts, m_second), 1);
+    EXPECT_EQ(Texts(kColumnBalancedPrinters), (TextList{"1,3", "", "1,3"}));
+    EXPECT_EQ(m_prompts.questions.at(2).title, "Printer Load Balancing Clear");
+    EXPECT_EQ(m_prompts.questions.at(2).text, "Do you want to apply to all in list?");
+}
+
 // The selection is that of the list as it is when the user has answered.
 TEST_F(ListCommandsTest, BearsAListThatShrinksWhileTheUserIsAsked) {
     for (const char* path : {"/in/a.ps", "/in/b.ps"}) Insert(path);
