@@ -68,6 +68,7 @@ Application::Application(Services& services, Prompts& userPrompts, ApplicationRe
     m_snapshot = std::make_unique<RunSnapshot>(files, m_request.workingFolder);
     LoadGeneralOptions(m_options, Settings(), m_services.machine->Family(), m_request.unattended);
     MakeNotifications();
+    LoadBalanceOptions(m_balanceOptions, Settings());
     LoadColorPrinterOptions(m_colorOptions, Settings());
     m_pageRenderer = std::make_unique<PageRenderer>(*m_services.processes, *m_services.loop, files);
     m_pageColors = std::make_unique<PageColors>(*m_pdfWorker, *m_pageRenderer, *m_services.loop, files,

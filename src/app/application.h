@@ -76,6 +76,8 @@ public:
     Services& System() { return m_services; }
     Prompts& UserPrompts() { return *m_prompts; }
     GeneralOptions& Options() { return m_options; }
+    const BalanceOptions& BalancedPrinters() const { return m_balanceOptions; }
+    const ColorPrinterOptions& ColorPrinters() const { return m_colorOptions; }
     DebugLog& Debug() { return *m_debugLog; }
     ErrorLog& Errors() { return *m_errorLog; }
     PdfCounter& PdfPages() { return *m_pdfCounter; }
@@ -94,8 +96,6 @@ public:
     PrinterSelection& Selection() { return *m_selection; }
     QueueWatch& Watch() { return *m_watch; }
     PrinterBalance& Balance() { return *m_balance; }
-    const BalanceOptions& BalancedPrinters() const { return m_balanceOptions; }
-    const ColorPrinterOptions& ColorPrinters() const { return m_colorOptions; }
 
 private:
     void OpenCups(bool wasNamed, std::string& message);

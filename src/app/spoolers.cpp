@@ -46,7 +46,6 @@ int Application::OpenSpooler(std::string_view name, bool& wasNamed, std::string&
 void Application::MakeRun() {
     Files& files = *m_services.files;
     EventLoop& loop = *m_services.loop;
-    LoadBalanceOptions(m_balanceOptions, Settings());
     m_colorSplit = std::make_unique<ColorSplit>(*m_pageColors, *m_pdfWorker, files);
     m_directPrinter = std::make_unique<DirectPrinter>(*m_spooler, files, loop, *m_debugLog);
     m_selection = std::make_unique<PrinterSelection>(PrinterSelectionServices{

@@ -7,8 +7,6 @@
 #include "base/text.h"
 #include "console/commands.h"
 #include "console/context.h"
-#include "platform/spooler.h"
-#include "settings/balance_options.h"
 
 namespace quirepress {
 
@@ -17,11 +15,8 @@ namespace {
 int ChoosePrinter(Context& context, const std::string& allowed) {
     Application* application = context.OpenApplicationWithSpooler();
     if (application == nullptr) return kExitNoPrinter;
-    BalanceOptions options;
-    LoadBalanceOptions(options, application->Settings());
-    PrinterBalance balance(application->PrintSpooler(), *application->System().loop,
-                           application->UserPrompts(), application->Debug(), options);
-    const BalanceChoice choice = balance.Choose(ParseBalancedPrinters(allowed, options));
+    const BalanceChoice choice =
+        application->Balance().Choose(ParseBalancedPrinters(allowed, application->BalancedPrinters()));
     if (context.WantsJson()) {
         nlohmann::json printer = nullptr;
         if (choice.index != 0) printer = ToUtf8ForDisplay(choice.printer);
@@ -38,9 +33,7 @@ int ChoosePrinter(Context& context, const std::string& allowed) {
 int CheckBalance(Context& context) {
     Application* application = context.OpenApplication();
     if (application == nullptr) return kExitNotAllDone;
-    BalanceOptions options;
-    LoadBalanceOptions(options, application->Settings());
-    const std::vector<std::string> messages = CheckBalanceOptions(options);
+    const std::vector<std::string> messages = CheckBalanceOptions(application->BalancedPrinters());
     std::string lines;
     for (const std::string& message : messages) lines += message + "\n";
     const int exitCode = messages.empty() ? kExitDone : kExitNotAllDone;
@@ -78,9 +71,7 @@ std::string DescribeVerdict(const QueueScan& scan) {
 int ShowVerdict(Context& context, const VerdictRequest& request) {
     Application* application = context.OpenApplicationWithSpooler();
     if (application == nullptr) return kExitNoPrinter;
-    QueueWatch watch(application->PrintSpooler(), *application->System().files, application->UserPrompts(),
-                     application->Debug(), application->Options());
-    const QueueScan scan = watch.ListJobsForPrinter(request.printer, request.item);
+    const QueueScan scan = application->Watch().ListJobsForPrinter(request.printer, request.item);
     if (!scan.listed) {
         context.PrintResult(kExitNoPrinter, "There is no printer \"" + request.printer + "\".");
         return kExitNoPrinter;
