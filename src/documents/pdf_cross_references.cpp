@@ -1,6 +1,7 @@
 #include "documents/pdf_cross_references.h"
 
 #include <algorithm>
+#include <limits>
 #include <utility>
 
 #include "base/text.h"
@@ -14,6 +15,12 @@ constexpr std::size_t kMostSections = 1'000;
 constexpr std::size_t kMostRanges = 20'000;  // of one section
 constexpr std::int64_t kTableEntrySize = 20;
 constexpr std::size_t kFirstLook = 512;  // bytes in which a dictionary mostly has room
+constexpr std::size_t kNearEnd = 1024;
+constexpr std::size_t kFartherFromEnd =
+    std::size_t{64} * 1024;                // some transfers leave blanks or zeros behind the file
+constexpr std::size_t kHeaderSize = 1024;  // the file's "%PDF-" begins within it
+constexpr std::string_view kStart = "startxref";
+constexpr long long kMostEntries = 20'000'000;  // of all sections
 
 // "[ 1 2 1 ]"; false when it is no array of numbers.
 bool ReadNumbers(std::string_view value, std::vector<long long>& numbers) {
@@ -25,6 +32,24 @@ bool ReadNumbers(std::string_view value, std::vector<long long>& numbers) {
 }
 
 }  // namespace
+
+std::int64_t FindCrossReferences(PdfFileView& view) {
+    for (const std::size_t look : {kNearEnd, kFartherFromEnd}) {
+        const std::int64_t begin = std::max<std::int64_t>(view.Size() - static_cast<std::int64_t>(look), 0);
+        const std::string_view bytes = view.At(begin, look);
+        const std::size_t found = bytes.rfind(kStart);
+        if (found == std::string_view::npos) continue;
+        PdfCursor cursor(bytes.substr(found + kStart.size()));
+        long long offset = -1;
+        return cursor.TakeNumber(offset) ? offset : -1;
+    }
+    return -1;
+}
+
+std::int64_t FindPdfHeader(PdfFileView& view) {
+    const std::size_t origin = view.At(0, kHeaderSize).substr(0, kHeaderSize).find("%PDF-");
+    return origin == std::string_view::npos ? -1 : static_cast<std::int64_t>(origin);
+}
 
 bool PdfCrossReferences::LoadNewest(std::int64_t offset) {
     m_waiting.assign(1, offset);
@@ -179,13 +204,54 @@ std::optional<PdfPlace> PdfCrossReferences::Find(long long number) {
 }
 
 std::optional<PdfPlace> PdfCrossReferences::FindIn(const Section& section, long long number) {
-    for (const Range& range : section.ranges) {
-        if (number < range.first || number - range.first >= range.count) continue;
-        const long long index = number - range.first;
-        if (!section.isStream) return ReadTableEntry(range.entries + kTableEntrySize * index);
-        return ReadRow(section, static_cast<std::size_t>(range.entries + index));
-    }
+    for (const Range& range : section.ranges)
+        if (number >= range.first && number - range.first < range.count)
+            return ReadEntry(section, range, number - range.first);
     return PdfPlace();
+}
+
+std::optional<PdfPlace> PdfCrossReferences::ReadEntry(const Section& section, const Range& range,
+                                                      long long index) {
+    if (!section.isStream) return ReadTableEntry(range.entries + kTableEntrySize * index);
+    return ReadRow(section, static_cast<std::size_t>(range.entries + index));
+}
+
+bool PdfCrossReferences::FindAll(long long limit, std::vector<PdfPlace>& places) {
+    while (!m_waiting.empty())
+        if (!LoadNext()) return false;
+    long long entries = 0;
+    for (const Section& section : m_sections)
+        for (const Range& range : section.ranges) entries += range.count;
+    if (entries > kMostEntries) return false;
+    for (std::size_t i = 0; i < m_sections.size(); ++i) {
+        // A table calls free what only its stream shows.
+        const bool isCompleted = m_sections[i].hybrid >= 0;
+        const bool completesTable = i > 0 && m_sections[i - 1].hybrid >= 0;
+        if (!AddPlaces(m_sections[i], false, limit, places) ||
+            (!isCompleted && !AddPlaces(m_sections[i], true, limit, places)) ||
+            (completesTable && !AddPlaces(m_sections[i - 1], true, limit, places)))
+            return false;
+    }
+    return true;
+}
+
+// Adds what is free, or what is not, where no newer section has said anything.
+bool PdfCrossReferences::AddPlaces(const Section& section, bool isFree, long long limit,
+                                   std::vector<PdfPlace>& places) {
+    for (const Range& range : section.ranges) {
+        for (long long index = 0; index < range.count; ++index) {
+            const auto place = ReadEntry(section, range, index);
+            if (!place) return false;
+            if (place->kind == PdfPlace::Kind::kAbsent || (place->kind == PdfPlace::Kind::kFree) != isFree)
+                continue;
+            const long long number = range.first + index;
+            if (number >= limit) return false;
+            const auto at = static_cast<std::size_t>(number);
+            if (at >= places.size()) places.resize(at + 1);
+            if (places[at].kind == PdfPlace::Kind::kAbsent) places[at] = *place;
+        }
+    }
+    return true;
 }
 
 // "nnnnnnnnnn ggggg n", and a line end of two bytes.
@@ -197,8 +263,9 @@ std::optional<PdfPlace> PdfCrossReferences::ReadTableEntry(std::int64_t position
     if (bytes.size() < 18 || IsPdfBlank(bytes[0]) || !cursor.TakeNumber(offset) || cursor.Position() != 10 ||
         !cursor.TakeNumber(generation) || cursor.Position() != 16)
         return std::nullopt;
-    if (cursor.TakeText("n")) return PdfPlace{PdfPlace::Kind::kInFile, offset};
-    if (cursor.TakeText("f")) return PdfPlace{PdfPlace::Kind::kFree, 0};
+    if (cursor.TakeText("n"))
+        return PdfPlace{PdfPlace::Kind::kInFile, static_cast<std::uint32_t>(generation), offset};
+    if (cursor.TakeText("f")) return PdfPlace{PdfPlace::Kind::kFree};
     return std::nullopt;
 }
 
@@ -214,10 +281,12 @@ PdfPlace PdfCrossReferences::ReadRow(const Section& section, std::size_t row) {
     }
     constexpr std::uint64_t kMostPosition = std::uint64_t{1} << 62;
     if (fields[1] > kMostPosition) return {};
+    constexpr std::uint64_t kMostDetail = std::numeric_limits<std::uint32_t>::max();
+    const auto detail = static_cast<std::uint32_t>(std::min(fields[2], kMostDetail));
     const auto position = static_cast<std::int64_t>(fields[1]);
-    if (fields[0] == 0) return {PdfPlace::Kind::kFree, 0};
-    if (fields[0] == 1) return {PdfPlace::Kind::kInFile, position};
-    return fields[0] == 2 ? PdfPlace{PdfPlace::Kind::kInStream, position} : PdfPlace();
+    if (fields[0] == 0) return {PdfPlace::Kind::kFree};
+    if (fields[0] == 1) return {PdfPlace::Kind::kInFile, detail, position};
+    return fields[0] == 2 ? PdfPlace{PdfPlace::Kind::kInStream, detail, position} : PdfPlace();
 }
 
 }  // namespace quirepress

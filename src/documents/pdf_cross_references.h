@@ -16,10 +16,17 @@ class PdfStreamDecoder;
 
 // Where an object stands.
 struct PdfPlace {
-    enum class Kind { kAbsent, kFree, kInFile, kInStream };
+    enum class Kind : std::uint8_t { kAbsent, kFree, kInFile, kInStream };
     Kind kind = Kind::kAbsent;
+    std::uint32_t detail = 0;   // kInFile: generation; kInStream: how many objects stand before it
     std::int64_t position = 0;  // kInFile: offset in the file; kInStream: number of the object stream
 };
+
+// Where the newest cross references are said to stand; -1 when nothing says it.
+std::int64_t FindCrossReferences(PdfFileView& view);
+// Where "%PDF-" stands: something may come before the file proper, such as a printer's job commands. -1 when
+// it is not near the begin.
+std::int64_t FindPdfHeader(PdfFileView& view);
 
 // The cross-reference sections of a file, newest first. Older ones are read only when an object is not found
 // in the newer ones. Everything that is not as it should be is a failure: nothing is guessed.
@@ -33,6 +40,9 @@ public:
     bool LoadNewest(std::int64_t offset);
     // Nothing when a section that is needed cannot be read.
     std::optional<PdfPlace> Find(long long number);
+    // The places of all objects by their numbers. False when a section cannot be read or a number is `limit`
+    // or more.
+    bool FindAll(long long limit, std::vector<PdfPlace>& places);
 
     PdfReference Root() const { return m_root; }
     bool IsEncrypted() const { return m_encrypted; }
@@ -63,6 +73,8 @@ private:
     bool ReadTrailerKeys(const PdfDictionary& dictionary, Section& section);
     bool LoadNext();
     std::optional<PdfPlace> FindIn(const Section& section, long long number);
+    bool AddPlaces(const Section& section, bool isFree, long long limit, std::vector<PdfPlace>& places);
+    std::optional<PdfPlace> ReadEntry(const Section& section, const Range& range, long long index);
     std::optional<PdfPlace> ReadTableEntry(std::int64_t position);
     static PdfPlace ReadRow(const Section& section, std::size_t row);
 

@@ -3,14 +3,9 @@
 #include <algorithm>
 
 namespace quirepress {
-namespace {
 
-constexpr std::size_t kWindowSize = 2048;  // at least; most objects lie near their neighbours
-
-}  // namespace
-
-PdfFileView::PdfFileView(InputFile& file, std::vector<char>& buffer)
-    : m_file(file), m_size(file.Size()), m_buffer(buffer) {
+PdfFileView::PdfFileView(InputFile& file, std::vector<char>& buffer, std::size_t windowSize)
+    : m_file(file), m_size(file.Size()), m_leastWindow(windowSize), m_buffer(buffer) {
     m_tailOffset = std::max<std::int64_t>(m_size - static_cast<std::int64_t>(kTailSize), 0);
     const std::int64_t wanted = m_size - m_tailOffset;
     if (wanted <= 0 || m_file.ReadAt(m_tailOffset, m_tail.data(), static_cast<std::size_t>(wanted)) != wanted)
@@ -26,13 +21,16 @@ std::string_view PdfFileView::At(std::int64_t offset, std::size_t wanted) {
     const auto rest = static_cast<std::size_t>(m_size - offset);
     const std::int64_t end = offset + static_cast<std::int64_t>(std::min(wanted, rest));
     if (offset < m_windowOffset || end > m_windowOffset + static_cast<std::int64_t>(m_windowSize)) {
-        const std::size_t size = std::min(std::max(wanted, kWindowSize), rest);
+        const bool isWhole = m_size <= static_cast<std::int64_t>(m_leastWindow);
+        m_windowOffset = isWhole ? 0 : offset;
+        const std::size_t size =
+            isWhole ? static_cast<std::size_t>(m_size) : std::min(std::max(wanted, m_leastWindow), rest);
         if (m_buffer.size() < size) m_buffer.resize(size);
-        const std::int64_t count = m_file.ReadAt(offset, m_buffer.data(), size);
-        m_windowOffset = offset;
+        const std::int64_t count = m_file.ReadAt(m_windowOffset, m_buffer.data(), size);
         m_windowSize = static_cast<std::size_t>(std::max<std::int64_t>(count, 0));
     }
     const auto skipped = static_cast<std::size_t>(offset - m_windowOffset);
+    if (skipped > m_windowSize) return {};  // the file has become shorter
     return std::string_view(m_buffer.data() + skipped, m_windowSize - skipped);
 }
 

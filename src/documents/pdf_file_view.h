@@ -14,7 +14,10 @@ namespace quirepress {
 // Parts of a PDF file, read when they are needed. The end of the file, where every reader begins, is kept.
 class PdfFileView {
 public:
-    PdfFileView(InputFile& file, std::vector<char>& buffer);
+    static constexpr std::size_t kWindowSize = 2048;  // most objects lie near their neighbours
+
+    // At least `windowSize` bytes are read at a time; a file that is not longer is read at once.
+    PdfFileView(InputFile& file, std::vector<char>& buffer, std::size_t windowSize = kWindowSize);
 
     std::int64_t Size() const { return m_size; }
     // What stands from `offset` on: at least `wanted` bytes, or all up to the end; empty beyond the end and
@@ -26,6 +29,7 @@ private:
 
     InputFile& m_file;
     std::int64_t m_size;
+    std::size_t m_leastWindow;
     std::array<char, kTailSize> m_tail;
     std::int64_t m_tailOffset = 0;
     std::vector<char>& m_buffer;  // its first m_windowSize bytes are those of the file at m_windowOffset

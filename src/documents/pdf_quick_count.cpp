@@ -13,35 +13,12 @@
 namespace quirepress {
 namespace {
 
-constexpr std::size_t kNearEnd = 1024;
-constexpr std::size_t kFartherFromEnd =
-    std::size_t{64} * 1024;                // some transfers leave blanks or zeros behind the file
-constexpr std::size_t kHeaderSize = 1024;  // the file's "%PDF-" begins within it
-constexpr std::string_view kStart = "startxref";
-
-// Where the newest cross references are said to stand; -1 when nothing says it.
-std::int64_t FindStart(PdfFileView& view) {
-    for (const std::size_t look : {kNearEnd, kFartherFromEnd}) {
-        const std::int64_t begin = std::max<std::int64_t>(view.Size() - static_cast<std::int64_t>(look), 0);
-        const std::string_view bytes = view.At(begin, look);
-        const std::size_t found = bytes.rfind(kStart);
-        if (found == std::string_view::npos) continue;
-        PdfCursor cursor(bytes.substr(found + kStart.size()));
-        long long offset = -1;
-        return cursor.TakeNumber(offset) ? offset : -1;
-    }
-    return -1;
-}
-
 // How many kids an array names; a reference to an array counts as one, the least that it can hold.
 long long CountKids(std::string_view value) {
     PdfReference reference;
     if (ReadPdfReference(value, reference)) return 1;
-    PdfCursor cursor(value);
-    if (!cursor.TakeText("[")) return 0;
-    long long kids = 0;
-    while (cursor.TakeReference(reference)) ++kids;
-    return cursor.TakeText("]") ? kids : 0;
+    std::vector<PdfReference> kids;
+    return ReadPdfReferences(value, kids) ? static_cast<long long>(kids.size()) : 0;
 }
 
 bool HasTypeOrNone(const PdfDictionary& dictionary, std::string_view type) {
@@ -97,15 +74,13 @@ void PdfScratch::GiveBackMuch() {
 
 int CountPdfPagesQuickly(InputFile& file, PdfScratch& scratch) {
     PdfFileView view(file, scratch.window);
-    const std::int64_t start = FindStart(view);
+    const std::int64_t start = FindCrossReferences(view);
     if (start <= 0) return -1;
     long long pages = CountFromOrigin(view, start, 0, scratch);
     if (pages < 0) {
         // Something may stand before the file proper, such as a printer's job commands.
-        const std::string_view header = view.At(0, kHeaderSize).substr(0, kHeaderSize);
-        const std::size_t origin = header.find("%PDF-");
-        if (origin != 0 && origin != std::string_view::npos)
-            pages = CountFromOrigin(view, start, static_cast<std::int64_t>(origin), scratch);
+        const std::int64_t origin = FindPdfHeader(view);
+        if (origin > 0) pages = CountFromOrigin(view, start, origin, scratch);
     }
     scratch.GiveBackMuch();
     return static_cast<int>(pages);

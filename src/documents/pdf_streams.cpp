@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
+#include <new>
 
 #include "base/text.h"
 #include "documents/pdf_tokens.h"
@@ -111,6 +112,22 @@ PdfStreamDecoder::PdfStreamDecoder() : m_decompressor(libdeflate_alloc_decompres
 
 PdfStreamDecoder::~PdfStreamDecoder() {
     libdeflate_free_decompressor(m_decompressor);
+}
+
+PdfStreamEncoder::PdfStreamEncoder() : m_compressor(libdeflate_alloc_compressor(1)) {
+    if (m_compressor == nullptr) throw std::bad_alloc();
+}
+
+PdfStreamEncoder::~PdfStreamEncoder() {
+    libdeflate_free_compressor(m_compressor);
+}
+
+std::string_view PdfStreamEncoder::Deflate(std::string_view data) {
+    const std::size_t room = libdeflate_zlib_compress_bound(m_compressor, data.size());
+    if (m_buffer.size() < room) m_buffer.resize(room);
+    const std::size_t size =
+        libdeflate_zlib_compress(m_compressor, data.data(), data.size(), m_buffer.data(), m_buffer.size());
+    return std::string_view(m_buffer.data(), size);
 }
 
 std::optional<std::string_view> PdfStreamDecoder::Decode(const PdfStreamCoding& coding, std::string_view data,

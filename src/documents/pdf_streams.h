@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+struct libdeflate_compressor;
 struct libdeflate_decompressor;
 
 namespace quirepress {
@@ -41,6 +42,22 @@ public:
 
 private:
     libdeflate_decompressor* m_decompressor;
+};
+
+// Packs streams for speed; one compressor serves many.
+class PdfStreamEncoder {
+public:
+    PdfStreamEncoder();
+    ~PdfStreamEncoder();
+    PdfStreamEncoder(const PdfStreamEncoder&) = delete;
+    PdfStreamEncoder& operator=(const PdfStreamEncoder&) = delete;
+
+    // For the filter FlateDecode; valid until the next call.
+    std::string_view Deflate(std::string_view data);
+
+private:
+    libdeflate_compressor* m_compressor;
+    std::vector<char> m_buffer;
 };
 
 }  // namespace quirepress

@@ -100,30 +100,48 @@ PdfRead PdfCursor::TakeValue(std::string_view& value) {
     return read;
 }
 
+PdfRead PdfCursor::TakeToken(std::string_view& token) {
+    const std::size_t start = m_position;
+    SkipBlanks();
+    const std::size_t first = m_position;
+    const PdfRead read = SkipToken();
+    if (read == PdfRead::kDone)
+        token = m_bytes.substr(first, m_position - first);
+    else
+        m_position = start;
+    return read;
+}
+
+// What stands at the position, which is no blank.
+PdfRead PdfCursor::SkipToken() {
+    if (m_position + 1 >= m_bytes.size()) return PdfRead::kNeedsMore;
+    const char c = m_bytes[m_position];
+    if (c == '/' || IsRegular(c)) {
+        do ++m_position;
+        while (!AtEnd() && IsRegular(m_bytes[m_position]));
+        return AtEnd() ? PdfRead::kNeedsMore : PdfRead::kDone;  // it may go on
+    }
+    const bool doubled = m_bytes[m_position + 1] == c;
+    if (c == '(' || (c == '<' && !doubled)) return SkipString();
+    if (c != '[' && c != ']' && !(doubled && (c == '<' || c == '>'))) return PdfRead::kBad;
+    m_position += c == '[' || c == ']' ? 1 : 2;
+    return PdfRead::kDone;
+}
+
 // Nested arrays and dictionaries are only counted, so that no depth of them can hurt.
 PdfRead PdfCursor::SkipOneValue() {
     std::size_t depth = 0;
     do {
-        SkipBlanks();
-        if (m_position + 1 >= m_bytes.size()) return PdfRead::kNeedsMore;
-        const char c = m_bytes[m_position];
-        const bool doubled = m_bytes[m_position + 1] == c;
-        if (c == '(' || (c == '<' && !doubled)) {
-            const PdfRead read = SkipString();
-            if (read != PdfRead::kDone) return read;
-        } else if (c == '<' || c == '[') {
+        std::string_view token;
+        const PdfRead read = TakeToken(token);
+        if (read != PdfRead::kDone) return read;
+        const char c = token.front();
+        const bool isDoubled = token.size() == 2 && token[1] == c;
+        if (c == '[' || (c == '<' && isDoubled)) {
             ++depth;
-            m_position += c == '<' ? 2 : 1;
-        } else if (c == ']' || (c == '>' && doubled)) {
+        } else if (c == ']' || (c == '>' && isDoubled)) {
             if (depth == 0) return PdfRead::kBad;
             --depth;
-            m_position += c == '>' ? 2 : 1;
-        } else if (c == '/' || IsRegular(c)) {
-            do ++m_position;
-            while (!AtEnd() && IsRegular(m_bytes[m_position]));
-            if (AtEnd()) return PdfRead::kNeedsMore;  // it may go on
-        } else {
-            return PdfRead::kBad;
         }
     } while (depth > 0);
     return PdfRead::kDone;
@@ -174,6 +192,15 @@ bool ReadPdfNumber(std::string_view value, long long& number) {
 bool ReadPdfReference(std::string_view value, PdfReference& reference) {
     PdfCursor cursor(value);
     return cursor.TakeReference(reference) && cursor.AtEnd();
+}
+
+bool ReadPdfReferences(std::string_view value, std::vector<PdfReference>& references) {
+    references.clear();
+    PdfCursor cursor(value);
+    if (!cursor.TakeText("[")) return false;
+    PdfReference reference;
+    while (cursor.TakeReference(reference)) references.push_back(reference);
+    return cursor.TakeText("]");
 }
 
 bool TakeObjectHeader(PdfCursor& cursor, PdfReference& reference) {

@@ -34,10 +34,13 @@ public:
     // Decimal digits without a sign, and then a blank, a delimiter or the end.
     bool TakeNumber(long long& number);
     bool TakeReference(PdfReference& reference);  // "12 0 R"
+    // One name, string, number or other word, or "<<", ">>", "[" or "]".
+    PdfRead TakeToken(std::string_view& token);
     // A name, number, string, array, dictionary or reference, whole.
     PdfRead TakeValue(std::string_view& value);
 
 private:
+    PdfRead SkipToken();
     PdfRead SkipOneValue();
     PdfRead SkipString();
     bool SkipReferenceRest();
@@ -49,6 +52,9 @@ private:
 // The whole of `value` as a number without a sign, or as a reference.
 bool ReadPdfNumber(std::string_view value, long long& number);
 bool ReadPdfReference(std::string_view value, PdfReference& reference);
+
+// "[1 0 R 2 0 R]"; false when it is no array of references alone.
+bool ReadPdfReferences(std::string_view value, std::vector<PdfReference>& references);
 
 // "12 0 obj", before the object itself.
 bool TakeObjectHeader(PdfCursor& cursor, PdfReference& reference);
