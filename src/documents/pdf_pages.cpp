@@ -3,6 +3,7 @@
 #include <memory>
 #include <qpdf/Pipeline.hh>
 #include <qpdf/QPDF.hh>
+#include <qpdf/QPDFAcroFormDocumentHelper.hh>
 #include <qpdf/QPDFPageDocumentHelper.hh>
 #include <qpdf/QPDFWriter.hh>
 #include <stdexcept>
@@ -48,7 +49,20 @@ void Strip(QPDFObjectHandle page) {
         page.removeKey(key);
 }
 
+// Whoever prints the pages may make no looks for fields that have none. The library keeps what it draws in
+// filters, which it does not ask when it writes streams as they are.
+void DrawFields(QPDF& pdf) {
+    QPDFAcroFormDocumentHelper form(pdf);
+    if (!form.getNeedAppearances()) return;
+    form.generateAppearancesIfNeeded();
+    for (QPDFObjectHandle object : pdf.getAllObjects())
+        if (object.isStream() && object.isDataModified())
+            object.replaceStreamData(object.getStreamData(), QPDFObjectHandle::newNull(),
+                                     QPDFObjectHandle::newNull());
+}
+
 bool KeepPages(QPDF& pdf, const std::vector<PdfPageRange>& ranges) {
+    DrawFields(pdf);
     QPDFPageDocumentHelper document(pdf);
     document.pushInheritedAttributesToPage();
     const std::vector<QPDFPageObjectHelper> pages = document.getAllPages();

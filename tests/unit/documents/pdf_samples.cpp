@@ -6,6 +6,7 @@
 #include <map>
 #include <qpdf/QPDF.hh>
 #include <qpdf/QPDFWriter.hh>
+#include <sstream>
 
 #include "base/format.h"
 
@@ -125,6 +126,28 @@ std::string DescribePages(const std::string& pdf) {
         pages += ' ';
     }
     return pages;
+}
+
+std::string ObjectAt(const std::string& pdf, const std::string& path) {
+    QPDF document;
+    document.processMemoryFile("sample", pdf.data(), pdf.size());
+    document.pushInheritedAttributesToPage();
+    std::istringstream words(path);
+    std::string word;
+    words >> word;
+    QPDFObjectHandle object =
+        word == "root" ? document.getRoot() : document.getAllPages().at(std::stoul(word));
+    while (words >> word) {
+        if (word == "=") return object.unparseResolved();
+        if (word == "data") {
+            const std::shared_ptr<Buffer> data = object.getStreamData();
+            return std::string(reinterpret_cast<const char*>(data->getBuffer()), data->getSize());
+        }
+        if (object.isStream()) object = object.getDict();
+        object = word.front() == '/' ? object.getKey(word) : object.getArrayItem(std::stoi(word));
+    }
+    EXPECT_FALSE(document.anyWarnings());
+    return object.unparse();
 }
 
 std::string Replaced(std::string text, const std::string& from, const std::string& to) {

@@ -33,6 +33,11 @@ std::string WithUpdate(const std::string& pdf, const std::vector<std::pair<int, 
 // "encrypted " before all where a password protects them.
 std::string DescribePages(const std::string& pdf);
 
+// What the PDF library finds on a path of keys and indexes from a page (by its number, from 0) or the "root":
+// "0 /Annots 2 /Dest". References stay references; "=" at the end gives what one stands for, "data" the bytes
+// of a stream. The test fails when the library has warnings.
+std::string ObjectAt(const std::string& pdf, const std::string& path);
+
 // `text` with its first `from` replaced by `to`; the test fails when there is none.
 std::string Replaced(std::string text, const std::string& from, const std::string& to);
 std::size_t StartOffset(const std::string& pdf);  // the number behind the last "startxref"
