@@ -19,6 +19,7 @@ class DebugLog;
 class DirectPrinter;
 class EmbeddedSpooler;
 class ErrorLog;
+class HangLog;
 class MailSender;
 class Notifications;
 class PdfCounter;
@@ -26,14 +27,20 @@ class PdfWorker;
 class PageColors;
 class PageRenderer;
 class ColorSplit;
+class PostPrint;
+class PrintCommandFile;
 class PrinterAdministration;
 class PrintList;
+class PrintLog;
 class PrintRun;
 class PrinterBalance;
 class PrinterSelection;
 class Prompts;
 class QueueWatch;
+class RunDownloads;
+class RunOutcomes;
 class RunSnapshot;
+class ShellPrinter;
 class Spooler;
 struct TransferPlace;
 
@@ -96,10 +103,13 @@ public:
     PrinterSelection& Selection() { return *m_selection; }
     QueueWatch& Watch() { return *m_watch; }
     PrinterBalance& Balance() { return *m_balance; }
+    ShellPrinter& PrintCommands() { return *m_shellPrinter; }
 
 private:
     void OpenCups(bool wasNamed, std::string& message);
     void OpenEmbedded(std::string& message);
+    void MakePrinting();
+    void MakeOutcomes();
     void MakeRun();
     void MakeNotifications();
 
@@ -128,6 +138,13 @@ private:
     std::unique_ptr<QueueWatch> m_watch;
     std::unique_ptr<PrinterBalance> m_balance;
     std::unique_ptr<RunSnapshot> m_snapshot;
+    std::unique_ptr<PrintCommandFile> m_printCommands;
+    std::unique_ptr<ShellPrinter> m_shellPrinter;
+    std::unique_ptr<PrintLog> m_printLog;
+    std::unique_ptr<HangLog> m_hangLog;
+    std::unique_ptr<PostPrint> m_postPrint;
+    std::unique_ptr<RunOutcomes> m_outcomes;
+    std::unique_ptr<RunDownloads> m_downloads;
     std::unique_ptr<PrintRun> m_run;
 };
 

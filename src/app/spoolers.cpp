@@ -1,30 +1,11 @@
 #include "app/application.h"
-#include "backends/balance.h"
-#include "backends/color_split.h"
-#include "backends/direct_print.h"
-#include "backends/printer_selection.h"
-#include "backends/queue_watch.h"
-#include "core/print_list.h"
-#include "core/print_run.h"
-#include "core/scratch_folder.h"
-#include "documents/page_colors.h"
-#include "documents/pdf_counter.h"
-#include "documents/pdf_worker.h"
-#include "logs/debug_log.h"
-#include "logs/error_log.h"
 #include "platform/clock.h"
 #include "platform/cups/open_cups_spooler.h"
 #include "platform/embedded/embedded_spooler.h"
 #include "platform/event_loop.h"
 #include "platform/files.h"
-#include "platform/libraries.h"
 #include "platform/machine.h"
 #include "platform/network.h"
-#include "platform/processes.h"
-#include "platform/prompts.h"
-#include "platform/registry.h"
-#include "platform/shell.h"
-#include "platform/terminal.h"
 
 namespace quirepress {
 
@@ -39,23 +20,8 @@ int Application::OpenSpooler(std::string_view name, bool& wasNamed, std::string&
             message = "There is no print spooler \"" + chosen + "\" here; \"embedded\" is one.";
         return -1;
     }
-    MakeRun();
+    MakePrinting();
     return 0;
-}
-
-void Application::MakeRun() {
-    Files& files = *m_services.files;
-    EventLoop& loop = *m_services.loop;
-    m_colorSplit = std::make_unique<ColorSplit>(*m_pageColors, *m_pdfWorker, files);
-    m_directPrinter = std::make_unique<DirectPrinter>(*m_spooler, files, loop, *m_debugLog);
-    m_selection = std::make_unique<PrinterSelection>(PrinterSelectionServices{
-        *m_spooler, files, loop, *m_prompts, *m_debugLog, m_options, m_request.workingFolder});
-    m_watch = std::make_unique<QueueWatch>(*m_spooler, files, *m_prompts, *m_debugLog, m_options);
-    m_balance = std::make_unique<PrinterBalance>(*m_spooler, loop, *m_prompts, *m_debugLog, m_balanceOptions);
-    m_run = std::make_unique<PrintRun>(
-        PrintRunServices{*m_list, *m_spooler, *m_directPrinter, files, loop, *m_prompts, *m_debugLog,
-                         *m_errorLog, *m_selection, *m_watch, *m_balance, *m_snapshot, *m_colorSplit,
-                         *m_pdfWorker, m_options, m_balanceOptions, m_colorOptions, m_request.workingFolder});
 }
 
 // Unless it was named, only one that is ready to print.

@@ -129,6 +129,7 @@ void QueueWatch::JudgeJob(const std::string& printer, const std::string& path, s
     const int priority = RunPriority();
     if (priority != 0 && priority != job.priority) SetJobPriority(printer, job.id, priority);
     if (m_jobCallback) m_jobCallback(job);
+    if (job.totalPages > 0) m_totalPages = job.totalPages;
     scan.verdict = VerdictOnStatus(job.statusBits);
     if (m_options.m_showPrinterAttention && (firstStatus & kAttentionBits) != 0) {
         m_debugLog.Trace("printer error showPrinterAttention status: %ld\r\n", firstStatus);

@@ -61,6 +61,10 @@ public:
     // Jobs that are still to be printed; -1 when the queue cannot be read. May pump.
     int QueueCount(std::string_view printer);
 
+    // Of the last job that a scan found since the last call of ForgetPages; 0: not known.
+    int TotalPages() const { return m_totalPages; }
+    void ForgetPages() { m_totalPages = 0; }
+
     // To be called once for each run, before it prints.
     void BeginRun();
     // Of the jobs of this run, 1 to 99; 0: as the print system likes.
@@ -80,6 +84,7 @@ private:
     const GeneralOptions& m_options;
     std::function<void(const JobInfo&)> m_jobCallback;
     DocumentWindows* m_windows = nullptr;
+    int m_totalPages = 0;
     int m_decreasingRuns = 0;  // begun one after the other while the priority was to decrease
 };
 

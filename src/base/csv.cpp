@@ -14,7 +14,7 @@ std::string SafeCsvCell(std::string_view text) {
     const bool isFormula = start != std::string_view::npos &&
                            kFormulaStarts.find(text[start]) != std::string_view::npos &&
                            !ParseWholeNumber(text, -kMost, kMost);
-    const std::string cell = (isFormula ? "'" : "") + std::string(text);
+    std::string cell = (isFormula ? "'" : "") + std::string(text);
     if (cell.find_first_of(",\";\t\r\n") == std::string::npos) return cell;
     return '"' + ReplaceAll(cell, "\"", "\"\"") + '"';
 }

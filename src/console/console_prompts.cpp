@@ -40,6 +40,15 @@ bool ConsolePrompts::AskYesNo(std::string_view title, std::string_view text, boo
     return safeAnswer;
 }
 
+std::string ConsolePrompts::AskText(std::string_view title, std::string_view text, std::string_view usual) {
+    std::string line;
+    m_terminal.WriteErrors(OneLine(title, text) + " [" + ToPrintableLine(usual) + "] ");
+    const bool isAnswered =
+        m_terminal.InputIsTerminal() && m_terminal.ErrorsAreTerminal() && m_terminal.ReadLine(line);
+    if (!isAnswered) m_terminal.WriteErrors(ToPrintableLine(usual) + "\n");
+    return line.empty() ? std::string(usual) : line;
+}
+
 std::string ConsolePrompts::AskSavePath(std::string_view title, std::string_view filter) {
     std::string line;
     m_terminal.WriteErrors(OneLine(title, std::string(filter) + " ? "));

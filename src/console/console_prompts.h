@@ -18,6 +18,7 @@ public:
 
     void ShowBox(std::string_view title, std::string_view text) override;
     bool AskYesNo(std::string_view title, std::string_view text, bool safeAnswer) override;
+    std::string AskText(std::string_view title, std::string_view text, std::string_view usual) override;
     std::string AskSavePath(std::string_view title, std::string_view filter) override;
     void ShowStatus(std::string_view /*text*/) override {}
 

@@ -11,8 +11,8 @@
 #include "console/run_session.h"
 #include "core/print_list.h"
 #include "core/print_run.h"
-#include "core/print_run_ways.h"
 #include "core/run_snapshot.h"
+#include "core/run_way.h"
 #include "platform/spooler.h"
 
 namespace quirepress {

@@ -12,6 +12,7 @@
 #include "core/list_item.h"
 #include "core/print_run_shell.h"
 #include "platform/spooler.h"
+#include "settings/print_commands.h"
 
 namespace quirepress {
 
@@ -74,24 +75,20 @@ nlohmann::json ToJson(const std::string& path, const ShownWay& shown) {
 int ShowCommands(Context& context, const CommandRequest& request) {
     Application* application = context.OpenApplicationWithSpooler();
     if (application == nullptr) return kExitNoPrinter;
-    Services& system = application->System();
-    PrintCommandFile commands(application->Settings());
-    ShellPrinter shellPrinter({*system.shell, *system.processes, *system.files, application->PrintSpooler(),
-                               commands, application->Debug(), application->Options()});
     const std::string printer =
         request.printer.empty() ? application->PrintSpooler().DefaultPrinter() : request.printer;
     int exitCode = kExitDone;
     nlohmann::json list = nlohmann::json::array();
     Table table({{"File", false, 40}, {"Way"}, {"Command", false, 90}});
     for (const std::string& path : request.files) {
-        const ShownWay shown = FindWay(*application, shellPrinter, printer, path);
+        const ShownWay shown = FindWay(*application, application->PrintCommands(), printer, path);
         if (!IsUsable(shown)) exitCode = kExitNotAllDone;
         list.push_back(ToJson(path, shown));
         table.AddRow({path, shown.way, shown.message.empty() ? shown.line : shown.message});
     }
     if (context.WantsJson())
         context.PrintJson({{"printer", ToUtf8ForDisplay(printer)},
-                           {"settings", ToUtf8ForDisplay(commands.Path())},
+                           {"settings", ToUtf8ForDisplay(application->PathOf(kPrintCommandsFile))},
                            {"files", list}});
     else
         context.Print(table.Render(context.OutputHasColours()));

@@ -29,6 +29,10 @@ constexpr int kPauseStepsInSecond = 10;
 constexpr std::string_view kErrorLogHint =
     "\n\nto log this instead of popup go into General options and turn on error log";
 
+bool IsHandled(RowHandled handled) {
+    return handled == RowHandled::kErased || handled == RowHandled::kBrought;
+}
+
 }  // namespace
 
 struct PostPrint::Order {
@@ -91,14 +95,14 @@ std::string PostPrint::MoveToFor(const PrintedRow& row, PrintEnd end) const {
 bool PostPrint::CheckForFileOnMove(std::string_view fileName, std::string_view moveTo,
                                    std::string_view fileTitle) {
     const Order order = {std::string(fileName), std::string(moveTo), std::string(fileTitle), "", ""};
-    return HandleFile(order) == RowHandled::kDone;
+    return IsHandled(HandleFile(order));
 }
 
 bool PostPrint::MoveFromCommandLine(std::string_view fileName, std::string_view moveTo,
                                     std::string_view fileTitle) {
     const Order order = {std::string(fileName), std::string(moveTo), std::string(fileTitle), "",
                          "Command Line "};
-    return HandleFile(order) == RowHandled::kDone;
+    return IsHandled(HandleFile(order));
 }
 
 RowHandled PostPrint::HandleFile(const Order& order) {
@@ -132,7 +136,7 @@ RowHandled PostPrint::EraseFile(const Order& order) {
     });
     if (isDone) {
         m_handled += Format("Filename:%s, deleted\r\n", order.path);
-        return RowHandled::kDone;
+        return RowHandled::kErased;
     }
     m_services.debugLog.Trace("DeleteFile: %d, 0=error moving file  %s to %s\r\n", 0, order.path,
                               order.moveTo);
@@ -167,7 +171,7 @@ RowHandled PostPrint::TransferFile(const Order& order, const MoveTarget& target)
     }
     const char* const what = target.action == MoveAction::kCopy ? "copied" : "moved";
     m_handled += Format("Filename:%s, %s to %s\r\n", order.path, what, transfer.Target());
-    return RowHandled::kDone;
+    return RowHandled::kBrought;
 }
 
 TransferRequest PostPrint::RequestFor(const Order& order, const MoveTarget& target) const {

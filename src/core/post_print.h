@@ -48,7 +48,7 @@ PrintedRow ReadPrintedRow(const PrintList& list, int row, std::string_view print
 enum class PrintEnd { kPrinted, kDoubtful, kFailed };
 
 // What has become of a row's file. kLeft: nothing was to be done.
-enum class RowHandled { kLeft, kDone, kFailed };
+enum class RowHandled { kLeft, kErased, kBrought, kFailed };
 
 // Deletes, moves or copies documents after they were printed, and deletes the job files that ask for it. A
 // failure leaves the file where it was, and is told once: by a notice, and by a box or in the error log.

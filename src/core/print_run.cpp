@@ -6,12 +6,12 @@
 #include "backends/printer_selection.h"
 #include "backends/queue_watch.h"
 #include "base/format.h"
+#include "base/numbers.h"
 #include "core/print_list.h"
 #include "core/print_run_walk.h"
-#include "core/print_run_ways.h"
+#include "core/run_outcomes.h"
 #include "core/run_snapshot.h"
 #include "logs/debug_log.h"
-#include "logs/error_log.h"
 #include "platform/event_loop.h"
 #include "platform/prompts.h"
 #include "platform/spooler.h"
@@ -23,6 +23,7 @@ namespace {
 
 constexpr int kMonitorTimer = 2;
 constexpr int kQueuePollMilliseconds = 250;
+constexpr int kMostCopies = 9'999;
 
 RunSummary EndedEarly(RunSummary::End end) {
     RunSummary summary;
@@ -32,7 +33,8 @@ RunSummary EndedEarly(RunSummary::End end) {
 
 }  // namespace
 
-PrintRun::PrintRun(PrintRunServices services) : m_services(services), m_ways(MakeRunWays(services)) {}
+PrintRun::PrintRun(PrintRunServices services, std::vector<std::unique_ptr<RunWay>> ways)
+    : m_services(services), m_ways(std::move(ways)) {}
 PrintRun::~PrintRun() = default;
 
 RunSummary PrintRun::OnButtonPrint() {
@@ -64,16 +66,17 @@ RunSummary PrintRun::RunList(const CutOffRun* cutOff) {
     const RunSummary summary = WalkWithPrinter(cutOff);
     m_services.selection.UseStop([] { return false; });
     m_services.selection.RestoreAfterRun();
-    if (summary.end == RunSummary::End::kStopped)
-        m_services.prompts.ShowStatus("Printing stopped && Monitor stopped");
+    const bool wasStopped = summary.end == RunSummary::End::kStopped;
+    if (wasStopped || summary.end == RunSummary::End::kFinished) FinishRun(wasStopped);
+    if (wasStopped) m_services.prompts.ShowStatus("Printing stopped && Monitor stopped");
     return summary;
 }
 
 RunSummary PrintRun::WalkWithPrinter(const CutOffRun* cutOff) {
     m_printer = cutOff != nullptr && m_chosenPrinter.empty() ? cutOff->printer : m_chosenPrinter;
     if (m_printer.empty()) m_printer = m_services.spooler.DefaultPrinter();
-    const int passes = cutOff != nullptr ? cutOff->copies : CountPasses();
-    CreateSnapshot(cutOff, passes);
+    m_passes = cutOff != nullptr ? cutOff->copies : CountPasses();
+    CreateSnapshot(cutOff, m_passes);
     m_services.prompts.ShowStatus("Starting");
     const RunSummary::End obstacle = PreparePrinter();
     if (obstacle != RunSummary::End::kFinished) {
@@ -83,17 +86,23 @@ RunSummary PrintRun::WalkWithPrinter(const CutOffRun* cutOff) {
     }
     DebugLog& debugLog = m_services.debugLog;
     debugLog.Trace("Start printing.\r\n");
-    debugLog.Trace("OnButtonPrint() copies: %d\r\n", passes);
+    debugLog.Trace("OnButtonPrint() copies: %d\r\n", m_passes);
     debugLog.Trace("OnButtonPrint() printer: %s\r\n", m_printer);
     m_services.watch.BeginRun();
 
     RunObserver nobody;
-    RunWalk walk(m_services, {m_ways, m_observer != nullptr ? *m_observer : nobody, m_stop, passes,
-                              m_isBalanced, cutOff});
+    RunWalk walk(m_services, {m_ways, m_observer != nullptr ? *m_observer : nobody, m_hangWatch, m_stop,
+                              m_passes, m_isBalanced, cutOff});
+    m_services.outcomes.BeginRun(m_printer, m_passes, [this] { return m_stop; });
     const RunSummary summary = walk.WalkList();
     m_services.snapshot.Remove();
-    if (m_services.options.m_removeItem) RemoveDoneRows(passes);
     return summary;
+}
+
+// The printer is the user's own again.
+void PrintRun::FinishRun(bool wasStopped) {
+    m_services.outcomes.EndRun(m_services.list, m_passes, wasStopped);
+    if (m_services.options.m_removeItem) RemoveDoneRows(m_passes);
 }
 
 void PrintRun::CreateSnapshot(const CutOffRun* cutOff, int passes) {
@@ -159,18 +168,25 @@ bool PrintRun::CheckPrinterIsValid() {
     m_services.debugLog.Trace("checkPrinterIsValid - Printer not available: %s\r\n", m_printer);
     const std::string status = "Printer not available:" + m_printer;
     m_services.prompts.ShowStatus(status);
-    if (m_services.options.m_errorLog) {
-        ErrorRecord record;
-        record.error = status;
-        record.printer = m_printer;
-        m_services.errorLog.Append(record);
-    }
+    m_services.outcomes.RecordError("", m_printer, status);
+    m_services.outcomes.TellFailure("", status);
     return false;
 }
 
-int PrintRun::CountPasses() const {
+// Where nobody answers, as many as the options say.
+int PrintRun::AskCopies() {
+    const int usual = std::max(1, m_services.options.m_printCopies);
+    m_services.prompts.ShowStatus("Prints are ready to print and Quirepress is waiting for your response");
+    const std::string answer =
+        m_services.prompts.AskText("Copies", "How many copies?", std::to_string(usual));
+    const auto copies = ParseWholeNumber(answer, 1, kMostCopies);
+    return copies ? static_cast<int>(*copies) : usual;
+}
+
+int PrintRun::CountPasses() {
     const GeneralOptions& options = m_services.options;
-    const std::int64_t copies = std::max(1, m_copies > 0 ? m_copies : options.m_printCopies);
+    std::int64_t copies = m_copies;
+    if (copies <= 0) copies = options.m_copiesPrompt ? AskCopies() : std::max(1, options.m_printCopies);
     const std::int64_t repeats = std::max(1, options.m_printCopiesRepeat);
     return static_cast<int>(std::min<std::int64_t>(copies * repeats, std::numeric_limits<int>::max()));
 }

@@ -10,23 +10,22 @@
 
 namespace quirepress {
 
-class ColorSplit;
 class DebugLog;
-class DirectPrinter;
-class ErrorLog;
 class EventLoop;
 class Files;
-class PdfPages;
+class HangLog;
+class HangWatch;
 class PrintList;
 class PrinterBalance;
 class PrinterSelection;
 class Prompts;
 class QueueWatch;
+class RunDownloads;
+class RunOutcomes;
 class RunSnapshot;
 class RunWay;
 class Spooler;
 struct BalanceOptions;
-struct ColorPrinterOptions;
 struct CutOffRun;
 struct GeneralOptions;
 
@@ -64,28 +63,26 @@ struct RunSummary {
 struct PrintRunServices {
     PrintList& list;
     Spooler& spooler;
-    DirectPrinter& directPrinter;
     Files& files;
     EventLoop& loop;
     Prompts& prompts;
     DebugLog& debugLog;
-    ErrorLog& errorLog;
     PrinterSelection& selection;
     QueueWatch& watch;
     PrinterBalance& balance;
     RunSnapshot& snapshot;
-    ColorSplit& colorSplit;
-    PdfPages& pdfPages;
+    RunDownloads& downloads;
+    RunOutcomes& outcomes;
+    HangLog& hangLog;
     const GeneralOptions& options;
     const BalanceOptions& balanceOptions;
-    const ColorPrinterOptions& colorOptions;
-    std::string workingFolder;
 };
 
 // Walks the list from top to bottom and hands each ticked row to the cheapest way that works.
 class PrintRun {
 public:
-    explicit PrintRun(PrintRunServices services);
+    // A row goes to the first of the ways that takes it.
+    PrintRun(PrintRunServices services, std::vector<std::unique_ptr<RunWay>> ways);
     ~PrintRun();
 
     void UseObserver(RunObserver* observer) { m_observer = observer; }        // null: nobody listens
@@ -94,6 +91,9 @@ public:
     void SetCopies(int copies) { m_copies = copies; }         // 0: as the options say
     // Spreads the documents over the balanced printers; else only those of rows that name some.
     void UseBalancing(bool isOn) { m_isBalanced = isOn; }
+
+    // The add-on that watches the word processor; null: there is none.
+    void UseHangWatch(HangWatch* watch) { m_hangWatch = watch; }
 
     // One run over the whole list. A run inside a run is refused. May pump.
     RunSummary OnButtonPrint();
@@ -109,20 +109,24 @@ private:
     RunSummary RunAlone(const CutOffRun* cutOff);
     RunSummary RunList(const CutOffRun* cutOff);
     RunSummary WalkWithPrinter(const CutOffRun* cutOff);
+    void FinishRun(bool wasStopped);
     bool HasWork();
     void CreateSnapshot(const CutOffRun* cutOff, int passes);
     RunSummary::End PreparePrinter();
     bool CheckPrinterIsValid();
     bool AwaitEmptyQueue();
-    int CountPasses() const;
+    int AskCopies();
+    int CountPasses();
     void RemoveDoneRows(int passes);
 
     PrintRunServices m_services;
     std::vector<std::unique_ptr<RunWay>> m_ways;
     RunObserver* m_observer = nullptr;
+    HangWatch* m_hangWatch = nullptr;
     std::string m_chosenPrinter;
     std::string m_printer;
     int m_copies = 0;
+    int m_passes = 1;  // walks over the list
     bool m_isBalanced = false;
     bool m_stop = false;
     bool m_isRunning = false;

@@ -5,7 +5,6 @@
 #include "backends/queue_watch.h"
 #include "base/format.h"
 #include "core/page_range.h"
-#include "core/print_run.h"
 #include "core/print_run_source.h"
 #include "core/print_run_ways.h"
 #include "core/scratch_folder.h"
@@ -25,11 +24,9 @@ WayResult Refused(const std::string& reason) {
     return result;
 }
 
-// PDF files of which only some pages are wanted, or whose pages go to two printers. Any other PDF is handed
-// over as it is.
 class PdfWay : public RunWay {
 public:
-    explicit PdfWay(const PrintRunServices& services) : m_services(services) {}
+    explicit PdfWay(const PdfWayServices& services) : m_services(services) {}
 
     bool Takes(const RunItem& item) override {
         if (item.kind != ItemKind::kDocument || !IsPdf(item.path)) return false;
@@ -49,7 +46,7 @@ public:
             path = scratch.Path() + "/pages.pdf";
             m_services.files.MakeFolders(scratch.Path());
             const PdfResult extracted =
-                m_services.pdfPages.ExtractPages(item.path, m_services.options.m_openPassword, {range}, path);
+                m_services.pages.ExtractPages(item.path, m_services.options.m_openPassword, {range}, path);
             if (extracted != PdfResult::kDone) return Refused(DescribePdfResult(extracted));
         }
         std::vector<ColorPiece> pieces;
@@ -92,7 +89,7 @@ private:
         if (!m_services.spooler.TakesDocument(part.printer, part.path))
             return Refused("the printer \"" + part.printer + "\" takes no PDF files");
         feedback.ShowRowStatus("Spooling");
-        return HandOverDocument(m_services, part, piece.file);
+        return HandOverDocument(m_services.spooler, m_services.watch, part, piece.file);
     }
 
     // The run's own printer and settings stay current.
@@ -110,12 +107,12 @@ private:
         return true;
     }
 
-    PrintRunServices m_services;
+    PdfWayServices m_services;
 };
 
 }  // namespace
 
-std::unique_ptr<RunWay> MakePdfWay(const PrintRunServices& services) {
+std::unique_ptr<RunWay> MakePdfWay(const PdfWayServices& services) {
     return std::make_unique<PdfWay>(services);
 }
 

@@ -12,6 +12,7 @@
 #include "core/job_wait.h"
 #include "core/print_list.h"
 #include "core/print_run_source.h"
+#include "core/print_run_ways.h"
 #include "core/scratch_folder.h"
 #include "documents/file_signature.h"
 #include "logs/debug_log.h"
@@ -174,21 +175,9 @@ private:
         if (conversion.end == Conversion::End::kStopped) return StoppedWay();
         if (conversion.end == Conversion::End::kFailed) return Failed(conversion.flaw, true);
         feedback.ShowRowStatus("Spooling");
-        DocumentInfo document;
-        document.name = item.path;
-        document.ticket = item.ticket;
-        document.priority = m_services.watch.RunPriority();
-        int systemError = 0;
-        const std::int64_t jobId =
-            m_services.spooler.PrintDocument(item.printer, conversion.pdf, document, systemError);
+        WayResult result = HandOverDocument(m_services.spooler, m_services.watch, item, conversion.pdf);
         Converter().Discard(item.path);
-        if (jobId >= 0) return Printed(jobId);
-        if (jobId == kDocumentUnknown)
-            return {WayResult::End::kFailed, std::string(kStatusUnknown), {}, false};
-        return {WayResult::End::kFailed, std::string(kStatusDidNotSpool),
-                "Can't Print - did not spool: the spooler did not take the document, " +
-                    m_services.spooler.ErrorText(systemError),
-                true};
+        return result;
     }
 
     // Ticked documents below the row at work that go by the same command.

@@ -3,7 +3,7 @@
 #include <memory>
 #include <string>
 
-#include "core/print_run_ways.h"
+#include "core/run_way.h"
 
 namespace quirepress {
 

@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "core/print_run_ways.h"
+#include "core/run_way.h"
 
 namespace quirepress {
 

@@ -3,13 +3,16 @@
 #include <algorithm>
 
 #include "backends/balance.h"
+#include "backends/hang_recovery.h"
 #include "backends/printer_selection.h"
 #include "base/format.h"
+#include "base/numbers.h"
 #include "core/print_list.h"
 #include "core/print_run_source.h"
+#include "core/run_downloads.h"
+#include "core/run_outcomes.h"
 #include "core/run_snapshot.h"
 #include "logs/debug_log.h"
-#include "logs/error_log.h"
 #include "platform/event_loop.h"
 #include "platform/prompts.h"
 #include "settings/general_options.h"
@@ -20,6 +23,7 @@ namespace {
 
 constexpr int kMillisecondsInPauseStep = 250;
 constexpr int kPauseStepsInSecond = 4;
+constexpr int kMostPages = 999'999'999;
 
 RowOutcome OutcomeOf(const WayResult& result) {
     if (result.end == WayResult::End::kPrinted) return RowOutcome::kDone;
@@ -49,7 +53,6 @@ RunSummary RunWalk::WalkList() {
         isWhole = WalkOnce();
     }
     list.SetCurrentRow(-1);
-    if (m_errorLogFailed) m_services.prompts.ShowBox("Log File Error", "Can't open error.log for writing");
     m_summary.end = isWhole ? RunSummary::End::kFinished : RunSummary::End::kStopped;
     m_summary.seconds = static_cast<double>(m_services.loop.MonotonicMilliseconds() - m_startedAt) / 1000.0;
     return m_summary;
@@ -66,7 +69,10 @@ void RunWalk::TakeUpCutOffRun(const CutOffRun& cutOff) {
         const RunMark& mark = list.MarkOf(row);
         const std::string path(list.Text(row, kColumnFilename));
         const bool isSetting = KindOfItem(path) == ItemKind::kCommand && PrinterSelection::TakesItem(path);
-        if (IsOfUnknownOutcome(cutOff, row)) RecordError(path, std::string(kStatusUnknown));
+        if (IsOfUnknownOutcome(cutOff, row)) {
+            m_services.outcomes.RecordError(path, Printer(), kStatusUnknown);
+            m_services.outcomes.TellFailure(path, kStatusUnknown);
+        }
         CountRows(mark.outcome, 1);
         // The printer, its tray and its paper are those that the rows above have set.
         if (isSetting && IsTicked(row) && mark.pass == cutOff.copy) m_services.selection.ApplyItem(path);
@@ -114,6 +120,8 @@ void RunWalk::BeginRow(int row) {
     m_progress.file = row + 1;
     m_progress.files = list.RowCount();
     m_progress.bytesDone = m_progress.bytesTotal = 0;
+    m_services.outcomes.BeginRow();
+    m_services.watch.ForgetPages();
 }
 
 bool RunWalk::IsTicked(int row) const {
@@ -136,6 +144,7 @@ RunItem RunWalk::ItemOfRow(int row) const {
     item.printer = Printer();
     item.ticket = m_services.selection.Ticket();
     item.pages = text(kColumnPages);
+    item.sizeKb = text(kColumnSizeKb);
     item.printDirect = text(kColumnPrintDirect);
     item.processingParameters = text(kColumnProcessingParameters);
     item.addonParameters = text(kColumnAddonParameters);
@@ -166,7 +175,7 @@ void RunWalk::ProcessRow() {
     FinishRow(item, isMissed ? OutcomeOf(obstacle) : RowOutcome::kNotSelected, obstacle);
 }
 
-void RunWalk::PrintRow(const RunItem& item, const WayResult& obstacle) {
+void RunWalk::PrintRow(RunItem item, const WayResult& obstacle) {
     const GeneralOptions& options = m_services.options;
     m_request.observer.OnRowStarted(m_progress);
     WayResult result = obstacle.status.empty() ? FindPagesObstacle(item) : obstacle;
@@ -179,11 +188,7 @@ void RunWalk::PrintRow(const RunItem& item, const WayResult& obstacle) {
         }
         if (!m_services.snapshot.NoteBegun(m_services.list, m_progress.row, m_progress.copy))
             TellSnapshotFailed();
-        result = AttemptBalanced(item);
-        if (MayRetry(item, result) && KeepGoing()) {
-            ShowRowStatus("Retrying...");
-            result = AttemptBalanced(item);
-        }
+        result = PrintWithRetry(item);
     }
     ++m_finishedPrints;
     FinishRow(item, OutcomeOf(result), result);
@@ -197,6 +202,38 @@ WayResult RunWalk::FindPagesObstacle(const RunItem& item) {
                               options.m_dontPrintPdfZero);
     WayResult result;
     if (IsPassedOverPdf(options, item)) result.status = kStatusSkipped;
+    return result;
+}
+
+WayResult RunWalk::PrintWithRetry(RunItem& item) {
+    WayResult result = Attempt(item);
+    if (MayRetry(item, result) && KeepGoing()) {
+        ShowRowStatus("Retrying...");
+        result = Attempt(item);
+    }
+    return result;
+}
+
+WayResult RunWalk::Attempt(RunItem& item) {
+    if (item.kind == ItemKind::kDownload) {
+        const WayResult fetched = Download(item);
+        if (fetched.end != WayResult::End::kPrinted) return fetched;
+    }
+    return AttemptBalanced(item);
+}
+
+// Once the file is here, the row is a document: `item` is, too.
+WayResult RunWalk::Download(RunItem& item) {
+    std::string path;
+    WayResult result = m_services.downloads.Fetch(item.path, *this, path);
+    if (result.end != WayResult::End::kPrinted) return result;
+    if (FindRowAtWork()) {
+        m_services.list.InsertFileIntoList(path, kReplaceCurrentRow, "", {});
+        item = ItemOfRow(m_progress.row);
+    } else {
+        item.path = path;
+        item.kind = ItemKind::kDocument;
+    }
     return result;
 }
 
@@ -250,41 +287,78 @@ bool RunWalk::MayRetry(const RunItem& item, const WayResult& result) const {
 }
 
 void RunWalk::FinishRow(const RunItem& item, RowOutcome outcome, const WayResult& result) {
-    if (outcome == RowOutcome::kFailed || !result.remark.empty())
-        RecordError(item.path, result.remark.empty() ? result.status : result.remark);
     UpdatePace();
+    RunItem ended = item;
+    ended.printer = Printer();
+    const int pages = m_services.watch.TotalPages();
+    const auto counted = ParseWholeNumber(item.pages, 1, kMostPages);
+    m_services.outcomes.RecordRow(
+        {ended, result, outcome, m_progress.copy, counted ? static_cast<int>(*counted) : pages});
+    const bool isTold = outcome == RowOutcome::kFailed && result.end != WayResult::End::kStopped;
     if (!FindRowAtWork()) {
         CountRows(outcome, 1);
-        return;
+    } else {
+        const bool isRepeated = m_services.list.MarkOf(m_progress.row).outcome == RowOutcome::kFailed;
+        MarkRow(outcome, result);
+        HandleFile(outcome, result);
+        CheckForHang(item);
+        if (FindRowAtWork()) m_request.observer.OnRowFinished(m_progress, outcome);
+        if (isRepeated) return;
     }
+    if (isTold) m_services.outcomes.TellFailure(item.path, result.status);
+}
+
+// In the list and on the disk.
+void RunWalk::MarkRow(RowOutcome outcome, const WayResult& result) {
     RunMark& mark = m_services.list.MarkOf(m_progress.row);
     // A failure of an earlier copy stays in sight.
     const RowOutcome worst = std::max(mark.outcome, outcome);
     CountRows(mark.outcome, -1);
     CountRows(worst, 1);
     mark.outcome = worst;
-    if (outcome == RowOutcome::kDone) ++mark.printed;
-    if (outcome != RowOutcome::kNotSelected)
-        ShowRowStatus(worst == outcome ? std::string_view(result.status) : m_statusBefore);
-    if (outcome != RowOutcome::kNotSelected && FindRowAtWork() &&
+    if (outcome == RowOutcome::kDone) {
+        ++mark.printed;
+        mark.isDoubtful = mark.isDoubtful || !result.remark.empty();
+    }
+    if (outcome == RowOutcome::kNotSelected) return;
+    ShowRowStatus(worst == outcome ? std::string_view(result.status) : m_statusBefore);
+    if (FindRowAtWork() &&
         !m_services.snapshot.NoteFinished(m_services.list, m_progress.row, m_progress.copy))
         TellSnapshotFailed();
-    if (FindRowAtWork()) m_request.observer.OnRowFinished(m_progress, outcome);
+}
+
+// After the row's last copy. What was stopped, passed over or has an unknown outcome stays where it is.
+void RunWalk::HandleFile(RowOutcome outcome, const WayResult& result) {
+    if (!FindRowAtWork() || m_progress.copy < m_request.passes) return;
+    if (result.end == WayResult::End::kStopped || result.status == kStatusUnknown) return;
+    if (outcome != RowOutcome::kDone && outcome != RowOutcome::kFailed) return;
+    const RunMark& mark = m_services.list.MarkOf(m_progress.row);
+    PrintEnd end = mark.isDoubtful ? PrintEnd::kDoubtful : PrintEnd::kPrinted;
+    if (mark.outcome == RowOutcome::kFailed) end = PrintEnd::kFailed;
+    const PrintedRow row = ReadPrintedRow(m_services.list, m_progress.row, Printer());
+    if (m_services.outcomes.HandleFile(row, end) == RowHandled::kErased && end == PrintEnd::kPrinted)
+        ShowRowStatus("Deleted");
+}
+
+// A document of the word processor that it hung on gets one more row.
+void RunWalk::CheckForHang(const RunItem& item) {
+    const HangDecision decision =
+        quirepress::CheckForHang(m_request.hangWatch, m_services.hangLog, m_services.options, item.path);
+    if (!decision.tryAgain || !FindRowAtWork()) return;
+    const PrintedRow row = ReadPrintedRow(m_services.list, m_progress.row, "");
+    ItemTexts texts;
+    texts.moveToOnError = row.moveToOnError;
+    texts.fileTitle = row.fileTitle;
+    texts.addonParameters = item.addonParameters;
+    texts.processingParameters = item.processingParameters;
+    texts.extraOptions = item.extraOptions;
+    m_services.list.InsertFileIntoList(item.path, 1, row.moveTo, texts);
 }
 
 void RunWalk::CountRows(RowOutcome outcome, int rows) {
     if (outcome == RowOutcome::kDone) m_summary.done += rows;
     if (outcome == RowOutcome::kFailed) m_summary.failed += rows;
     if (outcome == RowOutcome::kSkipped) m_summary.skipped += rows;
-}
-
-void RunWalk::RecordError(const std::string& path, const std::string& error) {
-    if (!m_services.options.m_errorLog) return;
-    ErrorRecord record;
-    record.source = path;
-    record.error = error;
-    record.printer = Printer();
-    if (m_services.errorLog.Append(record) != 0) m_errorLogFailed = true;
 }
 
 void RunWalk::TellSnapshotFailed() {

@@ -7,7 +7,7 @@
 
 #include "core/job_wait.h"
 #include "core/print_run.h"
-#include "core/print_run_ways.h"
+#include "core/run_way.h"
 
 namespace quirepress {
 
@@ -15,6 +15,7 @@ namespace quirepress {
 struct WalkRequest {
     const std::vector<std::unique_ptr<RunWay>>& ways;
     RunObserver& observer;
+    HangWatch* hangWatch = nullptr;
     const bool& stop;
     int passes = 1;  // how often the whole list is walked
     bool isBalanced = false;
@@ -50,15 +51,20 @@ private:
     std::string Printer() const;
 
     void ProcessRow();
-    void PrintRow(const RunItem& item, const WayResult& obstacle);
+    void PrintRow(RunItem item, const WayResult& obstacle);
     WayResult FindPagesObstacle(const RunItem& item);
+    WayResult PrintWithRetry(RunItem& item);
+    WayResult Attempt(RunItem& item);
+    WayResult Download(RunItem& item);
     WayResult AttemptBalanced(RunItem item);
     WayResult AttemptRow(const RunItem& item);
     WayResult OfferToWays(const RunItem& item);
     bool MayRetry(const RunItem& item, const WayResult& result) const;
     void FinishRow(const RunItem& item, RowOutcome outcome, const WayResult& result);
+    void MarkRow(RowOutcome outcome, const WayResult& result);
+    void HandleFile(RowOutcome outcome, const WayResult& result);
+    void CheckForHang(const RunItem& item);
     void CountRows(RowOutcome outcome, int rows);
-    void RecordError(const std::string& path, const std::string& error);
     void TellSnapshotFailed();
     bool Pause(int seconds, bool showInRow);
     void UpdatePace();
@@ -72,7 +78,6 @@ private:
     long long m_plannedPrints = 0;  // ticked rows in all walks, as they were at the start
     long long m_finishedPrints = 0;
     long long m_startedAt = 0;
-    bool m_errorLogFailed = false;
 };
 
 }  // namespace quirepress

@@ -8,7 +8,6 @@
 #include "backends/queue_watch.h"
 #include "base/format.h"
 #include "base/text.h"
-#include "core/print_run.h"
 #include "logs/debug_log.h"
 #include "platform/spooler.h"
 
@@ -37,27 +36,22 @@ bool IsSaidYes(std::string_view text) {
     return std::find(kYes.begin(), kYes.end(), ToLowerAscii(text)) != kYes.end();
 }
 
-// Printer-ready files go to the spooler as they are, as often as the row asks for.
 class DirectWay : public RunWay {
 public:
-    explicit DirectWay(const PrintRunServices& services)
-        : m_printer(services.directPrinter),
-          m_watch(services.watch),
-          m_debugLog(services.debugLog),
-          m_options(services.options) {}
+    explicit DirectWay(const DirectWayServices& services) : m_services(services) {}
 
     bool Takes(const RunItem& item) override {
         if (item.kind != ItemKind::kDocument) return false;
-        m_debugLog.Trace("Check for internal printing of file: %s\r\n", item.path);
-        return IsSaidYes(item.printDirect) || IsDirectPrintFile(m_options, item.path);
+        m_services.debugLog.Trace("Check for internal printing of file: %s\r\n", item.path);
+        return IsSaidYes(item.printDirect) || IsDirectPrintFile(m_services.options, item.path);
     }
 
     WayResult Process(const RunItem& item, WayFeedback& feedback) override {
         const int times =
             DirectRepeatCount({item.processingParameters, item.addonParameters, item.extraOptions});
-        m_debugLog.Trace("Sending file directly to printer: %s\r\n", item.path);
+        m_services.debugLog.Trace("Sending file directly to printer: %s\r\n", item.path);
         feedback.ShowRowStatus("Spooling");
-        m_printer.UsePriority(m_watch.RunPriority());
+        m_services.printer.UsePriority(m_services.watch.RunPriority());
         int printed = 0;
         std::int64_t jobId = 0;
         WayResult flaw;  // the last call that was not as it should be
@@ -83,7 +77,7 @@ private:
             return !feedback.IsStopped();
         };
         DirectOutcome outcome;
-        const int result = m_printer.PrintExtPS(item.printer, item.path, onChunk, outcome);
+        const int result = m_services.printer.PrintExtPS(item.printer, item.path, onChunk, outcome);
         if (outcome.stopped) return Stopped(0, 1);
         if (result == -1) return DidNotSpool("the printer can't be opened", outcome.systemError);
         if (result != 0) return DidNotSpool("the document can't be started", outcome.systemError);
@@ -107,34 +101,30 @@ private:
         return result;
     }
 
-    DirectPrinter& m_printer;
-    QueueWatch& m_watch;
-    DebugLog& m_debugLog;
-    const GeneralOptions& m_options;
+    DirectWayServices m_services;
 };
 
-// Documents that the print system renders, or stores, by itself.
-class SpoolerDocumentWay : public RunWay {
+class SpoolerWay : public RunWay {
 public:
-    explicit SpoolerDocumentWay(const PrintRunServices& services) : m_services(services) {}
+    SpoolerWay(Spooler& spooler, QueueWatch& watch) : m_spooler(spooler), m_watch(watch) {}
 
     bool Takes(const RunItem& item) override {
-        return item.kind == ItemKind::kDocument && m_services.spooler.TakesDocument(item.printer, item.path);
+        return item.kind == ItemKind::kDocument && m_spooler.TakesDocument(item.printer, item.path);
     }
 
     WayResult Process(const RunItem& item, WayFeedback& feedback) override {
         feedback.ShowRowStatus("Spooling");
-        return HandOverDocument(m_services, item, item.path);
+        return HandOverDocument(m_spooler, m_watch, item, item.path);
     }
 
 private:
-    PrintRunServices m_services;
+    Spooler& m_spooler;
+    QueueWatch& m_watch;
 };
 
-// Command items that change the printer, its tray or its paper for the rows below.
 class SettingsWay : public RunWay {
 public:
-    explicit SettingsWay(const PrintRunServices& services) : m_selection(services.selection) {}
+    explicit SettingsWay(PrinterSelection& selection) : m_selection(selection) {}
 
     bool Takes(const RunItem& item) override {
         return item.kind == ItemKind::kCommand && PrinterSelection::TakesItem(item.path);
@@ -155,22 +145,26 @@ private:
 
 }  // namespace
 
-std::vector<std::unique_ptr<RunWay>> MakeRunWays(const PrintRunServices& services) {
-    std::vector<std::unique_ptr<RunWay>> ways;
-    ways.push_back(std::make_unique<SettingsWay>(services));
-    ways.push_back(std::make_unique<DirectWay>(services));
-    ways.push_back(MakePdfWay(services));
-    ways.push_back(std::make_unique<SpoolerDocumentWay>(services));
-    return ways;
+std::unique_ptr<RunWay> MakeSettingsWay(PrinterSelection& selection) {
+    return std::make_unique<SettingsWay>(selection);
 }
 
-WayResult HandOverDocument(const PrintRunServices& services, const RunItem& item, const std::string& file) {
+std::unique_ptr<RunWay> MakeDirectWay(const DirectWayServices& services) {
+    return std::make_unique<DirectWay>(services);
+}
+
+std::unique_ptr<RunWay> MakeSpoolerWay(Spooler& spooler, QueueWatch& watch) {
+    return std::make_unique<SpoolerWay>(spooler, watch);
+}
+
+WayResult HandOverDocument(Spooler& spooler, const QueueWatch& watch, const RunItem& item,
+                           const std::string& file) {
     DocumentInfo document;
     document.name = item.path;
     document.ticket = item.ticket;
-    document.priority = services.watch.RunPriority();
+    document.priority = watch.RunPriority();
     int systemError = 0;
-    const std::int64_t jobId = services.spooler.PrintDocument(item.printer, file, document, systemError);
+    const std::int64_t jobId = spooler.PrintDocument(item.printer, file, document, systemError);
     if (jobId >= 0) return Printed({}, jobId);
     if (jobId == kDocumentUnknown) return Unknown();
     return DidNotSpool("the spooler did not take the document", systemError);

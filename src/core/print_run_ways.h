@@ -1,77 +1,57 @@
 #pragma once
 
-#include <cstdint>
 #include <memory>
 #include <string>
-#include <string_view>
-#include <vector>
 
-#include "core/list_item.h"
-#include "platform/job_ticket.h"
+#include "core/run_way.h"
 
 namespace quirepress {
 
-struct PrintRunServices;
+class ColorSplit;
+class DebugLog;
+class DirectPrinter;
+class Files;
+class PdfPages;
+class PrinterSelection;
+class QueueWatch;
+class Spooler;
+struct ColorPrinterOptions;
+struct GeneralOptions;
 
-// A row as a way gets it: texts of its own, since the list may change under every pump.
-struct RunItem {
-    std::string path;
-    ItemKind kind = ItemKind::kDocument;
-    std::string printer;
-    JobTicket ticket;  // what the current set-up asks for
-    std::string pages;
-    std::string printDirect;
-    std::string processingParameters;
-    std::string addonParameters;
-    std::string extraOptions;
+// Command items that change the printer, its tray or its paper for the rows below.
+std::unique_ptr<RunWay> MakeSettingsWay(PrinterSelection& selection);
+
+struct DirectWayServices {
+    DirectPrinter& printer;
+    QueueWatch& watch;
+    DebugLog& debugLog;
+    const GeneralOptions& options;
 };
 
-struct WayResult {
-    enum class End { kPrinted, kFailed, kStopped } end = End::kFailed;
-    std::string status;  // for the row
-    // For the error log: what went wrong. Of a printed document, why it may not have come out whole; its
-    // file is then to be kept.
-    std::string remark;
-    bool canRetry = false;   // nothing came out, and another attempt may go better
-    std::int64_t jobId = 0;  // of the last job, when the print system tells it
+// Printer-ready files go to the spooler as they are, as often as the row asks for.
+std::unique_ptr<RunWay> MakeDirectWay(const DirectWayServices& services);
+
+struct PdfWayServices {
+    Spooler& spooler;
+    QueueWatch& watch;
+    PrinterSelection& selection;
+    ColorSplit& colorSplit;
+    PdfPages& pages;
+    Files& files;
+    const GeneralOptions& options;
+    const ColorPrinterOptions& colorOptions;
+    std::string workingFolder;
 };
 
-// What a way may say and ask while it works.
-class WayFeedback {
-public:
-    virtual ~WayFeedback() = default;
-    virtual void ShowRowStatus(std::string_view status) = 0;
-    virtual void ShowBytes(std::int64_t done, std::int64_t total) = 0;
-    virtual bool IsStopped() const = 0;
-    virtual bool KeepGoing() = 0;  // Pumps; false once Stop was pressed.
-};
+// PDF files of which only some pages are wanted, or whose pages go to two printers. Any other PDF is left to
+// the ways behind.
+std::unique_ptr<RunWay> MakePdfWay(const PdfWayServices& services);
 
-// One way for a row: to paper for a document, into effect for a command item.
-class RunWay {
-public:
-    virtual ~RunWay() = default;
-    virtual bool Takes(const RunItem& item) = 0;
-    virtual WayResult Process(const RunItem& item, WayFeedback& feedback) = 0;  // May pump.
-};
-
-// All ways, in the order in which a row is offered to them.
-std::vector<std::unique_ptr<RunWay>> MakeRunWays(const PrintRunServices& services);
-
-// PDF files of which only some pages are wanted, or whose pages go to two printers.
-std::unique_ptr<RunWay> MakePdfWay(const PrintRunServices& services);
+// Documents that the print system renders, or stores, by itself.
+std::unique_ptr<RunWay> MakeSpoolerWay(Spooler& spooler, QueueWatch& watch);
 
 // Hands `file` to the print system as the document of the item, to the item's printer.
-WayResult HandOverDocument(const PrintRunServices& services, const RunItem& item, const std::string& file);
-
-// For a row that no way takes.
-WayResult NoWayFor(const RunItem& item);
-
-constexpr std::string_view kStatusDone = "Done";
-// Nobody can tell whether it came out; it is never printed again by itself.
-constexpr std::string_view kStatusUnknown =
-    "Error - Unknown whether it was printed, please check the printer";
-constexpr std::string_view kStatusDidNotSpool =
-    "Error - Can't Print - did not spool, try changing application startup allowance in options or contact "
-    "Corvane for help";
+WayResult HandOverDocument(Spooler& spooler, const QueueWatch& watch, const RunItem& item,
+                           const std::string& file);
 
 }  // namespace quirepress

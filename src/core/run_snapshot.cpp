@@ -11,7 +11,7 @@
 #include "base/numbers.h"
 #include "base/text.h"
 #include "core/print_list.h"
-#include "core/print_run_ways.h"
+#include "core/run_way.h"
 #include "platform/file_tools.h"
 #include "platform/files.h"
 
@@ -41,7 +41,8 @@ std::string JoinFields(std::initializer_list<std::string_view> fields) {
 
 std::string RowLine(PrintList& list, int row) {
     const RunMark& mark = list.MarkOf(row);
-    std::string line = Format("ROW\t%d\t%d\t%d", mark.pass, mark.printed, static_cast<int>(mark.outcome));
+    std::string line = Format("ROW\t%d\t%d\t%d\t%d", mark.pass, mark.printed, static_cast<int>(mark.outcome),
+                              mark.isDoubtful);
     for (int column = 0; column < kColumnCount; ++column)
         line += '\t' + EscapeControls(list.Text(row, column));
     return line + "\n";
@@ -70,19 +71,23 @@ bool ReadNumber(std::string_view text, int lowest, int highest, std::int32_t& nu
     return value.has_value();
 }
 
-bool ReadOutcome(std::string_view text, RowOutcome& outcome) {
+bool ReadOutcome(std::string_view outcome, std::string_view doubt, RunMark& mark) {
     std::int32_t number = 0;
-    if (!ReadNumber(text, 0, static_cast<int>(RowOutcome::kFailed), number)) return false;
-    outcome = static_cast<RowOutcome>(number);
+    std::int32_t isDoubtful = 0;
+    if (!ReadNumber(outcome, 0, static_cast<int>(RowOutcome::kFailed), number) ||
+        !ReadNumber(doubt, 0, 1, isDoubtful))
+        return false;
+    mark.outcome = static_cast<RowOutcome>(number);
+    mark.isDoubtful = isDoubtful == 1;
     return true;
 }
 
 bool ReadRow(const std::vector<std::string_view>& fields, CutOffRun::Row& row) {
-    constexpr std::size_t kBefore = 4;
+    constexpr std::size_t kBefore = 5;
     if (fields.size() != kBefore + kColumnCount || fields[0] != "ROW") return false;
     if (!ReadNumber(fields[1], 0, kMostRows, row.mark.pass)) return false;
     if (!ReadNumber(fields[2], 0, kMostRows, row.mark.printed)) return false;
-    if (!ReadOutcome(fields[3], row.mark.outcome)) return false;
+    if (!ReadOutcome(fields[3], fields[4], row.mark)) return false;
     for (std::size_t i = 0; i < kColumnCount; ++i) row.texts[i] = UnescapeControls(fields[kBefore + i]);
     return true;
 }
@@ -110,15 +115,15 @@ void ReadJournal(Fields& lines, CutOffRun& run) {
     while (lines.TakeLine(fields)) {
         std::int32_t index = 0;
         RunMark mark;
-        const bool isWhole = fields.size() == 6 && fields[0] == "FINISHED" &&
+        const bool isWhole = fields.size() == 7 && fields[0] == "FINISHED" &&
                              ReadNumber(fields[1], 0, static_cast<int>(run.rows.size()) - 1, index) &&
                              ReadNumber(fields[2], 1, kMostRows, mark.pass) &&
                              ReadNumber(fields[3], 0, kMostRows, mark.printed) &&
-                             ReadOutcome(fields[4], mark.outcome);
+                             ReadOutcome(fields[4], fields[5], mark);
         if (!isWhole) return;
         CutOffRun::Row& row = run.rows[static_cast<std::size_t>(index)];
         row.mark = mark;
-        row.texts[kColumnStatus] = UnescapeControls(fields[5]);
+        row.texts[kColumnStatus] = UnescapeControls(fields[6]);
     }
 }
 
@@ -233,9 +238,10 @@ bool RunSnapshot::NoteBegun(PrintList& list, int row, int copy) {
 bool RunSnapshot::NoteFinished(PrintList& list, int row, int copy) {
     if (!IsOn() || list.Version() != m_listVersion) return true;  // the next list will hold it
     const RunMark& mark = list.MarkOf(row);
-    const std::string line = JoinFields(
-        {"FINISHED", std::to_string(row), std::to_string(copy), std::to_string(mark.printed),
-         std::to_string(static_cast<int>(mark.outcome)), EscapeControls(list.Text(row, kColumnStatus))});
+    const std::string line =
+        JoinFields({"FINISHED", std::to_string(row), std::to_string(copy), std::to_string(mark.printed),
+                    std::to_string(static_cast<int>(mark.outcome)), mark.isDoubtful ? "1" : "0",
+                    EscapeControls(list.Text(row, kColumnStatus))});
     m_finished = row;
     return m_journal->Write(line.data(), line.size()) == FileResult::kDone || GiveUp();
 }

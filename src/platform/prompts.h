@@ -16,6 +16,11 @@ public:
     // The file that the user wants something written to, such as "*.csv"; empty when there shall be none, as
     // where nobody can answer. May pump.
     virtual std::string AskSavePath(std::string_view /*title*/, std::string_view /*filter*/) { return {}; }
+    // A line of text, `usual` being the one to begin with, which is also the answer where nobody can give
+    // another. May pump.
+    virtual std::string AskText(std::string_view /*title*/, std::string_view /*text*/, std::string_view usual) {
+        return std::string(usual);
+    }
     // The status line; replaces what it showed.
     virtual void ShowStatus(std::string_view text) = 0;
 };

@@ -25,6 +25,15 @@ std::string FakePrompts::AskSavePath(std::string_view title, std::string_view fi
     return path;
 }
 
+std::string FakePrompts::AskText(std::string_view title, std::string_view text, std::string_view usual) {
+    questions.push_back({std::string(title), std::string(text)});
+    RunWhileOpen();
+    if (m_texts.empty()) return std::string(usual);
+    std::string answer = std::move(m_texts.front());
+    m_texts.pop_front();
+    return answer;
+}
+
 void FakePrompts::ShowStatus(std::string_view text) {
     statusTexts.emplace_back(text);
 }

@@ -10,7 +10,8 @@
 
 namespace quirepress {
 
-// Records what it is told; answers questions as scripted, then with the safe answer, and without a path.
+// Records what it is told; answers questions as scripted, then with the safe or usual answer, and
+// without a path.
 class FakePrompts : public Prompts {
 public:
     struct Box {
@@ -22,9 +23,11 @@ public:
     void ShowBox(std::string_view title, std::string_view text) override;
     bool AskYesNo(std::string_view title, std::string_view text, bool safeAnswer) override;
     std::string AskSavePath(std::string_view title, std::string_view filter) override;
+    std::string AskText(std::string_view title, std::string_view text, std::string_view usual) override;
     void ShowStatus(std::string_view text) override;
 
     void AnswerNext(bool yes) { m_answers.push_back(yes); }
+    void WriteNext(std::string text) { m_texts.push_back(std::move(text)); }
     void ChooseNext(std::string path) { m_savePaths.push_back(std::move(path)); }
     // Runs inside each box and question, as other work does while one is open.
     void WhileOpen(std::function<void()> action) { m_whileOpen = std::move(action); }
@@ -38,6 +41,7 @@ private:
 
     std::deque<bool> m_answers;
     std::deque<std::string> m_savePaths;
+    std::deque<std::string> m_texts;
     std::function<void()> m_whileOpen;
 };
 

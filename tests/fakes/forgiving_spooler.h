@@ -15,6 +15,8 @@ public:
 
     ForgivingSpooler(Files& files, int refusedChunk) : FakeSpooler(files), m_refusedChunk(refusedChunk) {}
 
+    void RefuseChunk(int number) { m_refusedChunk = number; }  // from 1; 0: none
+
     std::unique_ptr<RawPrinter> OpenRawPrinter(std::string_view printer, int& systemError) override {
         return std::make_unique<Raw>(FakeSpooler::OpenRawPrinter(printer, systemError), m_refusedChunk);
     }

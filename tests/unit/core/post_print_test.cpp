@@ -393,9 +393,9 @@ TEST_F(OtherVolumeTest, LosesNothingWhereverItIsKilled) {
 
 TEST_F(PostPrintTest, HandlesARowByTheEndOfItsPrint) {
     const std::string out = PathOf("out"), bad = PathOf("bad");
-    EXPECT_EQ(HandleRow(Put(), out, PrintEnd::kPrinted, bad), RowHandled::kDone);
+    EXPECT_EQ(HandleRow(Put(), out, PrintEnd::kPrinted, bad), RowHandled::kBrought);
     EXPECT_TRUE(Has("out/a.pdf"));
-    EXPECT_EQ(HandleRow(Put(), "qprdelete", PrintEnd::kFailed, bad), RowHandled::kDone);
+    EXPECT_EQ(HandleRow(Put(), "qprdelete", PrintEnd::kFailed, bad), RowHandled::kBrought);
     EXPECT_TRUE(Has("bad/a.pdf"));
     EXPECT_EQ(HandleRow(Put(), "qprdelete", PrintEnd::kFailed), RowHandled::kLeft);
     EXPECT_EQ(HandleRow(Put("in/QPRMerged_1.pdf"), "qprdelete", PrintEnd::kFailed, bad), RowHandled::kLeft);
@@ -405,9 +405,9 @@ TEST_F(PostPrintTest, HandlesARowByTheEndOfItsPrint) {
     EXPECT_EQ(HandleRow(Put(), "qprdelete", PrintEnd::kDoubtful, "qprdelete"), RowHandled::kLeft);
     EXPECT_EQ(HandleRow(Put(), "", PrintEnd::kDoubtful, bad), RowHandled::kLeft);
     EXPECT_TRUE(Has("in/a.pdf"));
-    EXPECT_EQ(HandleRow(Put(), out, PrintEnd::kDoubtful, bad), RowHandled::kDone);
+    EXPECT_EQ(HandleRow(Put(), out, PrintEnd::kDoubtful, bad), RowHandled::kBrought);
     EXPECT_TRUE(Has("out/a_v1.pdf"));
-    EXPECT_EQ(HandleRow(Put(), "qprdelete", PrintEnd::kDoubtful, bad), RowHandled::kDone);
+    EXPECT_EQ(HandleRow(Put(), "qprdelete", PrintEnd::kDoubtful, bad), RowHandled::kBrought);
     EXPECT_TRUE(Has("bad/a_v1.pdf"));
     // Only documents.
     EXPECT_EQ(HandleRow(Put("in/x.prs"), out, PrintEnd::kPrinted), RowHandled::kLeft);

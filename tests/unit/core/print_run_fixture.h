@@ -17,8 +17,13 @@
 #include "backends/queue_watch.h"
 #include "base/path.h"
 #include "base/text.h"
+#include "core/post_print.h"
 #include "core/print_list.h"
 #include "core/print_run.h"
+#include "core/print_run_ways.h"
+#include "core/run_downloads.h"
+#include "core/run_notices.h"
+#include "core/run_outcomes.h"
 #include "core/run_snapshot.h"
 #include "documents/page_colors.h"
 #include "documents/page_renderer.h"
@@ -31,6 +36,8 @@
 #include "fakes/temporary_folder.h"
 #include "logs/debug_log.h"
 #include "logs/error_log.h"
+#include "logs/hang_log.h"
+#include "logs/print_log.h"
 #include "platform/files.h"
 #include "platform/services.h"
 #include "settings/color_printer_options.h"
@@ -69,6 +76,14 @@ public:
     }
 };
 
+class NoticeRecorder : public RunNotices {
+public:
+    void Notify(int kind, std::string_view body, std::string_view attachment) override {
+        told.push_back(std::to_string(kind) + ":" + std::string(body) + std::string(attachment));
+    }
+    std::vector<std::string> told;
+};
+
 // Notes what it is told; `onProgress` and `onFinished` may act in the middle of a run.
 class RunRecorder : public RunObserver {
 public:
@@ -101,12 +116,13 @@ public:
         : spooler(files, std::forward<Arguments>(arguments)...),
           list({files, *services.shell, clock, *services.machine, loop, prompts, debugLog, pdfCounter,
                 options, WithTrailingSeparator(folder.Path())}),
-          run({list, spooler, directPrinter, files, loop, prompts, debugLog, errorLog, selection, watch,
-               balance, snapshot, colorSplit, pdfs, options, balanceOptions, colorOptions,
-               WithTrailingSeparator(folder.Path())}) {
+          run({list, spooler, files, loop, prompts, debugLog, selection, watch, balance, snapshot, downloads,
+               outcomes, hangLog, options, balanceOptions},
+              MakeWays()) {
         spooler.PutPrinter("Laser");
         spooler.PutPrinter("Plotter");
         run.UseObserver(&recorder);
+        postPrint.UseNotices(&notices);
     }
 
     // Adds a row for a file of these bytes; answers its path.
@@ -149,6 +165,16 @@ public:
         return [this, row] { return run.IsRunning() && list.CurrentRow() == row; };
     }
 
+    RunWays MakeWays() {
+        RunWays ways;
+        ways.push_back(MakeSettingsWay(selection));
+        ways.push_back(MakeDirectWay({directPrinter, watch, debugLog, options}));
+        ways.push_back(MakePdfWay({spooler, watch, selection, colorSplit, pdfs, files, options, colorOptions,
+                                   WithTrailingSeparator(folder.Path())}));
+        ways.push_back(MakeSpoolerWay(spooler, watch));
+        return ways;
+    }
+
     TemporaryFolder folder;
     Services services = MakeSystemServices();
     StageFiles files{*services.files};
@@ -173,6 +199,14 @@ public:
     BalanceOptions balanceOptions;
     PrinterBalance balance{spooler, loop, prompts, debugLog, balanceOptions};
     RunSnapshot snapshot{files, WithTrailingSeparator(folder.Path())};
+    PrintLog printLog{files, clock, prompts, debugLog, folder.PathOf(kPrintLogName)};
+    HangLog hangLog{files, clock, folder.PathOf(kHangLogName)};
+    PostPrint postPrint{
+        {files, loop, clock, prompts, debugLog, errorLog, options, WithTrailingSeparator(folder.Path())}};
+    NoticeRecorder notices;
+    RunOutcomes outcomes{{files, clock, loop, *services.machine, prompts, printLog, errorLog, postPrint,
+                          notices, options, WithTrailingSeparator(folder.Path())}};
+    RunDownloads downloads{{files, prompts, {loop, ""}, options, WithTrailingSeparator(folder.Path())}};
     RunRecorder recorder;
     PrintRun run;
 };

@@ -69,7 +69,9 @@ TEST_F(PrintRunTest, WritesItsStartToTheDebugLog) {
                   path + "\r\nCheck is to print OK\r\nbadFile check? 0, " + path +
                   "\r\nCheck for internal printing of file: " + path +
                   "\r\nSending file directly to printer: " + path + "\r\nPrintExtPS: " + path +
-                  "\r\nPrintExtPS: " + path + ", Done: 0\r\ng_didspool: 1 and g_bError: 0\r\n");
+                  "\r\nPrintExtPS: " + path +
+                  ", Done: 0\r\ng_didspool: 1 and g_bError: 0\r\nCheckForFileOnMove fn=" + path +
+                  ", fn_to=, fileTitle=a.ps\r\n");
 }
 
 // One row of every kind: each gets its status and costs nothing but itself.
@@ -83,7 +85,7 @@ TEST_F(PrintRunTest, GivesEveryRowItsStatus) {
     AddFile("empty.ps", "");
     list.SetText(4, kColumnSelected, "Yes");
     list.InsertFileIntoList(std::string(kSeparatorText), 1, "", {});
-    list.InsertFileIntoList("http://host/a.pdf", 1, "", {});
+    list.InsertFileIntoList("http://nowhere.invalid/a.pdf", 1, "", {});
     list.InsertFileIntoList("landscape.paperorientation", 1, "", {});
     AddFile("unticked.ps");
     list.SetText(8, kColumnSelected, "No");
@@ -95,7 +97,8 @@ TEST_F(PrintRunTest, GivesEveryRowItsStatus) {
     const std::string noItem = "Error - this kind of item can't be applied on this print system yet";
     EXPECT_EQ(Statuses(),
               (TextList{"Done", "Done", "Error - this kind of file can't be printed on this print system yet",
-                        "No File.", "Empty File", noItem, noItem, "Set Orientation", "Ready", "Done"}));
+                        "No File.", "Empty File", noItem, "Unable to download web file", "Set Orientation",
+                        "Ready", "Done"}));
     EXPECT_EQ(Printed(), (TextList{"raw.ps", "text.txt", "last.prn"}));
     EXPECT_EQ(spooler.CountCalls("PrintDocument"), 1);
     EXPECT_EQ(spooler.Sent().at(0).bytes, "raw bytes");

@@ -1,0 +1,91 @@
+#include "app/application.h"
+#include "automation/notifications.h"
+#include "backends/balance.h"
+#include "backends/color_split.h"
+#include "backends/direct_print.h"
+#include "backends/printer_selection.h"
+#include "backends/queue_watch.h"
+#include "backends/shell_print.h"
+#include "core/post_print.h"
+#include "core/print_list.h"
+#include "core/print_run.h"
+#include "core/print_run_scripts.h"
+#include "core/print_run_shell.h"
+#include "core/print_run_ways.h"
+#include "core/run_downloads.h"
+#include "core/run_outcomes.h"
+#include "core/run_snapshot.h"
+#include "documents/page_colors.h"
+#include "documents/pdf_worker.h"
+#include "logs/debug_log.h"
+#include "logs/error_log.h"
+#include "logs/hang_log.h"
+#include "logs/print_log.h"
+#include "platform/clock.h"
+#include "platform/event_loop.h"
+#include "platform/files.h"
+#include "platform/machine.h"
+#include "platform/processes.h"
+#include "platform/prompts.h"
+#include "platform/shell.h"
+#include "settings/print_commands.h"
+#include "transport/transfer.h"
+
+namespace quirepress {
+
+// What prints needs the spooler.
+void Application::MakePrinting() {
+    Files& files = *m_services.files;
+    EventLoop& loop = *m_services.loop;
+    m_colorSplit = std::make_unique<ColorSplit>(*m_pageColors, *m_pdfWorker, files);
+    m_directPrinter = std::make_unique<DirectPrinter>(*m_spooler, files, loop, *m_debugLog);
+    m_selection = std::make_unique<PrinterSelection>(PrinterSelectionServices{
+        *m_spooler, files, loop, *m_prompts, *m_debugLog, m_options, m_request.workingFolder});
+    m_watch = std::make_unique<QueueWatch>(*m_spooler, files, *m_prompts, *m_debugLog, m_options);
+    m_balance = std::make_unique<PrinterBalance>(*m_spooler, loop, *m_prompts, *m_debugLog, m_balanceOptions);
+    m_printCommands = std::make_unique<PrintCommandFile>(Settings());
+    m_shellPrinter = std::make_unique<ShellPrinter>(
+        ShellPrinterServices{*m_services.shell, *m_services.processes, files, *m_spooler, *m_printCommands,
+                             *m_debugLog, m_options});
+    MakeOutcomes();
+    MakeRun();
+}
+
+void Application::MakeOutcomes() {
+    Files& files = *m_services.files;
+    EventLoop& loop = *m_services.loop;
+    Clock& clock = *m_services.clock;
+    m_printLog = std::make_unique<PrintLog>(files, clock, *m_prompts, *m_debugLog, PathOf(kPrintLogName));
+    m_hangLog = std::make_unique<HangLog>(files, clock, PathOf(kHangLogName));
+    m_postPrint = std::make_unique<PostPrint>(PostPrintServices{
+        files, loop, clock, *m_prompts, *m_debugLog, *m_errorLog, m_options, m_request.workingFolder});
+    m_postPrint->UseNotices(m_notifications.get());
+    m_outcomes = std::make_unique<RunOutcomes>(
+        RunOutcomeServices{files, clock, loop, *m_services.machine, *m_prompts, *m_printLog, *m_errorLog,
+                           *m_postPrint, *m_notifications, m_options, m_request.workingFolder});
+    m_downloads = std::make_unique<RunDownloads>(
+        RunDownloadServices{files, *m_prompts, Transfers(), m_options, m_request.workingFolder});
+}
+
+void Application::MakeRun() {
+    Files& files = *m_services.files;
+    EventLoop& loop = *m_services.loop;
+    RunWays ways;
+    ways.push_back(
+        MakeScriptWay({*m_services.shell, *m_services.processes, loop, *m_services.clock, *m_debugLog}, files,
+                      *m_printCommands));
+    ways.push_back(MakeSettingsWay(*m_selection));
+    ways.push_back(MakeDirectWay({*m_directPrinter, *m_watch, *m_debugLog, m_options}));
+    ways.push_back(MakePdfWay({*m_spooler, *m_watch, *m_selection, *m_colorSplit, *m_pdfWorker, files,
+                               m_options, m_colorOptions, m_request.workingFolder}));
+    ways.push_back(MakeSpoolerWay(*m_spooler, *m_watch));
+    ways.push_back(MakeShellWay({*m_shellPrinter, *m_list, *m_spooler, *m_watch, *m_services.processes, files,
+                                 loop, *m_debugLog, m_options, m_request.workingFolder}));
+    m_run = std::make_unique<PrintRun>(
+        PrintRunServices{*m_list, *m_spooler, files, loop, *m_prompts, *m_debugLog, *m_selection, *m_watch,
+                         *m_balance, *m_snapshot, *m_downloads, *m_outcomes, *m_hangLog, m_options,
+                         m_balanceOptions},
+        std::move(ways));
+}
+
+}  // namespace quirepress

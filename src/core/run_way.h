@@ -1,0 +1,70 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "core/list_item.h"
+#include "platform/job_ticket.h"
+
+namespace quirepress {
+
+// A row as a way gets it: texts of its own, since the list may change under every pump.
+struct RunItem {
+    std::string path;
+    ItemKind kind = ItemKind::kDocument;
+    std::string printer;
+    JobTicket ticket;  // what the current set-up asks for
+    std::string pages;
+    std::string sizeKb;
+    std::string printDirect;
+    std::string processingParameters;
+    std::string addonParameters;
+    std::string extraOptions;
+};
+
+struct WayResult {
+    enum class End { kPrinted, kFailed, kStopped } end = End::kFailed;
+    std::string status;  // for the row
+    // For the error log: what went wrong. Of a printed document, why it may not have come out whole; its
+    // file is then to be kept.
+    std::string remark;
+    bool canRetry = false;   // nothing came out, and another attempt may go better
+    std::int64_t jobId = 0;  // of the last job, when the print system tells it
+};
+
+// What a way may say and ask while it works.
+class WayFeedback {
+public:
+    virtual ~WayFeedback() = default;
+    virtual void ShowRowStatus(std::string_view status) = 0;
+    virtual void ShowBytes(std::int64_t done, std::int64_t total) = 0;
+    virtual bool IsStopped() const = 0;
+    virtual bool KeepGoing() = 0;  // Pumps; false once Stop was pressed.
+};
+
+// One way for a row: to paper for a document, into effect for a command item.
+class RunWay {
+public:
+    virtual ~RunWay() = default;
+    virtual bool Takes(const RunItem& item) = 0;
+    virtual WayResult Process(const RunItem& item, WayFeedback& feedback) = 0;  // May pump.
+};
+
+// In the order in which a row is offered to them.
+using RunWays = std::vector<std::unique_ptr<RunWay>>;
+
+// For a row that no way takes.
+WayResult NoWayFor(const RunItem& item);
+
+constexpr std::string_view kStatusDone = "Done";
+// Nobody can tell whether it came out; it is never printed again by itself.
+constexpr std::string_view kStatusUnknown =
+    "Error - Unknown whether it was printed, please check the printer";
+constexpr std::string_view kStatusDidNotSpool =
+    "Error - Can't Print - did not spool, try changing application startup allowance in options or contact "
+    "Corvane for help";
+
+}  // namespace quirepress

@@ -1,0 +1,211 @@
+#include <gmock/gmock.h>
+
+#include <filesystem>
+
+#include "backends/hang_recovery.h"
+#include "base/text.h"
+#include "fakes/forgiving_spooler.h"
+#include "print_run_fixture.h"
+
+namespace quirepress {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::SizeIs;
+using testing::StartsWith;
+
+// What becomes of rows, and of their files, after they were printed.
+class PrintRunOutcomesTest : public PrintRunTest {
+protected:
+    // A ticked row with a place for its file.
+    std::string AddRow(std::string_view name, std::string_view moveTo, std::string_view onError = "",
+                       std::string_view bytes = "bytes") {
+        std::string path = folder.Write(name, bytes);
+        ItemTexts texts;
+        texts.moveToOnError = onError;
+        list.InsertFileIntoList(path, 1, moveTo, texts);
+        return path;
+    }
+    static bool IsThere(const std::string& path) { return std::filesystem::exists(path); }
+    std::size_t CountLogLines() const {
+        const std::string log = folder.Read(kPrintLogName);
+        return static_cast<std::size_t>(std::count(log.begin(), log.end(), '\n'));
+    }
+};
+
+TEST_F(PrintRunOutcomesTest, FilesGoWhereTheirRowsSayAfterTheLastCopy) {
+    const std::string moved = AddRow("moved.ps", folder.PathOf("out"));
+    const std::string copied = AddRow("copied.ps", "copy:" + folder.PathOf("out"));
+    const std::string erased = AddRow("erased.ps", "qprdelete");
+    const std::string kept = AddRow("kept.ps", "");
+    bool wasMovedEarly = false;
+    recorder.onFinished = [&](const RunProgress& progress) {
+        if (progress.copy == 1) wasMovedEarly = wasMovedEarly || !IsThere(moved) || !IsThere(erased);
+    };
+    run.SetCopies(2);
+    EXPECT_EQ(run.OnButtonPrint().done, 4);
+    EXPECT_FALSE(wasMovedEarly);
+    EXPECT_EQ(Statuses(), (TextList{"Done", "Done", "Deleted", "Done"}));
+    EXPECT_THAT(Printed(), SizeIs(8));
+    EXPECT_FALSE(IsThere(moved) || IsThere(erased));
+    EXPECT_TRUE(IsThere(copied) && IsThere(kept));
+    EXPECT_EQ(folder.Read("out/moved.ps") + folder.Read("out/copied.ps"), "bytesbytes");
+    EXPECT_EQ(CountLogLines(), 8U);
+    EXPECT_THAT(folder.Read(kPrintLogName), HasSubstr(moved));
+}
+
+TEST_F(PrintRunOutcomesTest, FailuresGoToTheirOwnFolderAndAreToldOnce) {
+    options.m_errorLog = true;
+    const std::string failed = AddRow("letter.doc", "qprdelete", folder.PathOf("bad"));
+    const std::string missing = AddRow("gone.ps", "qprdelete", folder.PathOf("bad"));
+    AddRow("fine.ps", "");
+    std::filesystem::remove(missing);
+    run.SetCopies(2);
+    EXPECT_EQ(run.OnButtonPrint().failed, 2);
+    EXPECT_FALSE(IsThere(failed));
+    EXPECT_EQ(folder.Read("bad/letter.doc"), "bytes");
+    EXPECT_EQ(CountLogLines(), 2U);
+    EXPECT_THAT(notices.told,
+                ElementsAre(testing::AllOf(StartsWith("2:"), HasSubstr("Status: Can't Print Error\r\n"),
+                                           HasSubstr("Filename:" + failed)),
+                            testing::AllOf(StartsWith("2:"), HasSubstr("Filename:" + missing)),
+                            testing::AllOf(StartsWith("5:"), HasSubstr("letter.doc")),
+                            "4:\r\nStatus: Print(s) Finished\r\n"));
+}
+
+TEST_F(PrintRunOutcomesTest, WhatHasAnUnknownOutcomeStaysWhereItIs) {
+    const std::string unknown = AddRow("unknown.ps", "qprdelete", folder.PathOf("bad"));
+    spooler.LoseAnswers();
+    run.OnButtonPrint();
+    EXPECT_EQ(Statuses(), TextList{std::string(kStatusUnknown)});
+    EXPECT_TRUE(IsThere(unknown));
+    ASSERT_THAT(notices.told, SizeIs(2));
+    EXPECT_THAT(notices.told[0], HasSubstr(unknown));
+}
+
+// One copy did not come out whole: the file must not be lost, however well the others went, nor by a run that
+// was taken up again.
+TEST(PrintRunOutcomesOnForgivingSpooler, NothingIsDeletedThatMayNotHaveComeOut) {
+    RunStage<ForgivingSpooler> stage(1);
+    const std::string path = stage.folder.Write("a.ps", "bytes");
+    stage.list.InsertFileIntoList(path, 1, "qprdelete", {});
+    stage.options.m_snapshotRestore = true;
+    stage.recorder.onFinished = [&](const RunProgress& progress) {
+        stage.spooler.RefuseChunk(0);
+        if (progress.copy != 1) return;
+        for (const std::string name : {"List", "Checkpoint"})
+            std::filesystem::copy(stage.folder.PathOf("SnapshotRestore." + name), stage.folder.PathOf(name));
+    };
+    stage.run.SetCopies(2);
+    EXPECT_EQ(stage.run.OnButtonPrint().done, 1);
+    EXPECT_TRUE(std::filesystem::exists(path));
+
+    stage.recorder.onFinished = nullptr;
+    for (const std::string name : {"List", "Checkpoint"})
+        std::filesystem::rename(stage.folder.PathOf(name), stage.folder.PathOf("SnapshotRestore." + name));
+    CutOffRun cutOff;
+    ASSERT_EQ(stage.snapshot.Load(cutOff), SnapshotResult::kLoaded);
+    EXPECT_EQ(stage.run.FinishCutOffRun(cutOff).done, 1);
+    EXPECT_EQ(stage.Printed().size(), 3U);
+    EXPECT_TRUE(std::filesystem::exists(path));
+}
+
+TEST_F(PrintRunOutcomesTest, AStoppedRowIsNoFailureAndItsFileStays) {
+    AddRow("first.ps", folder.PathOf("out"));
+    const std::string second =
+        AddRow("second.ps", "qprdelete", folder.PathOf("bad"), std::string(300'000, 'x'));
+    InPump(AtRow(1), [&] { run.Stop(); });
+    EXPECT_EQ(run.OnButtonPrint().end, RunSummary::End::kStopped);
+    EXPECT_TRUE(IsThere(second));
+    EXPECT_TRUE(IsThere(folder.PathOf("out/first.ps")));
+    for (const std::string& told : notices.told) EXPECT_THAT(told, testing::Not(StartsWith("2:")));
+}
+
+TEST_F(PrintRunOutcomesTest, ReportsTellEveryAttempt) {
+    options.m_generateReports = true;
+    AddRow("fine.ps", "");
+    AddRow("=cmd.doc", "");
+    list.InsertFileIntoList("landscape.paperorientation", 1, "", {});
+    AddRow("unticked.ps", "");
+    list.SetText(3, kColumnSelected, "No");
+    run.SetCopies(2);
+    run.OnButtonPrint();
+    std::string csv;
+    std::string text;
+    for (const auto& entry : std::filesystem::directory_iterator(folder.PathOf("Reports"))) {
+        const std::string name = entry.path().filename().string();
+        EXPECT_THAT(name, StartsWith("Print Job 20"));
+        (EndsWith(name, ".csv") ? csv : text) = folder.Read("Reports/" + name);
+    }
+    EXPECT_EQ(std::count(csv.begin(), csv.end(), '\n'), 1 + 6);
+    EXPECT_THAT(csv, HasSubstr("fine.ps"));
+    EXPECT_THAT(csv, testing::Not(HasSubstr("unticked.ps")));
+    EXPECT_THAT(csv, testing::Not(HasSubstr(",=cmd")));
+    EXPECT_THAT(text, HasSubstr("Not printed"));
+    EXPECT_THAT(text, HasSubstr("this kind of file can't be printed"));
+    EXPECT_THAT(notices.told.back(), HasSubstr("Reports"));
+
+    std::filesystem::remove_all(folder.PathOf("Reports"));
+    folder.Write("Reports", "a file where the folder should be");
+    run.OnButtonPrint();
+    EXPECT_EQ(prompts.boxes.back().title, "Report Error");
+}
+
+TEST_F(PrintRunOutcomesTest, CopiesAreAskedForAndBadAnswersAreTheUsualOnes) {
+    options.m_copiesPrompt = true;
+    options.m_printCopies = 2;
+    AddRow("a.ps", "");
+    prompts.WriteNext("3");
+    run.OnButtonPrint();
+    EXPECT_THAT(Printed(), SizeIs(3));
+    EXPECT_THAT(prompts.statusTexts,
+                testing::Contains("Prints are ready to print and Quirepress is waiting for your response"));
+    for (const char* answer : {"", "0", "many", "99999999999"}) {
+        const std::size_t before = Printed().size();
+        prompts.WriteNext(answer);
+        run.OnButtonPrint();
+        EXPECT_EQ(Printed().size() - before, 2U) << answer;
+    }
+    run.SetCopies(1);
+    run.OnButtonPrint();
+    EXPECT_EQ(prompts.questions.size(), 5U);
+}
+
+class HungWordProcessor : public HangWatch {
+public:
+    int CheckForHang() override {
+        ++asked;
+        return kHung;
+    }
+    int asked = 0;
+};
+
+TEST_F(PrintRunOutcomesTest, ADocumentThatHungIsPrintedOnceMoreOnly) {
+    options.m_onErrorHangPrintOneMoreTime = true;
+    HungWordProcessor hung;
+    run.UseHangWatch(&hung);
+    AddRow("a.ps", "");
+    AddRow("letter.docx", folder.PathOf("out"));
+    run.OnButtonPrint();
+    ASSERT_EQ(list.RowCount(), 3);
+    EXPECT_EQ(hung.asked, 2);
+    EXPECT_EQ(Text(2, kColumnFilename), Text(1, kColumnFilename));
+    EXPECT_EQ(Text(2, kColumnMoveTo), folder.PathOf("out"));
+    EXPECT_EQ(hangLog.CountHangs(Text(1, kColumnFilename)), 2);
+}
+
+TEST_F(PrintRunOutcomesTest, DownloadsThatFailSayWhichKindTheyAre) {
+    options.m_errorLog = true;
+    list.InsertFileIntoList("DL;ftp://nowhere.invalid/a.pdf", 1, "", {});
+    list.InsertFileIntoList("https://nowhere.invalid/a.pdf", 1, "", {});
+    EXPECT_EQ(run.OnButtonPrint().failed, 2);
+    EXPECT_EQ(Statuses(), (TextList{"Unable to download ftp file", "Unable to download web file"}));
+    EXPECT_THAT(prompts.statusTexts, testing::Contains("Downloading file:ftp://nowhere.invalid/a.pdf"));
+    EXPECT_THAT(ErrorRecords(), HasSubstr("nowhere.invalid"));
+    EXPECT_THAT(folder.Read(kPrintLogName), IsEmpty());
+}
+
+}  // namespace
+}  // namespace quirepress
