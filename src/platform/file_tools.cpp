@@ -13,6 +13,18 @@ namespace quirepress {
 namespace {
 
 constexpr std::size_t kChunkSize = 262'144;
+constexpr Instant kHour = Instant{3600} * 1'000'000'000;
+
+// Neither made nor written by a writer that is still at work: a copy gets the times of its model before its
+// name, but not the time when it was made.
+bool IsLeftOver(const FileFacts& file, const FileFacts& fresh) {
+    return file.kind == FileKind::kRegular && fresh.written != kNoInstant &&
+           std::max(file.created, file.written) < fresh.written - kHour;
+}
+
+std::string NameOfReplacement(std::string_view folder, int number) {
+    return std::string(folder) + "~qpr" + std::to_string(number) + ".tmp";
+}
 
 }  // namespace
 
@@ -49,11 +61,22 @@ ReplacementFile::ReplacementFile(Files& files, std::string_view path, FileAccess
     m_result = FileResult::kNoAccess;
     if (files.Inspect(m_target).kind == FileKind::kOther) return;
     // The name is short, so that it can be made wherever `path` can.
-    const std::string stem = std::string(FolderOf(m_target)) + "~qpr";
-    for (int i = 0; i < kMostTries; ++i) {
-        m_path = stem + std::to_string(i) + ".tmp";
+    const std::string_view folder = FolderOf(m_target);
+    int number = 0;
+    for (; number < kMostTries; ++number) {
+        m_path = NameOfReplacement(folder, number);
         m_file = files.OpenForWriting(m_path, OpenMode::kCreateNew, access, m_result);
         if (m_result != FileResult::kExists) break;
+    }
+    if (m_result == FileResult::kDone && number > 0) EraseLeftOvers(number);
+}
+
+// What writers that were ended have left under the names that were taken.
+void ReplacementFile::EraseLeftOvers(int count) {
+    const FileFacts fresh = m_files.Inspect(m_path);
+    for (int number = 0; number < count; ++number) {
+        const std::string path = NameOfReplacement(FolderOf(m_target), number);
+        if (IsLeftOver(m_files.Inspect(path), fresh)) m_files.Erase(path);
     }
 }
 

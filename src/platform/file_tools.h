@@ -37,6 +37,8 @@ public:
     FileResult Finish(bool replace = true);  // kExists when `path` has come to be unless `replace`
 
 private:
+    void EraseLeftOvers(int count);
+
     Files& m_files;
     std::string m_target;
     std::string m_path;

@@ -4,6 +4,8 @@
 
 #include <chrono>
 #include <filesystem>
+#include <map>
+#include <string>
 
 #include "fakes/faulty_files.h"
 #include "fakes/temporary_folder.h"
@@ -100,6 +102,35 @@ TEST_F(FileToolsTest, PassesByWhatACrashLeftBehind) {
     EXPECT_EQ(CountEntries(), 1U);
     EXPECT_EQ(ReplaceFileDurably(files, folder.PathOf("a"), "2"), FileResult::kDone);
     EXPECT_EQ(folder.Read("a"), "2");
+}
+
+// Shows files whose names end so as older than they are.
+class AgeingFiles : public FaultyFiles {
+public:
+    using FaultyFiles::FaultyFiles;
+    FileFacts Inspect(std::string_view path) override {
+        FileFacts facts = FaultyFiles::Inspect(path);
+        for (const auto& [end, minutes] : m_made)
+            if (path.ends_with(end)) facts.created -= minutes * kMinute;
+        for (const auto& [end, minutes] : m_written)
+            if (path.ends_with(end)) facts.written -= minutes * kMinute;
+        return facts;
+    }
+
+    static constexpr Instant kMinute = 60'000'000'000;
+    std::map<std::string, int> m_made, m_written;
+};
+
+TEST_F(FileToolsTest, ErasesWhatACrashLeftBehindAnHourAgo) {
+    AgeingFiles ageing(*system.files);
+    ageing.m_made = {{"~qpr0.tmp", 61}, {"~qpr1.tmp", 59}, {"~qpr2.tmp", 5}, {"~qpr3.tmp", 90}};
+    ageing.m_written = {{"~qpr0.tmp", 61}, {"~qpr1.tmp", 59}, {"~qpr2.tmp", 500}, {"~qpr3.tmp", 5}};
+    for (const char* name : {"~qpr0.tmp", "~qpr1.tmp", "~qpr2.tmp", "~qpr3.tmp"}) folder.Write(name, "rest");
+    EXPECT_EQ(ReplaceFileDurably(ageing, folder.PathOf("a"), "1"), FileResult::kDone);
+    EXPECT_FALSE(folder.Has("~qpr0.tmp"));
+    for (const char* name : {"~qpr1.tmp", "~qpr2.tmp", "~qpr3.tmp"})
+        EXPECT_TRUE(folder.Has(name)) << name << " may be another program's at work";
+    EXPECT_EQ(folder.Read("a"), "1");
 }
 
 TEST_F(FileToolsTest, CopiesCompletelyOrNotAtAll) {
