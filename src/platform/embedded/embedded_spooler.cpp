@@ -48,7 +48,8 @@ int EmbeddedSpooler::Open(std::string& message) {
 bool EmbeddedSpooler::PumpQueues() {
     RefreshDeliveries();
     bool workLeft = false;
-    for (const auto& [name, delivery] : m_deliveries) workLeft = delivery->Step() || workLeft;
+    for (const auto& [name, delivery] : m_deliveries)
+        if (!m_held.contains(name)) workLeft = delivery->Step() || workLeft;
     return workLeft;
 }
 
@@ -141,16 +142,21 @@ std::int64_t EmbeddedSpooler::PrintDocument(std::string_view printer, std::strin
     DocumentInfo single = document;
     single.copies = 1;
     single.ticket.copies = 0;
+    if (copies == 1) return CopyIntoQueue(printer, *source, single, systemError);
+    // None of them goes out while a later one can still fail.
+    const auto held = m_held.emplace(printer);
     std::vector<std::int64_t> ids;
-    for (std::int64_t copy = 0; copy < copies; ++copy) {
-        const std::int64_t id = CopyIntoQueue(printer, *source, single, systemError);
-        if (id < 0) {
-            for (const std::int64_t earlier : ids) CancelJob(printer, earlier);
-            return -1;
-        }
+    std::int64_t id = 0;
+    for (std::int64_t copy = 0; copy < copies && id >= 0; ++copy) {
+        id = CopyIntoQueue(printer, *source, single, systemError);
         ids.push_back(id);
     }
-    return ids.front();
+    if (id < 0) {
+        ids.pop_back();
+        for (const std::int64_t earlier : ids) CancelJob(printer, earlier);
+    }
+    m_held.erase(held);
+    return id < 0 ? -1 : ids.front();
 }
 
 std::int64_t EmbeddedSpooler::CopyIntoQueue(std::string_view printer, InputFile& source,
@@ -169,6 +175,7 @@ std::int64_t EmbeddedSpooler::CopyIntoQueue(std::string_view printer, InputFile&
         if (count == 0) break;
         result = target->WriteChunk(buffer.data(), static_cast<std::size_t>(count));
         position += count;
+        m_loop.Pump();
     }
     if (result == 0) result = target->Finish();
     systemError = target->SystemError();

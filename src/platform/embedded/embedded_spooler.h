@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -44,7 +45,7 @@ public:
     int MakeDefaultPrinter(std::string_view printer) override;
     std::unique_ptr<RawPrinter> OpenRawPrinter(std::string_view printer, int& systemError) override;
     // Copies, those of the ticket times those of the document, are jobs of their own, at most 9,999 at once;
-    // the first one's id is the answer.
+    // the first one's id is the answer. Pumps.
     std::int64_t PrintDocument(std::string_view printer, std::string_view path, const DocumentInfo& document,
                                int& systemError) override;
     int ListJobs(std::string_view printer, std::vector<JobInfo>& jobs) override;
@@ -77,6 +78,7 @@ private:
     Machine& m_machine;
     PrinterDirectory m_printers;
     std::map<std::string, std::unique_ptr<PrinterDelivery>, std::less<>> m_deliveries;
+    std::multiset<std::string, std::less<>> m_held;  // printers whose copies are being taken in
     long long m_nextRefresh = 0;
     int m_pumpTask = 0;
     std::shared_ptr<EmbeddedSpooler*> m_self;  // null in it once this is destroyed

@@ -233,6 +233,20 @@ TEST_F(EmbeddedSpoolerTest, CopiesOfAFileAreJobsOfTheirOwnOrNone) {
     EXPECT_EQ(Output().size(), 3U);
 }
 
+TEST_F(EmbeddedSpoolerTest, TheProgramStaysAliveWhileALargeFileIsCopied) {
+    Spool("Quirepress", "earlier.ps");
+    const std::string path = m_folder.Write("a.pdf", std::string(5'000'000, 'p'));
+    int ticks = 0;
+    m_loop.StartTimer(7, 1, [&] { ++ticks; });
+    m_files.BeforeEach(Call::kReadAt, [this](std::string_view) { m_loop.Advance(10); });
+    int error = 0;
+    EXPECT_EQ(m_spooler->PrintDocument("Quirepress", path, {path}, error), 2);
+    EXPECT_GE(ticks, 15);
+    EXPECT_EQ(Output().count("00000001-earlier.ps"), 1U) << "what waits goes out meanwhile";
+    ASSERT_TRUE(Deliver());
+    EXPECT_EQ(Output().at("00000002-a.pdf").size(), 5'000'000U);
+}
+
 TEST_F(EmbeddedSpoolerTest, ADocumentKeepsHowItIsToBePrinted) {
     m_spooler->PausePrinterQueue("Quirepress", m_message);
     const std::string path = m_folder.Write("a.pdf", "%PDF");
