@@ -32,6 +32,20 @@ if(NOT WIN32)
     endif()
 endif()
 
+# So is the desktop, through whose accessibility the windows of other programs are seen.
+if(NOT WIN32)
+    find_package(PkgConfig)
+    if(PkgConfig_FOUND)
+        pkg_check_modules(gio IMPORTED_TARGET gio-2.0 x11)
+    endif()
+    if(gio_FOUND)
+        add_library(quirepress_gio_library INTERFACE)
+        target_link_libraries(quirepress_gio_library INTERFACE PkgConfig::gio)
+    else()
+        message(STATUS "GIO or libX11 was not found: built without the windows of other programs")
+    endif()
+endif()
+
 if(WIN32)
     # Static libraries do not say what they need themselves.
     foreach(library jpeg lzma bz2 zstd)

@@ -1,0 +1,8 @@
+#pragma once
+
+#define DIALOG_PRINT 100
+#define DIALOG_SAVE 101
+#define DIALOG_PASSWORD 102
+#define DIALOG_MESSAGE 103
+#define CONTROL_NAME 1001
+#define CONTROL_PASSWORD 1002
