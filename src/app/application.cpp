@@ -11,6 +11,7 @@
 #include "core/post_print.h"
 #include "core/print_list.h"
 #include "core/print_run.h"
+#include "core/processing_defaults.h"
 #include "core/run_downloads.h"
 #include "core/run_outcomes.h"
 #include "core/run_snapshot.h"

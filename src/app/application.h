@@ -33,6 +33,7 @@ class PrinterAdministration;
 class PrintList;
 class PrintLog;
 class PrintRun;
+class ProcessingDefaults;
 class PrinterBalance;
 class PrinterSelection;
 class Prompts;
@@ -144,6 +145,7 @@ private:
     std::unique_ptr<HangLog> m_hangLog;
     std::unique_ptr<PostPrint> m_postPrint;
     std::unique_ptr<RunOutcomes> m_outcomes;
+    std::unique_ptr<ProcessingDefaults> m_processing;
     std::unique_ptr<RunDownloads> m_downloads;
     std::unique_ptr<PrintRun> m_run;
 };

@@ -12,6 +12,7 @@
 #include "core/print_run_scripts.h"
 #include "core/print_run_shell.h"
 #include "core/print_run_ways.h"
+#include "core/processing_defaults.h"
 #include "core/run_downloads.h"
 #include "core/run_outcomes.h"
 #include "core/run_snapshot.h"
@@ -63,6 +64,7 @@ void Application::MakeOutcomes() {
     m_outcomes = std::make_unique<RunOutcomes>(
         RunOutcomeServices{files, clock, loop, *m_services.machine, *m_prompts, *m_printLog, *m_errorLog,
                            *m_postPrint, *m_notifications, m_options, m_request.workingFolder});
+    m_processing = std::make_unique<ProcessingDefaults>(files);
     m_downloads = std::make_unique<RunDownloads>(
         RunDownloadServices{files, *m_prompts, Transfers(), m_options, m_request.workingFolder});
 }
@@ -74,6 +76,7 @@ void Application::MakeRun() {
     ways.push_back(
         MakeScriptWay({*m_services.shell, *m_services.processes, loop, *m_services.clock, *m_debugLog}, files,
                       *m_printCommands));
+    ways.push_back(MakeProcessingWay(*m_processing));
     ways.push_back(MakeSettingsWay(*m_selection));
     ways.push_back(MakeDirectWay({*m_directPrinter, *m_watch, *m_debugLog, m_options}));
     ways.push_back(MakePdfWay({*m_spooler, *m_watch, *m_selection, *m_colorSplit, *m_pdfWorker, files,
@@ -83,8 +86,8 @@ void Application::MakeRun() {
                                  loop, *m_debugLog, m_options, m_request.workingFolder}));
     m_run = std::make_unique<PrintRun>(
         PrintRunServices{*m_list, *m_spooler, files, loop, *m_prompts, *m_debugLog, *m_selection, *m_watch,
-                         *m_balance, *m_snapshot, *m_downloads, *m_outcomes, *m_hangLog, m_options,
-                         m_balanceOptions},
+                         *m_balance, *m_snapshot, *m_processing, *m_downloads, *m_outcomes, *m_hangLog,
+                         m_options, m_balanceOptions},
         std::move(ways));
 }
 

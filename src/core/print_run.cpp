@@ -9,6 +9,7 @@
 #include "base/numbers.h"
 #include "core/print_list.h"
 #include "core/print_run_walk.h"
+#include "core/processing_defaults.h"
 #include "core/run_outcomes.h"
 #include "core/run_snapshot.h"
 #include "logs/debug_log.h"
@@ -63,6 +64,7 @@ RunSummary PrintRun::RunList(const CutOffRun* cutOff) {
     m_services.debugLog.Trace("Items set to ready, OK? %d\r\n", 1);
     m_services.selection.UseStop([this] { return m_stop; });
     m_services.selection.SaveForRun();
+    m_services.processing.Clear();
     const RunSummary summary = WalkWithPrinter(cutOff);
     m_services.selection.UseStop([] { return false; });
     m_services.selection.RestoreAfterRun();

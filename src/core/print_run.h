@@ -16,6 +16,7 @@ class Files;
 class HangLog;
 class HangWatch;
 class PrintList;
+class ProcessingDefaults;
 class PrinterBalance;
 class PrinterSelection;
 class Prompts;
@@ -71,6 +72,7 @@ struct PrintRunServices {
     QueueWatch& watch;
     PrinterBalance& balance;
     RunSnapshot& snapshot;
+    ProcessingDefaults& processing;
     RunDownloads& downloads;
     RunOutcomes& outcomes;
     HangLog& hangLog;

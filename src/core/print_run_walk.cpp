@@ -9,6 +9,7 @@
 #include "base/numbers.h"
 #include "core/print_list.h"
 #include "core/print_run_source.h"
+#include "core/processing_defaults.h"
 #include "core/run_downloads.h"
 #include "core/run_outcomes.h"
 #include "core/run_snapshot.h"
@@ -68,14 +69,16 @@ void RunWalk::TakeUpCutOffRun(const CutOffRun& cutOff) {
     for (int row = 0; row < list.RowCount(); ++row) {
         const RunMark& mark = list.MarkOf(row);
         const std::string path(list.Text(row, kColumnFilename));
-        const bool isSetting = KindOfItem(path) == ItemKind::kCommand && PrinterSelection::TakesItem(path);
         if (IsOfUnknownOutcome(cutOff, row)) {
             m_services.outcomes.RecordError(path, Printer(), kStatusUnknown);
             m_services.outcomes.TellFailure(path, kStatusUnknown);
         }
         CountRows(mark.outcome, 1);
         // The printer, its tray and its paper are those that the rows above have set.
-        if (isSetting && IsTicked(row) && mark.pass == cutOff.copy) m_services.selection.ApplyItem(path);
+        if (!IsTicked(row) || mark.pass != cutOff.copy || KindOfItem(path) != ItemKind::kCommand) continue;
+        std::string message;
+        if (PrinterSelection::TakesItem(path)) m_services.selection.ApplyItem(path);
+        if (ProcessingDefaults::TakesItem(path)) m_services.processing.ApplyItem(path, message);
     }
 }
 
@@ -147,6 +150,8 @@ RunItem RunWalk::ItemOfRow(int row) const {
     item.sizeKb = text(kColumnSizeKb);
     item.printDirect = text(kColumnPrintDirect);
     item.processingParameters = text(kColumnProcessingParameters);
+    if (item.processingParameters.empty() && item.kind == ItemKind::kDocument)
+        item.processingParameters = m_services.processing.Parameters();
     item.addonParameters = text(kColumnAddonParameters);
     item.extraOptions = text(kColumnExtraOptions);
     return item;

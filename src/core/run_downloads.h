@@ -24,7 +24,8 @@ class RunDownloads {
 public:
     explicit RunDownloads(RunDownloadServices services) : m_services(std::move(services)) {}
 
-    // `entry` is an address, "DL;" before it or not. The end is kPrinted when the file is at `path`. May pump.
+    // `entry` is an address, "DL;" before it or not. The end is kPrinted when the file is at `path`. May
+    // pump.
     WayResult Fetch(const std::string& entry, WayFeedback& feedback, std::string& path);
 
 private:

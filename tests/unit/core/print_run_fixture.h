@@ -21,6 +21,7 @@
 #include "core/print_list.h"
 #include "core/print_run.h"
 #include "core/print_run_ways.h"
+#include "core/processing_defaults.h"
 #include "core/run_downloads.h"
 #include "core/run_notices.h"
 #include "core/run_outcomes.h"
@@ -116,8 +117,8 @@ public:
         : spooler(files, std::forward<Arguments>(arguments)...),
           list({files, *services.shell, clock, *services.machine, loop, prompts, debugLog, pdfCounter,
                 options, WithTrailingSeparator(folder.Path())}),
-          run({list, spooler, files, loop, prompts, debugLog, selection, watch, balance, snapshot, downloads,
-               outcomes, hangLog, options, balanceOptions},
+          run({list, spooler, files, loop, prompts, debugLog, selection, watch, balance, snapshot, processing,
+               downloads, outcomes, hangLog, options, balanceOptions},
               MakeWays()) {
         spooler.PutPrinter("Laser");
         spooler.PutPrinter("Plotter");
@@ -167,6 +168,7 @@ public:
 
     RunWays MakeWays() {
         RunWays ways;
+        ways.push_back(MakeProcessingWay(processing));
         ways.push_back(MakeSettingsWay(selection));
         ways.push_back(MakeDirectWay({directPrinter, watch, debugLog, options}));
         ways.push_back(MakePdfWay({spooler, watch, selection, colorSplit, pdfs, files, options, colorOptions,
@@ -206,6 +208,7 @@ public:
     NoticeRecorder notices;
     RunOutcomes outcomes{{files, clock, loop, *services.machine, prompts, printLog, errorLog, postPrint,
                           notices, options, WithTrailingSeparator(folder.Path())}};
+    ProcessingDefaults processing{files};
     RunDownloads downloads{{files, prompts, {loop, ""}, options, WithTrailingSeparator(folder.Path())}};
     RunRecorder recorder;
     PrintRun run;

@@ -173,6 +173,24 @@ TEST_F(PrintRunOutcomesTest, CopiesAreAskedForAndBadAnswersAreTheUsualOnes) {
     EXPECT_EQ(prompts.questions.size(), 5U);
 }
 
+TEST_F(PrintRunOutcomesTest, ProcessingSettingsHoldForTheRowsBelowThatHaveNone) {
+    AddRow("all.pdf", "");
+    list.InsertFileIntoList(folder.Write("two.pro", "\xEF\xBB\xBF-s2|-e3 \r\nrest"), 1, "", {});
+    AddRow("some.pdf", "");
+    AddRow("own.pdf", "");
+    list.SetText(3, kColumnProcessingParameters, "-s1|-e1");
+    list.InsertFileIntoList(folder.Write("bad.pro", std::string("a\0b", 3)), 1, "", {});
+    AddRow("still.pdf", "");
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(run.OnButtonPrint().failed, 1);
+        EXPECT_EQ(Statuses(), (TextList{"Done", "Set Default Processing Settings", "Done", "Done",
+                                        "Error Default Processing Settings Not Set", "Done"}));
+        std::string printed;
+        for (const SentDocument& sent : spooler.Sent()) printed += sent.bytes + " ";
+        EXPECT_TRUE(EndsWith(printed, i == 0 ? "bytes 2-3 1-1 2-3 " : " bytes 2-3 1-1 2-3 ")) << printed;
+    }
+}
+
 class HungWordProcessor : public HangWatch {
 public:
     int CheckForHang() override {
