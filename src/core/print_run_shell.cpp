@@ -17,6 +17,7 @@
 #include "documents/file_signature.h"
 #include "logs/debug_log.h"
 #include "platform/event_loop.h"
+#include "platform/file_tools.h"
 #include "platform/processes.h"
 #include "platform/spooler.h"
 #include "settings/general_options.h"
@@ -60,6 +61,11 @@ WayResult NotStarted(const ShellStart& start) {
 bool IsTiff(std::string_view path) {
     const std::string ending = ToLowerAscii(FileExtension(path));
     return ending == ".tif" || ending == ".tiff";
+}
+
+bool IsSavedMail(std::string_view path) {
+    const std::string ending = ToLowerAscii(FileExtension(path));
+    return ending == ".msg" || ending == ".eml";
 }
 
 bool IsBatch(std::string_view program) {
@@ -133,6 +139,31 @@ public:
     bool Takes(const RunItem& item) override { return item.kind == ItemKind::kDocument; }
 
     WayResult Process(const RunItem& item, WayFeedback& feedback) override {
+        return IsSavedMail(item.path) ? PrintMail(item, feedback) : PrintDocument(item, feedback);
+    }
+
+private:
+    // Programs that show a mail keep it open, and change it: they get a copy.
+    WayResult PrintMail(const RunItem& item, WayFeedback& feedback) {
+        Files& files = m_services.files;
+        const std::string folder =
+            JoinPath(TemporaryFolderOf(m_services.options, m_services.workingFolder), "MSG");
+        RunItem copy = item;
+        FileResult result = files.MakeFolders(folder);
+        copy.path = JoinPath(files.ResolvePath(folder), FileTitle(item.path));
+        if (files.Inspect(copy.path).kind == FileKind::kRegular) files.Erase(copy.path);
+        if (result == FileResult::kDone)
+            result = CopyFileDurably(files, item.path, copy.path, [&] { return feedback.KeepGoing(); });
+        if (feedback.IsStopped()) return StoppedWay();
+        if (result != FileResult::kDone)
+            return Failed(Format("the message can't be copied to %s: %s", folder, DescribeFileResult(result)),
+                          true);
+        const WayResult printed = PrintDocument(copy, feedback);
+        files.Erase(copy.path);
+        return printed;
+    }
+
+    WayResult PrintDocument(const RunItem& item, WayFeedback& feedback) {
         const ShellCommand command = m_services.shellPrinter.FindCommand(item.printer, item.path);
         const bool isRetry = std::exchange(m_lastPath, item.path) == item.path;
         m_services.debugLog.Trace(
@@ -146,7 +177,6 @@ public:
                                                            : PrintByProgram(command, item, feedback);
     }
 
-private:
     static WayResult Unfit(std::string_view path) {
         WayResult result = Failed("the file is not what its name says", false);
         if (IsPdf(path)) result.status = kStatusBadPdf;
@@ -190,7 +220,7 @@ private:
         for (int row = start; row < end; ++row) {
             const std::string path(m_services.list.Text(row, kColumnFilename));
             if (m_services.list.Text(row, kColumnSelected) != "Yes" ||
-                KindOfItem(path) != ItemKind::kDocument ||
+                KindOfItem(path) != ItemKind::kDocument || IsSavedMail(path) ||
                 m_services.spooler.TakesDocument(item.printer, path))
                 continue;
             const ShellCommand other = m_services.shellPrinter.FindCommand(item.printer, path);

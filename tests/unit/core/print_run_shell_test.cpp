@@ -31,7 +31,7 @@ protected:
         shell.programs = {"office", "lp"};
         folder.Write("print_commands.ini",
                      "SCRIPTLIMIT;5\n"
-                     "COMMAND;Office\nTYPES;.doc .rtf\nPDF;office %d %*\nLIMIT;60\nBATCH;3\n"
+                     "COMMAND;Office\nTYPES;.doc .rtf .eml\nPDF;office %d %*\nLIMIT;60\nBATCH;3\n"
                      "COMMAND;Plots\nTYPES;.plt .pdf\nPRINT;lp %1\n"
                      "COMMAND;Gone\nTYPES;.gone\nPDF;gone %1 %o\n");
     }
@@ -110,6 +110,21 @@ TEST_F(ShellWayTest, TickedRowsBelowAreConvertedAhead) {
     EXPECT_EQ(Process(*way, c).end, End::kPrinted);
     EXPECT_EQ(processes.records.size(), 1U);
     EXPECT_EQ(spooler.Sent()[2].bytes, "%PDF of c.doc %%EOF");
+}
+
+TEST_F(ShellWayTest, SavedMailIsPrintedFromACopy) {
+    AddFile("a.doc", "{\\rtf1}");
+    const std::string path = AddFile("b.eml", "Subject: b");
+    folder.Write("Temp/MSG/b.eml", "of an earlier run");
+    list.SetCurrentRow(1);
+    ConvertNext();
+    EXPECT_EQ(Process(*way, path).end, End::kPrinted);
+    const std::string copy = files.ResolvePath(folder.PathOf("Temp")) + "/MSG/b.eml";
+    const auto& words = processes.records.at(0).request.arguments;
+    EXPECT_EQ(words.at(2), copy);
+    EXPECT_EQ(spooler.Sent().at(0).bytes, "%PDF of b.eml %%EOF");
+    EXPECT_EQ(files.Inspect(copy).kind, FileKind::kMissing);
+    EXPECT_EQ(folder.Read("b.eml"), "Subject: b");
 }
 
 TEST_F(ShellWayTest, SaysWhatIsWrongWithTheAssociation) {
