@@ -31,6 +31,8 @@ public:
     virtual int ExitCode() = 0;
     virtual void EndTree() = 0;  // at once; harmless when it has ended
     virtual std::int64_t Id() const = 0;
+    // Whether the process of this id belongs to its tree now; by default only itself does.
+    virtual bool HasInTree(std::int64_t id) { return id == Id(); }
 
     // Pipes. None of them waits.
     // Takes `data` (kept until the program reads it); false when its input is closed.

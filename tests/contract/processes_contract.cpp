@@ -183,6 +183,15 @@ TEST_F(ProcessesContract, EndsWhatTheProgramStarted) {
     }
 }
 
+TEST_F(ProcessesContract, KnowsWhichProcessesAreOfItsTree) {
+    RunningChild child(services, {"sleep", "30000"});
+    RunningChild neighbour(services, {"sleep", "30000"});
+    ASSERT_TRUE(child && neighbour);
+    EXPECT_TRUE(child->HasInTree(child->Id()));
+    EXPECT_FALSE(child->HasInTree(neighbour->Id()));
+    EXPECT_FALSE(child->HasInTree(1));
+}
+
 TEST_F(ProcessesContract, EndsEverythingWhenDestroyed) {
     const std::string file = folder.PathOf("beats");
     RunningChild child(services, {"start-detached-beat", file, "30000"});

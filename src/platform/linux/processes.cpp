@@ -12,6 +12,7 @@
 #include <optional>
 #include <system_error>
 
+#include "base/numbers.h"
 #include "platform/linux/descriptor.h"
 #include "platform/linux/make_services.h"
 #include "platform/linux/process_tree.h"
@@ -97,6 +98,19 @@ bool IsValid(const ProcessRequest& request) {
     return true;
 }
 
+// 0 when it can't be told.
+std::int64_t ParentOf(std::int64_t id) {
+    const Descriptor file(open(("/proc/" + std::to_string(id) + "/stat").c_str(), O_RDONLY | O_CLOEXEC));
+    std::array<char, 512> bytes = {};
+    const ssize_t size = read(file.Value(), bytes.data(), bytes.size());
+    if (size <= 0) return 0;
+    // "ID (NAME) STATE PARENT"; any character may be in the name.
+    const std::string_view text(bytes.data(), static_cast<std::size_t>(size));
+    const std::size_t name = text.rfind(')');
+    if (name == std::string_view::npos || text.size() < name + 4) return 0;
+    return ParseLong(text.substr(name + 4));
+}
+
 class SupervisedProcess : public ChildProcess {
 public:
     SupervisedProcess(pid_t supervisor, Descriptor control, Descriptor report)
@@ -132,6 +146,16 @@ public:
 
     int ExitCode() override { return IsRunning() ? -1 : *m_exitCode; }
     std::int64_t Id() const override { return m_id; }
+
+    // Whatever its parents leave behind becomes the supervisor's.
+    bool HasInTree(std::int64_t id) override {
+        constexpr int kMostParents = 1'000;
+        for (int i = 0; i < kMostParents && id > 1; ++i) {
+            if (id == m_id || id == m_supervisor) return true;
+            id = ParentOf(id);
+        }
+        return false;
+    }
 
     void EndTree() override {
         if (m_supervisor < 0) return;

@@ -31,6 +31,12 @@ public:
     }
     void EndTree() override { TerminateJobObject(m_job.get(), ERROR_PROCESS_ABORTED); }
     std::int64_t Id() const override { return m_id; }
+    bool HasInTree(std::int64_t id) override {
+        const SystemHandle process =
+            TakeHandle(OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION, FALSE, static_cast<DWORD>(id)));
+        BOOL isInside = FALSE;
+        return process && IsProcessInJob(process.get(), m_job.get(), &isInside) != FALSE && isInside != FALSE;
+    }
 
     // A console host that is about to follow its program may hold the input open for a little while.
     bool WriteInput(std::string_view data) override { return IsRunning() && m_input.Write(data); }

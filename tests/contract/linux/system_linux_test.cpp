@@ -207,6 +207,23 @@ TEST(LinuxProcessesTest, EndsTheTreeWhenThisProgramIsKilled) {
     EXPECT_EQ(size(), before);
 }
 
+TEST(LinuxProcessesTest, KnowsWhatItsProgramHasLeftBehind) {
+    Services services = MakeSystemServices();
+    ProcessRequest request;
+    request.arguments = {"sh", "-c", "setsid sleep 30 >&- 2>&- & echo $!"};
+    request.pipes = true;
+    int error = 0;
+    const auto process = services.processes->Start(request, error);
+    ASSERT_TRUE(process);
+    std::string said;
+    while (process->ReadOutput(said)) services.loop->Wait(5);
+    ASSERT_TRUE(WaitForProcess(*services.loop, *process, 10'000));
+    const std::int64_t left = std::stol(said);
+    EXPECT_TRUE(process->HasInTree(left));
+    process->EndTree();
+    EXPECT_FALSE(process->HasInTree(left));
+}
+
 TEST(LinuxProcessesTest, TellsWhichSignalEndedIt) {
     Services services = MakeSystemServices();
     RunningChild child(services, {"sleep", "30000"});
