@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "backends/command_arguments.h"
+#include "backends/dialog_watch.h"
 #include "base/command_words.h"
 #include "base/format.h"
 #include "base/path.h"
@@ -50,6 +51,10 @@ std::vector<const PrintCommand*> CommandsFor(const PrintCommandTable& table, std
 }
 
 }  // namespace
+
+ShellStart::ShellStart() = default;
+ShellStart::ShellStart(ShellStart&&) noexcept = default;
+ShellStart::~ShellStart() = default;
 
 std::string ShellCommand::Name() const {
     return way == Way::kSystem ? "system" : command.name;
@@ -134,15 +139,21 @@ ShellStart ShellPrinter::DoShellExecute(const ShellCommand& command, const std::
         return start;
     }
     request.pipes = true;
+    if (m_dialogs != nullptr)
+        for (auto& variable : m_dialogs->Services().windows.ProgramEnvironment())
+            request.environment.push_back(std::move(variable));
     m_services.debugLog.Trace("ShellExecute: %s\r\n",
                               JoinWords(request.arguments) + " " + request.rawArguments);
     int systemError = 0;
     start.process = m_services.processes.Start(request, systemError);
     start.result = start.process ? ShellStart::kStarted : ShellStart::kBroken;
-    if (start.process)
+    if (start.process) {
         start.process->CloseInput();
-    else
+        if (m_dialogs != nullptr)
+            start.dialogs = std::make_unique<DialogWatch>(*m_dialogs, path, *start.process);
+    } else {
         start.flaw = Format("\"%s\" can't be started (error %d)", request.arguments[0], systemError);
+    }
     m_services.debugLog.Trace("ShellExecute result %d\r\n", start.result);
     return start;
 }

@@ -10,6 +10,8 @@
 namespace quirepress {
 
 class DebugLog;
+class DialogRules;
+class DialogWatch;
 class Files;
 class Processes;
 class Spooler;
@@ -35,10 +37,17 @@ struct ShellCommand {
 
 // A program that was asked to print, as systems tell it: greater than 32 when it was started.
 struct ShellStart {
+    ShellStart();
+    ShellStart(ShellStart&&) noexcept;
+    ShellStart& operator=(ShellStart&&) = delete;
+    ~ShellStart();
+
     static constexpr int kNoFile = 2, kBroken = 27, kNoAssociation = 31, kStarted = 33;
     int result = kNoAssociation;
     std::string flaw;                       // when it was not started
     std::unique_ptr<ChildProcess> process;  // its output is to be read
+    // Answers its dialogs while it lives, which is one at a time; null where they are not watched.
+    std::unique_ptr<DialogWatch> dialogs;
 };
 
 struct ShellPrinterServices {
@@ -57,6 +66,9 @@ class ShellPrinter {
 public:
     explicit ShellPrinter(ShellPrinterServices services) : m_services(services) {}
 
+    // Answers the dialogs of the programs that are started from now on; null: nobody does.
+    void UseDialogs(DialogRules* dialogs) { m_dialogs = dialogs; }
+
     // How `path` would be printed on this printer. A command that makes a PDF counts where the printer takes
     // PDFs. May pump.
     ShellCommand FindCommand(const std::string& printer, const std::string& path);
@@ -74,6 +86,7 @@ private:
     bool FindSystemCommand(const std::string& printer, const std::string& path, ShellCommand& found);
 
     ShellPrinterServices m_services;
+    DialogRules* m_dialogs = nullptr;
 };
 
 // Whether the path has the name of a photo, a web page.

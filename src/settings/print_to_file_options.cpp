@@ -1,5 +1,7 @@
 #include "settings/print_to_file_options.h"
 
+#include "settings/keyword_file.h"
+
 namespace quirepress {
 
 namespace {
@@ -45,6 +47,12 @@ const KeywordTable<PrintToXpsOptions>& PrintToXpsKeywords() {
     static const KeywordTable<PrintToXpsOptions> table({"printxps.ini", "Can't open printxps.ini file."},
                                                        MakeDriverRows<PrintToXpsOptions>());
     return table;
+}
+
+void LoadPrintToFileSettings(PrintToFileSettings& settings, const SettingsPlace& place) {
+    LoadSettings(PrintToFileKeywords(), place, settings.printFile);
+    LoadSettings(PrintToPdfKeywords(), place, settings.printPdf);
+    LoadSettings(PrintToXpsKeywords(), place, settings.printXps);
 }
 
 }  // namespace quirepress

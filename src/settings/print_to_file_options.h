@@ -3,6 +3,7 @@
 #include <string>
 
 #include "settings/keyword_table.h"
+#include "settings/settings_file.h"
 
 namespace quirepress {
 
@@ -31,6 +32,15 @@ struct PrintToXpsOptions : PrintToFileOptions {
         m_windowName = "Save the file as";
     }
 };
+
+// All of them.
+struct PrintToFileSettings {
+    PrintToFileOptions printFile;
+    PrintToPdfOptions printPdf;
+    PrintToXpsOptions printXps;
+};
+
+void LoadPrintToFileSettings(PrintToFileSettings& settings, const SettingsPlace& place);
 
 const KeywordTable<PrintToFileOptions>& PrintToFileKeywords();
 const KeywordTable<PrintToPdfOptions>& PrintToPdfKeywords();

@@ -133,10 +133,11 @@ public:
 
     std::vector<AppControl> ListControls(const AppWindow& window) override {
         const HWND handle = WindowOf(window.id);
-        if (handle == nullptr || !IsShown(handle)) return {};
+        DWORD_PTR button = 0;
+        // The system notices after seconds only that a program hangs.
+        if (handle == nullptr || !IsShown(handle) || !Send(handle, WM_NULL, 0, 0, button)) return {};
         ControlLook look;
         look.deadline = GetTickCount64() + kLongestLook;
-        DWORD_PTR button = 0;
         if (ClassOf(handle) == L"#32770" && Send(handle, DM_GETDEFID, 0, 0, button) &&
             HIWORD(button) == DC_HASDEFID)
             look.defaultNumber = LOWORD(button);

@@ -3,10 +3,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "backends/dialog_rules.h"
+#include "backends/dialog_watch.h"
+#include "fakes/fake_app_windows.h"
 #include "fakes/fake_shell.h"
 #include "fakes/fake_spooler.h"
 #include "fakes/surroundings.h"
 #include "settings/general_options.h"
+#include "settings/print_to_file_options.h"
 
 namespace quirepress {
 namespace {
@@ -84,14 +88,15 @@ TEST_F(ShellPrintTest, PhotosGoToTheSystemsViewerUnlessSwitchedOff) {
 TEST_F(ShellPrintTest, StartsAProgramForTheDefaultPrinter) {
     shell.programs = {"plot", "lab"};
     spooler.MakeDefaultPrinter("Laser");
-    ShellStart start = printer.DoShellExecute(Find("/x/$(touch y).plt"), "Plotter", "/x/$(touch y).plt");
+    const ShellStart start =
+        printer.DoShellExecute(Find("/x/$(touch y).plt"), "Plotter", "/x/$(touch y).plt");
     EXPECT_GT(start.result, 32);
     ASSERT_TRUE(start.process);
     EXPECT_EQ(spooler.DefaultPrinter(), "Plotter");
     EXPECT_THAT(processes.records.back().request.arguments, ElementsAre("plot", "--to", "/x/$(touch y).plt"));
 
     // One that names the printer leaves the default one alone. No name is taken for an option.
-    start = printer.DoShellExecutePDF(Find("-x.lab"), "Laser", "-x.lab");
+    printer.DoShellExecutePDF(Find("-x.lab"), "Laser", "-x.lab");
     EXPECT_EQ(spooler.DefaultPrinter(), "Plotter");
     EXPECT_THAT(processes.records.back().request.arguments,
                 ElementsAre("lab", "-d", "Laser", testing::EndsWith("-x.lab"), "100%"));
@@ -99,6 +104,35 @@ TEST_F(ShellPrintTest, StartsAProgramForTheDefaultPrinter) {
     EXPECT_THAT(folder.Read("qpr.log"), HasSubstr("DoShellExecutePDF file: -x.lab\r\n"));
     EXPECT_THAT(folder.Read("qpr.log"),
                 HasSubstr("ShellExecute result 33\r\nDone DoShellExecutePDF file: -x.lab OK\r\n"));
+}
+
+TEST_F(ShellPrintTest, AnswersTheDialogsOfAProgramWhileItPrints) {
+    shell.programs = {"lab"};
+    FakeAppWindows windows;
+    windows.environment = {{"SHOW", "1"}};
+    PrintToFileSettings settings;
+    settings.printFile.m_path = folder.Path();
+    DialogRules rules({windows, files, loop, debugLog, options, settings});
+    printer.UseDialogs(&rules);
+    FakeProcesses::Script script;
+    script.runsFor.reset();
+    processes.AddScript(script);
+    {
+        const ShellStart start = printer.DoShellExecute(Find("/x/a.lab"), "Laser", "/x/a.lab");
+        EXPECT_EQ(processes.records.back().request.environment, windows.environment);
+        windows.PutDialog("Print to File", {FakeAppWindows::Field("name"), FakeAppWindows::Button("Save")});
+        loop.Wait(300);
+        ASSERT_EQ(windows.actions.size(), 2U);
+        EXPECT_EQ(windows.actions[0], "text Print to File: name = " + folder.PathOf("a"));
+        windows.PutDialog("Odd", {FakeAppWindows::Button("OK")}, start.process->Id());
+        loop.Wait(12'000);
+        EXPECT_THAT(start.dialogs->Flaw(), HasSubstr("\"Odd\""));
+    }
+    windows.PutDialog("Print", {FakeAppWindows::Button("OK")});
+    loop.Wait(1'000);
+    EXPECT_TRUE(windows.IsOpen("Print"));
+    printer.UseDialogs(nullptr);
+    EXPECT_FALSE(printer.DoShellExecute(Find("/x/a.lab"), "Laser", "/x/a.lab").dialogs);
 }
 
 TEST_F(ShellPrintTest, TellsWhyNothingWasStarted) {
