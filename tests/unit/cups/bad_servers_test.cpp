@@ -68,6 +68,17 @@ TEST_F(BadServersTest, OnesThatAnswerNonsense) {
     }
 }
 
+TEST_F(BadServersTest, OneWhoseEndCutsAnAnswerShortIsWaitedFor) {
+    const auto die = [](int socket) {
+        LoopbackServer::ReadHead(socket);
+        LoopbackServer::Say(socket, "HTTP/1.1 200 OK\r\nContent-Length: 500\r\n\r\n\2\1");
+    };
+    long long milliseconds = 0;
+    EXPECT_EQ(AskServer(die, milliseconds), "the print server ended the connection");
+    std::vector<PrinterInfo> printers;
+    EXPECT_GT(Measure([&] { EXPECT_EQ(spooler.ListPrinters(printers), -1); }), 3'000);
+}
+
 TEST_F(BadServersTest, OneThatAsksForAPassword) {
     const auto askForPassword = [](int socket) {
         while (!LoopbackServer::ReadHead(socket).empty()) {
