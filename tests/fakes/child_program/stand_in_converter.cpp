@@ -30,7 +30,7 @@ std::string PdfOf(const std::string& content) {
 }  // namespace
 
 int RunStandInConverter(const std::vector<std::string>& words) {
-    std::ofstream(words.at(0), std::ios::app) << words.size() - 2 << '\n';
+    std::ofstream(words.at(0), std::ios::app | std::ios::binary) << words.size() - 2 << '\n';
     const std::string& folder = words.at(1);
     int exitCode = 0;
     for (std::size_t i = 2; i < words.size(); ++i) {
