@@ -49,7 +49,7 @@ int ExitCodeOf(const RunSummary& summary) {
         case RunSummary::End::kFinished:
             break;
     }
-    return summary.failed + summary.skipped == 0 ? kExitDone : kExitNotAllDone;
+    return summary.failed + summary.skipped + summary.notFiled == 0 ? kExitDone : kExitNotAllDone;
 }
 
 void PrintSummary(Context& context, Application& application, const std::string& printer,
@@ -60,6 +60,7 @@ void PrintSummary(Context& context, Application& application, const std::string&
                            {"done", summary.done},
                            {"failed", summary.failed},
                            {"skipped", summary.skipped},
+                           {"not_filed", summary.notFiled},
                            {"seconds", summary.seconds},
                            {"queued", delivery.jobsLeft}});
         return;
@@ -70,6 +71,10 @@ void PrintSummary(Context& context, Application& application, const std::string&
                                       summary.failed, summary.skipped, summary.seconds, printer);
     const bool isGood = summary.failed + summary.skipped == 0;
     context.Print(Shaded(ToPrintableLine(counts), isGood ? Shade::kGood : Shade::kBad, colours) + "\n");
+    if (summary.notFiled > 0) {
+        const std::string line = Format("%d files could not be moved, copied or deleted", summary.notFiled);
+        context.Print(Shaded(line, Shade::kBad, colours) + "\n");
+    }
     const std::string folder = OutputFolderOf(application, printer);
     if (!folder.empty() && summary.done > 0)
         context.Print("The output lies in " + ToPrintableLine(folder) + "\n");

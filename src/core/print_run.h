@@ -58,6 +58,7 @@ struct RunSummary {
     int done = 0;
     int failed = 0;
     int skipped = 0;
+    int notFiled = 0;  // rows whose files could not be moved, copied or deleted; they count above, too
     double seconds = 0;
 };
 

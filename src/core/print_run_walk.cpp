@@ -341,8 +341,9 @@ void RunWalk::HandleFile(RowOutcome outcome, const WayResult& result) {
     PrintEnd end = mark.isDoubtful ? PrintEnd::kDoubtful : PrintEnd::kPrinted;
     if (mark.outcome == RowOutcome::kFailed) end = PrintEnd::kFailed;
     const PrintedRow row = ReadPrintedRow(m_services.list, m_progress.row, Printer());
-    if (m_services.outcomes.HandleFile(row, end) == RowHandled::kErased && end == PrintEnd::kPrinted)
-        ShowRowStatus("Deleted");
+    const RowHandled handled = m_services.outcomes.HandleFile(row, end);
+    if (handled == RowHandled::kFailed) ++m_summary.notFiled;
+    if (handled == RowHandled::kErased && end == PrintEnd::kPrinted) ShowRowStatus("Deleted");
 }
 
 // A document of the word processor that it hung on gets one more row.

@@ -48,7 +48,7 @@ TEST(QprPrint, PrintsAMixedListByteForByteAndTellsEachRowsOutcome) {
     EXPECT_EQ(StatusOf(document, 2), "No File.");
     EXPECT_EQ(StatusOf(document, 3), "Done");
     EXPECT_EQ(StatusOf(document, 4), "Empty File");
-    EXPECT_THAT(StatusOf(document, 5), StartsWith("Error"));
+    EXPECT_THAT(StatusOf(document, 5), StartsWith("No print association setup"));
     const std::vector<std::string> names = qpr.OutputNames();
     ASSERT_THAT(names, ElementsAre("00000001-letter.ps", "00000002-job.prn", "00000003-notes.txt"));
     EXPECT_EQ(qpr.ReadOutput(names[0]), kTwoPages);

@@ -75,6 +75,19 @@ TEST_F(PrintRunOutcomesTest, FailuresGoToTheirOwnFolderAndAreToldOnce) {
                             "4:\r\nStatus: Print(s) Finished\r\n"));
 }
 
+// The folder for the files is none.
+TEST_F(PrintRunOutcomesTest, FilesThatCannotBeFiledStayAndAreCounted) {
+    options.m_errorLog = true;
+    const std::string file = AddRow("a.ps", folder.Write("target", "a file"));
+    AddRow("b.ps", "");
+    const RunSummary summary = run.OnButtonPrint();
+    EXPECT_EQ(summary.done, 2);
+    EXPECT_EQ(summary.notFiled, 1);
+    EXPECT_EQ(Statuses(), (TextList{"Done", "Done"}));
+    EXPECT_TRUE(IsThere(file));
+    EXPECT_THAT(ErrorRecords(), HasSubstr("Move Error"));
+}
+
 TEST_F(PrintRunOutcomesTest, WhatHasAnUnknownOutcomeStaysWhereItIs) {
     const std::string unknown = AddRow("unknown.ps", "qprdelete", folder.PathOf("bad"));
     spooler.LoseAnswers();
