@@ -1,6 +1,7 @@
 #include "documents/pdf_merge_input.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <iterator>
 #include <limits>
 
@@ -139,7 +140,10 @@ bool PdfMergeInput::CopyObject(PdfMergeWriter& writer, long long number, std::ui
         m_text = "<</Parent " + std::to_string(parent) + " 0 R";
         begin = 2;
     }
+    const auto known = static_cast<std::ptrdiff_t>(m_waiting.size());
     if (!AppendRenumbered(writer, m_object, begin, m_text)) return false;
+    // What is named first comes first, so that the pages stand in their order.
+    std::reverse(m_waiting.begin() + known, m_waiting.end());
     const std::uint32_t newNumber = m_newNumbers[static_cast<std::size_t>(number)];
     if (m_object.isStream) return WriteStream(writer, newNumber);
     writer.WriteObject(newNumber, m_text);
