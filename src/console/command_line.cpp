@@ -95,6 +95,7 @@ int RunConsole(Services& services, std::vector<std::string> arguments) {
     DefineBalanceCommands(commands);
     DefineShellCommands(commands);
     DefineSettingsCommands(commands);
+    DefineMergeCommands(commands);
     DefineLogCommands(commands);
     DefineNotifyCommands(commands);
     DefineInternalCommands(commands);

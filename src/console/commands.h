@@ -33,6 +33,7 @@ void DefineBalanceCommands(CommandSet& commands);
 void DefineQueueVerdict(CommandSet& commands, CLI::App& queue);  // queue verdict
 void DefineShellCommands(CommandSet& commands);                  // command
 void DefineLogCommands(CommandSet& commands);
+void DefineMergeCommands(CommandSet& commands);
 void DefineNotifyCommands(CommandSet& commands);    // notify, download
 void DefineInternalCommands(CommandSet& commands);  // reference, pdf-worker: not shown in the help
 
