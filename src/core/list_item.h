@@ -59,6 +59,7 @@ struct RunMark {
     std::int32_t printed = 0;                       // the walks that brought it to its end without a failure
     RowOutcome outcome = RowOutcome::kNotSelected;  // the worst of all walks
     bool isDoubtful = false;  // something of what was printed may not have come out whole
+    bool isAppended = false;  // unticked because its pages are in the merged file of this run
 };
 
 // One row: its column texts are its whole state. All texts lie in one piece of memory, so that a list of

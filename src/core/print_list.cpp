@@ -1,6 +1,7 @@
 #include "core/print_list.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "base/format.h"
 #include "base/text.h"
@@ -59,6 +60,18 @@ void PrintList::AppendRow(const ColumnTexts& texts, const RunMark& mark) {
 int PrintList::InsertFileIntoList(std::string_view path, int selectMode, std::string_view moveToDir,
                                   const ItemTexts& texts) {
     return ListInsertion(*this, selectMode, moveToDir, texts).Insert(std::string(path));
+}
+
+int PrintList::InsertFileAtRow(int row, std::string_view path, int selectMode, std::string_view moveToDir,
+                               const ItemTexts& texts) {
+    const int pending = std::exchange(m_pendingPosition, row);
+    const int selected = std::exchange(m_selectedRow, -1);
+    const int start = std::exchange(m_startPosition, -1);
+    const int result = InsertFileIntoList(path, selectMode, moveToDir, texts);
+    m_pendingPosition = pending;
+    m_selectedRow = selected;
+    m_startPosition = start;
+    return result;
 }
 
 int PrintList::ExInsertItemsIntoList(const char* fileName, int selectMode, const char* moveToDir) {

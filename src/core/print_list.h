@@ -86,6 +86,10 @@ public:
     int InsertFileIntoList(std::string_view path, int selectMode, std::string_view moveToDir,
                            const ItemTexts& texts);
 
+    // The same at this row, whatever is said of where the next rows go; the others move down.
+    int InsertFileAtRow(int row, std::string_view path, int selectMode, std::string_view moveToDir,
+                        const ItemTexts& texts);
+
     // For other processes and add-ons; both always return 1.
     int ExInsertItemsIntoList(const char* fileName, int selectMode, const char* moveToDir);
     int ExInsertItemsIntoListPos(const char* fileName, int selectMode, const char* moveToDir, int row,

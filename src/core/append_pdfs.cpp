@@ -1,0 +1,239 @@
+#include "core/append_pdfs.h"
+
+#include <utility>
+
+#include "base/format.h"
+#include "base/path.h"
+#include "base/text.h"
+#include "core/file_target.h"
+#include "core/page_range.h"
+#include "core/print_list.h"
+#include "core/print_run_source.h"
+#include "core/scratch_folder.h"
+#include "documents/pdf_merge.h"
+#include "logs/debug_log.h"
+#include "platform/clock.h"
+#include "settings/general_options.h"
+
+namespace quirepress {
+
+namespace {
+
+constexpr Instant kSecond = 1'000'000'000;
+constexpr Instant kKeptFor = 24 * Instant{3600} * kSecond;  // what a program that died has left
+constexpr std::string_view kDeleteAfterPrint = "qprdelete";
+constexpr const char* kMergedName = "%sQPRMerged_%ld%d.pdf";
+
+std::string LockOf(const std::string& path) {
+    return path + ".lock";
+}
+
+bool IsTicked(const PrintList& list, int row) {
+    return list.Text(row, kColumnSelected) == "Yes";
+}
+
+bool IsPdfRow(const PrintList& list, int row) {
+    const std::string_view path = list.Text(row, kColumnFilename);
+    return IsPdf(path) && KindOfItem(path) == ItemKind::kDocument;
+}
+
+// A merging under way. A row that was dealt with is unticked, so that the next ticked one is the next.
+class Appending {
+public:
+    Appending(const AppendServices& services, const std::function<bool()>& keepGoing)
+        : m_services(services), m_list(services.list), m_keepGoing(keepGoing) {}
+
+    AppendOutcome Run();
+
+private:
+    bool TakeName();
+    int FindRow() const;
+    int CountRows() const;
+    bool AppendRow(int row, PdfMerge& merge, const std::string& scratchFolder);
+    PdfResult AddPages(int row, PdfMerge& merge, const std::string& scratchFolder);
+    void Untick(int row, std::string_view status);
+    void InsertMerged();
+    AppendOutcome GiveUp(AppendOutcome::End end);
+    void GiveNameBack();
+
+    const AppendServices& m_services;
+    PrintList& m_list;
+    const std::function<bool()>& m_keepGoing;
+    AppendOutcome m_outcome;
+};
+
+AppendOutcome Appending::Run() {
+    if (CountRows() < 2) return {};
+    if (!TakeName()) return GiveUp(AppendOutcome::End::kNotWritten);
+    const ScratchFolder scratch(m_services.files, m_services.options, m_services.workingFolder, "Append");
+    PdfMerge merge(m_services.files, m_services.pdfPages, m_outcome.path, scratch.Path());
+    for (int row = FindRow(); row >= 0; row = FindRow()) {
+        if (!m_keepGoing()) return GiveUp(AppendOutcome::End::kStopped);
+        // The list may have changed.
+        row = FindRow();
+        if (row >= 0 && !AppendRow(row, merge, scratch.Path()))
+            return GiveUp(AppendOutcome::End::kNotWritten);
+    }
+    m_list.SetCurrentRow(-1);
+    if (merge.PageCount() == 0) {
+        GiveNameBack();
+        return std::move(m_outcome);
+    }
+    if (merge.Finish() != PdfResult::kDone) return GiveUp(AppendOutcome::End::kNotWritten);
+    InsertMerged();
+    m_outcome.end = AppendOutcome::End::kMerged;
+    return std::move(m_outcome);
+}
+
+// A name that no file has, and no other program is about to use.
+bool Appending::TakeName() {
+    constexpr int kMostNames = 1000;
+    const std::string folder = TemporaryFolderOf(m_services.options, m_services.workingFolder);
+    m_services.files.MakeFolders(folder);
+    const auto seconds = static_cast<long>(m_services.clock.Now() / kSecond);
+    for (int number = 1; number <= kMostNames; ++number) {
+        const std::string path = Format(kMergedName, WithTrailingSeparator(folder), seconds, number);
+        FileResult result = FileResult::kDone;
+        std::unique_ptr<FileLock> lock = m_services.files.TryLock(LockOf(path), result);
+        if (!lock && result != FileResult::kBusy) return false;
+        if (!lock || m_services.files.Inspect(path).kind != FileKind::kMissing) continue;
+        m_outcome.path = path;
+        m_outcome.lock = std::move(lock);
+        return true;
+    }
+    return false;
+}
+
+int Appending::FindRow() const {
+    for (int row = 0; row < m_list.RowCount(); ++row)
+        if (IsTicked(m_list, row) && IsPdfRow(m_list, row)) return row;
+    return -1;
+}
+
+int Appending::CountRows() const {
+    int rows = 0;
+    for (int row = 0; row < m_list.RowCount(); ++row)
+        if (IsTicked(m_list, row) && IsPdfRow(m_list, row)) ++rows;
+    return rows;
+}
+
+// False when the merged file can't be written.
+bool Appending::AppendRow(int row, PdfMerge& merge, const std::string& scratchFolder) {
+    const std::string path(m_list.Text(row, kColumnFilename));
+    m_list.SetCurrentRow(row);
+    m_list.SetText(row, kColumnStatus, "Appending");
+    m_services.debugLog.Trace("Appending: %s\r\n", path);
+    const PdfResult result = AddPages(row, merge, scratchFolder);
+    if (result == PdfResult::kNotWritten) return false;
+    row = m_list.CurrentRow();
+    if (result == PdfResult::kDone) {
+        Untick(row, "Done Append");
+        return true;
+    }
+    const std::string error = std::string("Error appending file: ") + DescribePdfResult(result);
+    m_services.debugLog.Trace("%s %s\r\n", error, path);
+    m_outcome.failures.push_back({path, error});
+    Untick(row, error);
+    if (row >= 0) m_list.MarkOf(row).outcome = RowOutcome::kFailed;
+    return true;
+}
+
+PdfResult Appending::AddPages(int row, PdfMerge& merge, const std::string& scratchFolder) {
+    const std::string path(m_list.Text(row, kColumnFilename));
+    const std::string& password = m_services.options.m_openPassword;
+    PdfPageRange range;
+    if (!ReadPageRange(m_list.Text(row, kColumnProcessingParameters), range.first, range.last))
+        return merge.Add(path, password);
+    const std::string part = JoinPath(scratchFolder, "pages.pdf");
+    m_services.files.MakeFolders(scratchFolder);
+    PdfResult result = m_services.pdfPages.ExtractPages(path, password, {range}, part);
+    // Its own file is none that other rows wait for.
+    if (result == PdfResult::kNotWritten) return PdfResult::kGaveUp;
+    if (result == PdfResult::kDone) result = merge.Add(part, "");
+    m_services.files.Erase(part);
+    return result;
+}
+
+void Appending::Untick(int row, std::string_view status) {
+    if (row < 0) return;  // it was taken from the list
+    m_list.SetText(row, kColumnSelected, "No");
+    m_list.SetText(row, kColumnStatus, status);
+    m_list.MarkOf(row).isAppended = true;
+}
+
+// It goes where the first of its rows says that it goes.
+void Appending::InsertMerged() {
+    int first = 0;
+    while (first < m_list.RowCount() && !m_list.MarkOf(first).isAppended) ++first;
+    const auto text = [&](Column column) { return std::string(m_list.Text(first, column)); };
+    ItemTexts texts;
+    texts.profiling = text(kColumnProfiling);
+    texts.balancedPrinters = text(kColumnBalancedPrinters);
+    texts.priority = text(kColumnPriority);
+    m_list.InsertFileAtRow(first, m_outcome.path, 1, kDeleteAfterPrint, texts);
+    m_services.debugLog.Trace("Done Append: %s\r\n", m_outcome.path);
+}
+
+AppendOutcome Appending::GiveUp(AppendOutcome::End end) {
+    m_list.SetCurrentRow(-1);
+    for (int row = 0; row < m_list.RowCount(); ++row) {
+        const bool isAtWork = m_list.Text(row, kColumnStatus) == "Appending";
+        if (isAtWork || m_list.MarkOf(row).isAppended) m_list.SetText(row, kColumnStatus, "Ready");
+        if (m_list.MarkOf(row).isAppended) m_list.MarkOf(row).outcome = RowOutcome::kNotSelected;
+    }
+    TickAppendedRows(m_list);
+    GiveNameBack();
+    AppendOutcome outcome;
+    outcome.end = end;
+    return outcome;
+}
+
+void Appending::GiveNameBack() {
+    if (m_outcome.lock) {
+        m_outcome.lock.reset();
+        m_services.files.Erase(LockOf(m_outcome.path));
+    }
+    m_outcome.path.clear();
+}
+
+void EraseMerged(Files& files, const std::string& path) {
+    FileResult result = FileResult::kDone;
+    std::unique_ptr<FileLock> lock = files.TryLock(LockOf(path), result);
+    if (!lock) return;  // another program prints it
+    files.Erase(path);
+    lock.reset();
+    files.Erase(LockOf(path));
+}
+
+}  // namespace
+
+AppendOutcome AppendPdfs(const AppendServices& services, const std::function<bool()>& keepGoing) {
+    return Appending(services, keepGoing).Run();
+}
+
+void TickAppendedRows(PrintList& list) {
+    for (int row = 0; row < list.RowCount(); ++row)
+        if (std::exchange(list.MarkOf(row).isAppended, false)) list.SetText(row, kColumnSelected, "Yes");
+}
+
+void DropMergedRows(const AppendServices& services) {
+    PrintList& list = services.list;
+    for (int row = list.RowCount() - 1; row >= 0; --row) {
+        const std::string path(list.Text(row, kColumnFilename));
+        if (!IsMergedFile(path) || list.Text(row, kColumnMoveTo) != kDeleteAfterPrint) continue;
+        EraseMerged(services.files, path);
+        list.RemoveRow(row);
+    }
+    const std::string folder = TemporaryFolderOf(services.options, services.workingFolder);
+    std::vector<FolderEntry> entries;
+    services.files.ListFolder(folder, entries);
+    for (const FolderEntry& entry : entries) {
+        const std::string path = JoinPath(folder, entry.name);
+        if (entry.kind != FileKind::kRegular || !IsMergedFile(path)) continue;
+        const FileFacts facts = services.files.Inspect(path);
+        if (facts.written == kNoInstant || services.clock.Now() - facts.written < kKeptFor) continue;
+        EraseMerged(services.files, EndsWith(path, ".lock") ? path.substr(0, path.size() - 5) : path);
+    }
+}
+
+}  // namespace quirepress
