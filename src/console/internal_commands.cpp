@@ -4,7 +4,6 @@
 #include "console/context.h"
 #include "console/reference.h"
 #include "documents/pdf_worker.h"
-#include "platform/window_worker.h"
 #include "settings/settings_catalog.h"
 
 namespace quirepress {
@@ -35,14 +34,6 @@ void DefineInternalCommands(CommandSet& commands) {
     worker->group("");
     commands.RunWith(worker, [&context = commands.m_context] {
         return RunPdfWorker(*context.System().files, *context.System().terminal);
-    });
-
-    // Likewise, so that a program that hangs can hold up no more than it.
-    CLI::App* windows = commands.m_program.add_subcommand("window-worker", "Look at other programs' windows");
-    windows->group("");
-    commands.RunWith(windows, [&context = commands.m_context] {
-        const std::unique_ptr<AppWindows> desktop = MakeDesktopWindows();
-        return RunWindowWorker(desktop.get(), *context.System().terminal);
     });
 }
 

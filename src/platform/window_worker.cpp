@@ -45,11 +45,11 @@ WindowAnswer AnswerTo(AppWindows& windows, const WindowRequest& request) {
 
 }  // namespace
 
-WorkerAppWindows::WorkerAppWindows(Processes& processes, EventLoop& loop, std::vector<std::string> arguments,
+WorkerAppWindows::WorkerAppWindows(Processes& processes, EventLoop& loop, std::string program,
                                    std::int64_t ownProcess, WindowWorkerLimits limits)
     : m_processes(processes),
       m_loop(loop),
-      m_arguments(std::move(arguments)),
+      m_program(std::move(program)),
       m_ownProcess(ownProcess),
       m_limits(limits) {}
 
@@ -111,9 +111,9 @@ bool WorkerAppWindows::EnsureWorker() {
     if (m_worker) return true;
     m_lastUse = m_loop.MonotonicMilliseconds();
     if (m_lastUse < m_nextStart) return false;
-    m_nextStart = m_lastUse + m_limits.afterFailure;
+    m_nextStart = m_lastUse + m_limits.withoutDesktop;
     ProcessRequest request;
-    request.arguments = m_arguments;
+    request.arguments = {m_program};
     request.pipes = true;
     int systemError = 0;
     m_worker = m_processes.Start(request, systemError);

@@ -19,7 +19,7 @@ struct WindowWorkerLimits {
     int answer = 2'000;           // a worker that takes longer is ended
     int idle = 5'000;             // one that is not asked anything for so long, too
     int afterFailure = 10'000;    // before another one is started
-    int withoutDesktop = 60'000;  // the same, when it said that there is nothing to see
+    int withoutDesktop = 60'000;  // the same, when there is nothing to see, or no worker
 };
 
 // The windows of other programs as a process of its own sees them, so that a program that hangs, or trips up
@@ -27,9 +27,9 @@ struct WindowWorkerLimits {
 // again and again when it fails: until its next start there are no windows.
 class WorkerAppWindows : public AppWindows {
 public:
-    // `arguments` start a program that then does RunWindowWorker. Windows of `ownProcess` are not told of.
-    WorkerAppWindows(Processes& processes, EventLoop& loop, std::vector<std::string> arguments,
-                     std::int64_t ownProcess, WindowWorkerLimits limits = {});
+    // `program` does RunWindowWorker. Windows of `ownProcess` are not told of.
+    WorkerAppWindows(Processes& processes, EventLoop& loop, std::string program, std::int64_t ownProcess,
+                     WindowWorkerLimits limits = {});
     ~WorkerAppWindows() override;
     WorkerAppWindows(const WorkerAppWindows&) = delete;
     WorkerAppWindows& operator=(const WorkerAppWindows&) = delete;
@@ -53,7 +53,7 @@ private:
 
     Processes& m_processes;
     EventLoop& m_loop;
-    std::vector<std::string> m_arguments;
+    std::string m_program;
     std::int64_t m_ownProcess;
     WindowWorkerLimits m_limits;
     std::unique_ptr<ChildProcess> m_worker;

@@ -4,6 +4,7 @@
 
 #include <filesystem>
 
+#include "base/path.h"
 #include "platform/machine.h"
 #include "platform/window_worker.h"
 
@@ -41,8 +42,9 @@ public:
 std::unique_ptr<AppWindows> MakeAppWindows(Processes& processes, EventLoop& loop, Machine& machine) {
     const bool hasDisplay = HasVariable(machine, "DISPLAY") || HasVariable(machine, "WAYLAND_DISPLAY");
     if (!hasDisplay || !HasSessionBus(machine)) return std::make_unique<NoAppWindows>();
-    return std::make_unique<WorkerAppWindows>(
-        processes, loop, std::vector<std::string>{machine.ProgramPath(), "window-worker"}, getpid());
+    // It lies beside every program of ours.
+    const std::string worker = JoinPath(FolderOf(machine.ProgramPath()), "qpr-window-worker");
+    return std::make_unique<WorkerAppWindows>(processes, loop, worker, getpid());
 }
 
 }  // namespace quirepress

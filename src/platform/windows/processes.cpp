@@ -33,7 +33,7 @@ public:
     std::int64_t Id() const override { return m_id; }
     bool HasInTree(std::int64_t id) override {
         const SystemHandle process =
-            TakeHandle(OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION, FALSE, static_cast<DWORD>(id)));
+            TakeHandle(OpenProcess(PROCESS_QUERY_INFORMATION, FALSE, static_cast<DWORD>(id)));
         BOOL isInside = FALSE;
         return process && IsProcessInJob(process.get(), m_job.get(), &isInside) != FALSE && isInside != FALSE;
     }

@@ -1,12 +1,9 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <stdlib.h>
-#include <unistd.h>
 
-#include "base/path.h"
 #include "desktop/desktop_stage.h"
 #include "platform/machine.h"
-#include "platform/window_worker.h"
 
 namespace quirepress {
 
@@ -49,10 +46,7 @@ DesktopStage::DesktopStage() {
     m_servers.push_back(
         StartServer(m_services, {"dbus-daemon", "--session", "--nofork", "--print-address=1"}, bus));
     setenv("DBUS_SESSION_BUS_ADDRESS", bus.c_str(), 1);
-    const std::string folder(FolderOf(m_services.machine->ProgramPath()));
-    m_windows = std::make_unique<WorkerAppWindows>(
-        *m_services.processes, *m_services.loop, std::vector<std::string>{JoinPath(folder, "window_worker")},
-        getpid());
+    m_windows = MakeAppWindows(*m_services.processes, *m_services.loop, *m_services.machine);
 }
 
 DesktopStage::~DesktopStage() {

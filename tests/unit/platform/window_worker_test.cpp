@@ -99,7 +99,7 @@ protected:
     FakeEventLoop m_loop;
     FakeAppWindows m_desktop;
     StandInWorkers m_workers;
-    WorkerAppWindows m_windows{m_workers, m_loop, {"worker"}, kOwnProcess};
+    WorkerAppWindows m_windows{m_workers, m_loop, "worker", kOwnProcess};
 };
 
 TEST_F(WindowWorkerTest, SeesAndDoesWhatTheWorkerCan) {
