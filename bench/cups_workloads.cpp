@@ -19,6 +19,7 @@
 #include "platform/shell.h"
 #include "platform/spooler.h"
 #include "platform/terminal.h"
+#include "rig/memory_disk.h"
 #include "rig/private_cups.h"
 #include "workloads.h"
 
@@ -153,6 +154,8 @@ private:
 
     bool Clear() { return m_cups.RunTool({"cancel", "-a", "-x", "Held"}) == 0 && m_isGood; }
 
+    // A disk on which many files were just erased makes new ones ever more slowly.
+    MemoryDisk m_disk{std::uintmax_t{2} << 30};
     Services m_services = MakeSystemServices();
     TemporaryFolder m_folder;
     PrivateCups m_cups{m_services};

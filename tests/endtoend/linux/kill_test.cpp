@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
@@ -16,6 +15,7 @@
 #include "platform/files.h"
 #include "platform/spooler.h"
 #include "qpr_program.h"
+#include "rig/memory_disk.h"
 #include "rig/private_cups.h"
 
 namespace quirepress {
@@ -34,24 +34,6 @@ struct Moment {
     int microseconds = 0;  // and so much time has gone by since
     bool endsProgram = false;
     bool endsServer = false;
-};
-
-// Memory keeps what a program has written as well as a disk does, when nothing but programs ends, and nobody
-// waits for it.
-class MemoryDisk {
-public:
-    MemoryDisk() {
-        constexpr const char* kFolder = "/dev/shm";
-        if (m_was == nullptr && access(kFolder, W_OK) == 0) setenv("TMPDIR", kFolder, 1);
-    }
-    ~MemoryDisk() {
-        if (m_was == nullptr) unsetenv("TMPDIR");
-    }
-    MemoryDisk(const MemoryDisk&) = delete;
-    MemoryDisk& operator=(const MemoryDisk&) = delete;
-
-private:
-    const char* m_was = std::getenv("TMPDIR");
 };
 
 // What the queue has of a document, and what was said about it.
@@ -179,7 +161,7 @@ protected:
         return unknown;
     }
 
-    MemoryDisk m_disk;
+    MemoryDisk m_disk{std::uintmax_t{200} << 20};
     QprProgram m_qpr;
     PrivateCups m_cups{m_qpr.m_services, {.dirtyCleanInterval = 0}};
     std::mt19937 m_random{20};
