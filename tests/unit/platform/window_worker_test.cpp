@@ -47,6 +47,7 @@ public:
     std::function<std::string(std::string)> spoil = [](std::string answer) { return answer; };
     int starts = 0;
     int alive = 0;
+    int requests = 0;
 
     std::unique_ptr<ChildProcess> Start(const ProcessRequest&, int&) override {
         ++starts;
@@ -65,6 +66,7 @@ private:
         void EndTree() override {}
         std::int64_t Id() const override { return 1; }
         bool WriteInput(std::string_view data) override {
+            ++m_owner.requests;
             LineTerminal terminal;
             terminal.lines.emplace_back(data.substr(0, data.size() - 1));
             RunWindowWorker(m_owner.desktop, terminal);
@@ -201,6 +203,7 @@ TEST_F(WindowWorkerTest, IsNotAskedFromWithinTheWait) {
     m_loop.StartTimer(1, 1, [&] { inner = m_windows.ListWindows().size(); });
     EXPECT_EQ(m_windows.ListWindows().size(), 1U);
     EXPECT_EQ(inner, 0U);
+    EXPECT_EQ(m_workers.requests, 1);
 }
 
 TEST(CaptionTest, LosesItsMnemonic) {
