@@ -84,11 +84,25 @@ void Application::MakeRun() {
     ways.push_back(MakeSpoolerWay(*m_spooler, *m_watch));
     ways.push_back(MakeShellWay({*m_shellPrinter, *m_list, *m_spooler, *m_watch, *m_services.processes, files,
                                  loop, *m_debugLog, m_options, m_request.workingFolder}));
-    m_run = std::make_unique<PrintRun>(
-        PrintRunServices{*m_list, *m_spooler, files, loop, *m_prompts, *m_debugLog, *m_selection, *m_watch,
-                         *m_balance, *m_snapshot, *m_processing, *m_downloads, *m_outcomes, *m_hangLog,
-                         m_options, m_balanceOptions},
-        std::move(ways));
+    m_run = std::make_unique<PrintRun>(PrintRunServices{*m_list,
+                                                        *m_spooler,
+                                                        files,
+                                                        loop,
+                                                        *m_prompts,
+                                                        *m_debugLog,
+                                                        *m_selection,
+                                                        *m_watch,
+                                                        *m_balance,
+                                                        *m_snapshot,
+                                                        *m_processing,
+                                                        *m_downloads,
+                                                        *m_outcomes,
+                                                        *m_hangLog,
+                                                        m_options,
+                                                        m_balanceOptions,
+                                                        {*m_list, files, *m_services.clock, *m_debugLog,
+                                                         *m_pdfWorker, m_options, m_request.workingFolder}},
+                                       std::move(ways));
 }
 
 }  // namespace quirepress

@@ -105,6 +105,7 @@ struct PrintOptions {
     std::string printer;
     int copies = 0;
     bool balance = false;
+    bool append = false;
     bool dryRun = false;
 };
 
@@ -133,6 +134,7 @@ int RunPrint(Context& context, const PrintOptions& options) {
     const auto start = [&](PrintRun& run) {
         run.UsePrinter(printer);
         run.UseBalancing(options.balance);
+        run.UseAppending(options.append);
         if (options.copies > 0) run.SetCopies(options.copies);
         return run.OnButtonPrint();
     };
@@ -234,6 +236,8 @@ void DefinePrint(CommandSet& commands) {
         ->type_name("N");
     command->add_flag("--balance", options->balance,
                       "Spread the documents over the printers of balancedprinters.ini");
+    command->add_flag("--append", options->append,
+                      "Merge the PDFs of the list into one document, printed where the first of them stands");
     command->add_flag("--dry-run", options->dryRun, "Load and show the list, print nothing");
     commands.RunWith(command,
                      [options, &context = commands.m_context] { return RunPrint(context, *options); });

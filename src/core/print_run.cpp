@@ -65,11 +65,15 @@ RunSummary PrintRun::RunList(const CutOffRun* cutOff) {
     m_services.selection.UseStop([this] { return m_stop; });
     m_services.selection.SaveForRun();
     m_services.processing.Clear();
+    if (cutOff == nullptr) ForgetEarlierRuns();
+    AppendOutcome appended;
+    if (cutOff == nullptr && m_isAppending) appended = AppendRows();
     const RunSummary summary = WalkWithPrinter(cutOff);
     m_services.selection.UseStop([] { return false; });
     m_services.selection.RestoreAfterRun();
     const bool wasStopped = summary.end == RunSummary::End::kStopped;
     if (wasStopped || summary.end == RunSummary::End::kFinished) FinishRun(wasStopped);
+    TickAppendedRows(m_services.list);
     if (wasStopped) m_services.prompts.ShowStatus("Printing stopped && Monitor stopped");
     return summary;
 }
@@ -105,6 +109,31 @@ RunSummary PrintRun::WalkWithPrinter(const CutOffRun* cutOff) {
 void PrintRun::FinishRun(bool wasStopped) {
     m_services.outcomes.EndRun(m_services.list, m_passes, wasStopped);
     if (m_services.options.m_removeItem) RemoveDoneRows(m_passes);
+}
+
+void PrintRun::ForgetEarlierRuns() {
+    DropMergedRows(m_services.append);
+    for (int row = 0; row < m_services.list.RowCount(); ++row) m_services.list.MarkOf(row) = {};
+}
+
+// The merged file is a row of this run, known to its snapshot.
+AppendOutcome PrintRun::AppendRows() {
+    AppendOutcome appended = AppendPdfs(m_services.append, [this] {
+        m_services.loop.Pump();
+        return !m_stop;
+    });
+    std::vector<PrintedRow> failed;
+    for (int row = 0; row < m_services.list.RowCount(); ++row) {
+        const RunMark& mark = m_services.list.MarkOf(row);
+        if (mark.isAppended && mark.outcome == RowOutcome::kFailed)
+            failed.push_back(ReadPrintedRow(m_services.list, row, ""));
+    }
+    for (const PrintedRow& row : failed) m_services.outcomes.HandleFile(row, PrintEnd::kFailed);
+    for (const AppendOutcome::Failure& failure : appended.failures) {
+        m_services.outcomes.RecordError(failure.path, "", failure.error);
+        m_services.outcomes.TellFailure(failure.path, failure.error);
+    }
+    return appended;
 }
 
 void PrintRun::CreateSnapshot(const CutOffRun* cutOff, int passes) {

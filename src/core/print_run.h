@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "core/append_pdfs.h"
 #include "core/list_item.h"
 
 namespace quirepress {
@@ -79,6 +80,7 @@ struct PrintRunServices {
     HangLog& hangLog;
     const GeneralOptions& options;
     const BalanceOptions& balanceOptions;
+    AppendServices append;
 };
 
 // Walks the list from top to bottom and hands each ticked row to the cheapest way that works.
@@ -95,6 +97,8 @@ public:
     // Spreads the documents over the balanced printers; else only those of rows that name some.
     void UseBalancing(bool isOn) { m_isBalanced = isOn; }
 
+    // Merges the ticked PDFs into one document first.
+    void UseAppending(bool isOn) { m_isAppending = isOn; }
     // The add-on that watches the word processor; null: there is none.
     void UseHangWatch(HangWatch* watch) { m_hangWatch = watch; }
 
@@ -114,6 +118,8 @@ private:
     RunSummary WalkWithPrinter(const CutOffRun* cutOff);
     void FinishRun(bool wasStopped);
     bool HasWork();
+    void ForgetEarlierRuns();
+    AppendOutcome AppendRows();
     void CreateSnapshot(const CutOffRun* cutOff, int passes);
     RunSummary::End PreparePrinter();
     bool CheckPrinterIsValid();
@@ -131,6 +137,7 @@ private:
     int m_copies = 0;
     int m_passes = 1;  // walks over the list
     bool m_isBalanced = false;
+    bool m_isAppending = false;
     bool m_stop = false;
     bool m_isRunning = false;
 };

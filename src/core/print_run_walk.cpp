@@ -7,6 +7,7 @@
 #include "backends/printer_selection.h"
 #include "base/format.h"
 #include "base/numbers.h"
+#include "core/file_target.h"
 #include "core/print_list.h"
 #include "core/print_run_source.h"
 #include "core/processing_defaults.h"
@@ -40,10 +41,8 @@ RunWalk::RunWalk(PrintRunServices services, WalkRequest request)
 
 RunSummary RunWalk::WalkList() {
     PrintList& list = m_services.list;
-    if (m_request.cutOff == nullptr)
-        ForgetEarlierRuns();
-    else
-        TakeUpCutOffRun(*m_request.cutOff);
+    if (m_request.cutOff != nullptr) TakeUpCutOffRun(*m_request.cutOff);
+    for (int row = 0; row < list.RowCount(); ++row) CountRows(list.MarkOf(row).outcome, 1);
     CountPlannedPrints();
     m_startedAt = m_services.loop.MonotonicMilliseconds();
     m_progress.copies = m_request.passes;
@@ -59,10 +58,6 @@ RunSummary RunWalk::WalkList() {
     return m_summary;
 }
 
-void RunWalk::ForgetEarlierRuns() {
-    for (int row = 0; row < m_services.list.RowCount(); ++row) m_services.list.MarkOf(row) = {};
-}
-
 void RunWalk::TakeUpCutOffRun(const CutOffRun& cutOff) {
     PrintList& list = m_services.list;
     m_progress.copy = cutOff.copy - 1;
@@ -73,7 +68,6 @@ void RunWalk::TakeUpCutOffRun(const CutOffRun& cutOff) {
             m_services.outcomes.RecordError(path, Printer(), kStatusUnknown);
             m_services.outcomes.TellFailure(path, kStatusUnknown);
         }
-        CountRows(mark.outcome, 1);
         // The printer, its tray and its paper are those that the rows above have set.
         if (!IsTicked(row) || mark.pass != cutOff.copy || KindOfItem(path) != ItemKind::kCommand) continue;
         std::string message;
@@ -292,6 +286,30 @@ bool RunWalk::MayRetry(const RunItem& item, const WayResult& result) const {
 }
 
 void RunWalk::FinishRow(const RunItem& item, RowOutcome outcome, const WayResult& result) {
+    const bool isNew = EndRow(item, outcome, result);
+    if (isNew && outcome == RowOutcome::kFailed && result.end != WayResult::End::kStopped)
+        m_services.outcomes.TellFailure(item.path, result.status);
+    if (IsMergedFile(item.path) && m_progress.copy == m_request.passes) EndAppendedRows(outcome, result);
+}
+
+// The documents whose pages are in the merged file share its lot.
+void RunWalk::EndAppendedRows(RowOutcome outcome, const WayResult& result) {
+    const auto findRow = [&list = m_services.list] {
+        int row = 0;
+        while (row < list.RowCount() &&
+               !(list.MarkOf(row).isAppended && list.MarkOf(row).outcome == RowOutcome::kNotSelected))
+            ++row;
+        return row < list.RowCount() ? row : -1;
+    };
+    for (int row = findRow(); row >= 0; row = findRow()) {
+        BeginRow(row);
+        m_services.list.MarkOf(row).printed = m_request.passes - 1;
+        EndRow(ItemOfRow(row), outcome, result);
+    }
+}
+
+// False when an earlier copy of the row has failed already.
+bool RunWalk::EndRow(const RunItem& item, RowOutcome outcome, const WayResult& result) {
     UpdatePace();
     RunItem ended = item;
     ended.printer = Printer();
@@ -299,18 +317,16 @@ void RunWalk::FinishRow(const RunItem& item, RowOutcome outcome, const WayResult
     const auto counted = ParseWholeNumber(item.pages, 1, kMostPages);
     m_services.outcomes.RecordRow(
         {ended, result, outcome, m_progress.copy, counted ? static_cast<int>(*counted) : pages});
-    const bool isTold = outcome == RowOutcome::kFailed && result.end != WayResult::End::kStopped;
     if (!FindRowAtWork()) {
         CountRows(outcome, 1);
-    } else {
-        const bool isRepeated = m_services.list.MarkOf(m_progress.row).outcome == RowOutcome::kFailed;
-        MarkRow(outcome, result);
-        HandleFile(outcome, result);
-        CheckForHang(item);
-        if (FindRowAtWork()) m_request.observer.OnRowFinished(m_progress, outcome);
-        if (isRepeated) return;
+        return true;
     }
-    if (isTold) m_services.outcomes.TellFailure(item.path, result.status);
+    const bool isNew = m_services.list.MarkOf(m_progress.row).outcome != RowOutcome::kFailed;
+    MarkRow(outcome, result);
+    HandleFile(outcome, result);
+    CheckForHang(item);
+    if (FindRowAtWork()) m_request.observer.OnRowFinished(m_progress, outcome);
+    return isNew;
 }
 
 // In the list and on the disk.

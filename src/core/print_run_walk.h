@@ -38,7 +38,6 @@ private:
     bool IsStopped() const override { return m_request.stop; }
     bool KeepGoing() override;
 
-    void ForgetEarlierRuns();
     void TakeUpCutOffRun(const CutOffRun& cutOff);
     void CountPlannedPrints();
     bool WalkOnce();       // false when Stop ended it
@@ -61,6 +60,8 @@ private:
     WayResult OfferToWays(const RunItem& item);
     bool MayRetry(const RunItem& item, const WayResult& result) const;
     void FinishRow(const RunItem& item, RowOutcome outcome, const WayResult& result);
+    bool EndRow(const RunItem& item, RowOutcome outcome, const WayResult& result);
+    void EndAppendedRows(RowOutcome outcome, const WayResult& result);
     void MarkRow(RowOutcome outcome, const WayResult& result);
     void HandleFile(RowOutcome outcome, const WayResult& result);
     void CheckForHang(const RunItem& item);

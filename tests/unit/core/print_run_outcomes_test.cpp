@@ -5,6 +5,7 @@
 #include "backends/hang_recovery.h"
 #include "base/text.h"
 #include "fakes/forgiving_spooler.h"
+#include "fakes/small_pdf.h"
 #include "print_run_fixture.h"
 
 namespace quirepress {
@@ -202,6 +203,42 @@ TEST_F(PrintRunOutcomesTest, ProcessingSettingsHoldForTheRowsBelowThatHaveNone) 
         for (const SentDocument& sent : spooler.Sent()) printed += sent.bytes + " ";
         EXPECT_TRUE(EndsWith(printed, i == 0 ? "bytes 2-3 1-1 2-3 " : " bytes 2-3 1-1 2-3 ")) << printed;
     }
+}
+
+// The merged file is one document, and its pages' files share its lot.
+TEST_F(PrintRunOutcomesTest, MergedDocumentsAreFiledAndLoggedByThemselves) {
+    const std::string first = AddRow("a.pdf", folder.PathOf("out"), "", MakeSmallPdf({"a"}));
+    AddRow("between.ps", "");
+    const std::string second = AddRow("b.pdf", "qprdelete", "", MakeSmallPdf({"b", "c"}));
+    const std::string junk = AddRow("junk.pdf", "qprdelete", folder.PathOf("bad"), "junk");
+    run.UseAppending(true);
+    run.SetCopies(2);
+    const RunSummary summary = run.OnButtonPrint();
+    EXPECT_EQ(summary.failed, 1);
+    ASSERT_THAT(Printed(), SizeIs(4));
+    EXPECT_THAT(Printed()[0], StartsWith("QPRMerged_"));
+    EXPECT_EQ(Printed()[1], "between.ps");
+    EXPECT_FALSE(IsThere(first) || IsThere(second));
+    EXPECT_TRUE(IsThere(folder.PathOf("out/a.pdf")));
+    EXPECT_FALSE(IsThere(junk));
+    EXPECT_TRUE(IsThere(folder.PathOf("bad/junk.pdf")));
+    EXPECT_THAT(folder.Read(kPrintLogName), testing::AllOf(HasSubstr("a.pdf"), HasSubstr("b.pdf")));
+    ASSERT_EQ(list.RowCount(), 5);
+    EXPECT_EQ(Text(0, kColumnStatus), "Deleted");
+    EXPECT_EQ(Text(1, kColumnStatus), "Done");
+    EXPECT_EQ(Text(3, kColumnStatus), "Deleted");
+    EXPECT_THAT(Text(4, kColumnStatus), StartsWith("Error appending file:"));
+    for (int row = 0; row < 5; ++row) EXPECT_EQ(Text(row, kColumnSelected), "Yes") << row;
+
+    // What the merging took is not lost when the spooler refuses the whole.
+    list.Clear();
+    const std::string third = AddRow("c.pdf", "qprdelete", "", MakeSmallPdf({"a"}));
+    AddRow("d.pdf", "qprdelete", "", MakeSmallPdf({"a"}));
+    spooler.FailPrintDocument(5);
+    run.SetCopies(1);
+    EXPECT_EQ(run.OnButtonPrint().failed, 3);
+    EXPECT_TRUE(IsThere(third));
+    EXPECT_THAT(Text(1, kColumnStatus), StartsWith("Error - Can't Print - did not spool"));
 }
 
 class HungWordProcessor : public HangWatch {
