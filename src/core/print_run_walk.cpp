@@ -170,7 +170,9 @@ void RunWalk::ProcessRow() {
         return;
     }
     // A row whose file could not be opened was left unticked when it came in; it must not be missed silently.
-    const bool isMissed = !obstacle.status.empty() && m_progress.copy == 1;
+    // What could not be merged was told then.
+    const bool isMissed = !obstacle.status.empty() && m_progress.copy == 1 &&
+                          !m_services.list.MarkOf(m_progress.row).isAppended;
     FinishRow(item, isMissed ? OutcomeOf(obstacle) : RowOutcome::kNotSelected, obstacle);
 }
 
