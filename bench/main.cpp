@@ -13,6 +13,7 @@ int main(int argumentCount, char** arguments) {
     std::vector<Workload> workloads;
     quirepress::AddListWorkloads(workloads);
     quirepress::AddLogWorkloads(workloads);
+    quirepress::AddMergeWorkloads(workloads);
     quirepress::AddPageWorkloads(workloads);
     quirepress::AddSpoolWorkloads(workloads);
     quirepress::AddStartWorkloads(workloads);

@@ -4,6 +4,7 @@
 #include <spawn.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
@@ -14,6 +15,14 @@ extern char** environ;
 namespace quirepress {
 
 namespace {
+
+double CostFrom(const rusage& usage, double seconds, CostOf cost) {
+    const auto secondsOf = [](const timeval& time) {
+        return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
+    };
+    if (cost == CostOf::kPeakMemory) return 1024.0 * static_cast<double>(usage.ru_maxrss);
+    return cost == CostOf::kWallTime ? seconds : secondsOf(usage.ru_utime) + secondsOf(usage.ru_stime);
+}
 
 double MedianOf(std::vector<double> values) {
     std::sort(values.begin(), values.end());
@@ -47,11 +56,18 @@ double TimeCommand(const std::vector<std::string>& arguments, CostOf cost) {
     });
     posix_spawn_file_actions_destroy(&actions);
     if (!WIFEXITED(status) || WEXITSTATUS(status) >= 126) return -1;
-    if (cost == CostOf::kWallTime) return seconds;
-    const auto secondsOf = [](const timeval& time) {
-        return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
-    };
-    return secondsOf(usage.ru_utime) + secondsOf(usage.ru_stime);
+    return CostFrom(usage, seconds, cost);
+}
+
+double MeasureChild(const std::function<bool()>& call, CostOf cost) {
+    int status = -1;
+    rusage usage = {};
+    const double seconds = TimeCall([&] {
+        const pid_t child = fork();
+        if (child == 0) _exit(call() ? 0 : 1);
+        if (child > 0) wait4(child, &status, 0, &usage);
+    });
+    return WIFEXITED(status) && WEXITSTATUS(status) == 0 ? CostFrom(usage, seconds, cost) : -1;
 }
 
 bool RunWorkload(const Workload& workload) {

@@ -20,10 +20,13 @@ struct Workload {
 // "NAME OURS PEER RATIO GOAL ok|short" with the medians. False when it is short or can't be measured.
 bool RunWorkload(const Workload& workload);
 
-enum class CostOf { kWallTime, kProcessorTime };
+enum class CostOf { kWallTime, kProcessorTime, kPeakMemory };  // seconds, or bytes
 
-// Seconds of a whole process, with what it starts; its output goes to nowhere. Negative when it failed.
+// The cost of a whole process, with what it starts; its output goes to nowhere. Negative when it failed.
 double TimeCommand(const std::vector<std::string>& arguments, CostOf cost = CostOf::kWallTime);
+
+// The cost of a call in a process of its own; negative when it answers false.
+double MeasureChild(const std::function<bool()>& call, CostOf cost);
 
 // Wall seconds of a call.
 double TimeCall(const std::function<void()>& call);

@@ -10,6 +10,7 @@ namespace quirepress {
 void AddCupsWorkloads(std::vector<Workload>& workloads);
 void AddListWorkloads(std::vector<Workload>& workloads);
 void AddLogWorkloads(std::vector<Workload>& workloads);
+void AddMergeWorkloads(std::vector<Workload>& workloads);
 void AddPageWorkloads(std::vector<Workload>& workloads);
 void AddSpoolWorkloads(std::vector<Workload>& workloads);
 void AddStartWorkloads(std::vector<Workload>& workloads);
