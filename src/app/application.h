@@ -11,6 +11,7 @@
 #include "settings/color_printer_options.h"
 #include "settings/email_options.h"
 #include "settings/general_options.h"
+#include "settings/print_to_file_options.h"
 #include "settings/settings_file.h"
 
 namespace quirepress {
@@ -19,6 +20,8 @@ class DebugLog;
 class DirectPrinter;
 class EmbeddedSpooler;
 class ErrorLog;
+class AppWindows;
+class DialogRules;
 class HangLog;
 class MailSender;
 class Notifications;
@@ -43,6 +46,7 @@ class RunOutcomes;
 class RunSnapshot;
 class ShellPrinter;
 class Spooler;
+class ViewerWindows;
 struct TransferPlace;
 
 // The folder that a program works in: `named`, else $QUIREPRESS_HOME, else the user's own. It is made when
@@ -110,6 +114,7 @@ private:
     void OpenCups(bool wasNamed, std::string& message);
     void OpenEmbedded(std::string& message);
     void MakePrinting();
+    void MakeDialogs();
     void MakeOutcomes();
     void MakeRun();
     void MakeNotifications();
@@ -139,6 +144,10 @@ private:
     std::unique_ptr<QueueWatch> m_watch;
     std::unique_ptr<PrinterBalance> m_balance;
     std::unique_ptr<RunSnapshot> m_snapshot;
+    PrintToFileSettings m_printToFile;
+    std::unique_ptr<AppWindows> m_appWindows;
+    std::unique_ptr<DialogRules> m_dialogs;
+    std::unique_ptr<ViewerWindows> m_viewers;
     std::unique_ptr<PrintCommandFile> m_printCommands;
     std::unique_ptr<ShellPrinter> m_shellPrinter;
     std::unique_ptr<PrintLog> m_printLog;

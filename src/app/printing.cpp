@@ -2,10 +2,12 @@
 #include "automation/notifications.h"
 #include "backends/balance.h"
 #include "backends/color_split.h"
+#include "backends/dialog_rules.h"
 #include "backends/direct_print.h"
 #include "backends/printer_selection.h"
 #include "backends/queue_watch.h"
 #include "backends/shell_print.h"
+#include "backends/viewer_windows.h"
 #include "core/post_print.h"
 #include "core/print_list.h"
 #include "core/print_run.h"
@@ -22,6 +24,7 @@
 #include "logs/error_log.h"
 #include "logs/hang_log.h"
 #include "logs/print_log.h"
+#include "platform/app_windows.h"
 #include "platform/clock.h"
 #include "platform/event_loop.h"
 #include "platform/files.h"
@@ -48,8 +51,21 @@ void Application::MakePrinting() {
     m_shellPrinter = std::make_unique<ShellPrinter>(
         ShellPrinterServices{*m_services.shell, *m_services.processes, files, *m_spooler, *m_printCommands,
                              *m_debugLog, m_options});
+    MakeDialogs();
     MakeOutcomes();
     MakeRun();
+}
+
+// The windows of the programs that print.
+void Application::MakeDialogs() {
+    EventLoop& loop = *m_services.loop;
+    m_appWindows = MakeAppWindows(*m_services.processes, loop, *m_services.machine);
+    LoadPrintToFileSettings(m_printToFile, Settings());
+    m_dialogs = std::make_unique<DialogRules>(
+        DialogServices{*m_appWindows, *m_services.files, loop, *m_debugLog, m_options, m_printToFile});
+    m_viewers = std::make_unique<ViewerWindows>(*m_appWindows, loop, m_options);
+    m_shellPrinter->UseDialogs(m_dialogs.get());
+    m_watch->UseDocumentWindows(m_viewers.get());
 }
 
 void Application::MakeOutcomes() {
@@ -94,6 +110,7 @@ void Application::MakeRun() {
                                                         *m_watch,
                                                         *m_balance,
                                                         *m_snapshot,
+                                                        *m_viewers,
                                                         *m_processing,
                                                         *m_downloads,
                                                         *m_outcomes,

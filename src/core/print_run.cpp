@@ -5,6 +5,7 @@
 
 #include "backends/printer_selection.h"
 #include "backends/queue_watch.h"
+#include "backends/viewer_windows.h"
 #include "base/format.h"
 #include "base/numbers.h"
 #include "core/print_list.h"
@@ -107,6 +108,7 @@ RunSummary PrintRun::WalkWithPrinter(const CutOffRun* cutOff) {
 
 // The printer is the user's own again.
 void PrintRun::FinishRun(bool wasStopped) {
+    m_services.viewers.CloseAcrobat(ViewerWindows::Occasion::kListFinished);
     m_services.outcomes.EndRun(m_services.list, m_passes, wasStopped);
     if (m_services.options.m_removeItem) RemoveDoneRows(m_passes);
 }
@@ -122,6 +124,9 @@ AppendOutcome PrintRun::AppendRows() {
         m_services.loop.Pump();
         return !m_stop;
     });
+    if (appended.end == AppendOutcome::End::kNotWritten)
+        m_services.outcomes.RecordError("", "",
+                                        "The merged file can't be written; its documents are printed singly");
     std::vector<PrintedRow> failed;
     for (int row = 0; row < m_services.list.RowCount(); ++row) {
         const RunMark& mark = m_services.list.MarkOf(row);

@@ -27,6 +27,7 @@ class RunOutcomes;
 class RunSnapshot;
 class RunWay;
 class Spooler;
+class ViewerWindows;
 struct BalanceOptions;
 struct CutOffRun;
 struct GeneralOptions;
@@ -74,6 +75,7 @@ struct PrintRunServices {
     QueueWatch& watch;
     PrinterBalance& balance;
     RunSnapshot& snapshot;
+    ViewerWindows& viewers;
     ProcessingDefaults& processing;
     RunDownloads& downloads;
     RunOutcomes& outcomes;

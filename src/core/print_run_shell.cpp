@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "backends/dialog_watch.h"
 #include "backends/pdf_conversion.h"
 #include "backends/program_run.h"
 #include "backends/queue_watch.h"
@@ -78,8 +79,12 @@ bool IsBatch(std::string_view program) {
 // wait, where that can be relied on.
 class PrintingProgram : public WayFeedback {
 public:
-    PrintingProgram(ChildProcess& process, EventLoop& loop, WayFeedback& feedback, bool tellsFailure)
-        : m_process(process), m_loop(loop), m_feedback(feedback), m_tellsFailure(tellsFailure) {
+    PrintingProgram(const ShellStart& start, EventLoop& loop, WayFeedback& feedback, bool tellsFailure)
+        : m_process(*start.process),
+          m_dialogs(start.dialogs.get()),
+          m_loop(loop),
+          m_feedback(feedback),
+          m_tellsFailure(tellsFailure) {
         m_task = m_loop.AddPumpTask([this] {
             TakeWords();
             return false;
@@ -91,8 +96,11 @@ public:
 
     void ShowRowStatus(std::string_view status) override { m_feedback.ShowRowStatus(status); }
     void ShowBytes(std::int64_t done, std::int64_t total) override { m_feedback.ShowBytes(done, total); }
-    bool IsStopped() const override { return m_feedback.IsStopped() || HasFailed(); }
-    bool KeepGoing() override { return m_feedback.KeepGoing() && !HasFailed(); }
+    bool IsStopped() const override { return m_feedback.IsStopped() || HasFailed() || !Flaw().empty(); }
+    bool KeepGoing() override { return m_feedback.KeepGoing() && !HasFailed() && Flaw().empty(); }
+
+    // Why its dialogs will not let it print; empty: they will.
+    std::string Flaw() const { return m_dialogs != nullptr ? m_dialogs->Flaw() : std::string(); }
 
     bool HasFailed() const { return m_tellsFailure && !m_process.IsRunning() && m_process.ExitCode() != 0; }
 
@@ -104,7 +112,12 @@ public:
 
     std::string Describe(std::string_view program) {
         TakeWords();
-        if (m_process.IsRunning()) return std::string(FileTitle(program)) + " is still running";
+        const std::string title(FileTitle(program));
+        if (!Flaw().empty()) return title + ": " + Flaw();
+        if (m_process.IsRunning()) {
+            const std::string dialogs = m_dialogs != nullptr ? m_dialogs->DescribeOpenDialogs() : "";
+            return title + " is still running" + (dialogs.empty() ? "" : ", its open windows: " + dialogs);
+        }
         ProgramResult result;
         result.end = ProgramResult::End::kEnded;
         result.exitCode = m_process.ExitCode();
@@ -123,6 +136,7 @@ private:
     }
 
     ChildProcess& m_process;
+    const DialogWatch* m_dialogs;  // null: nobody answers them
     EventLoop& m_loop;
     WayFeedback& m_feedback;
     bool m_tellsFailure;
@@ -235,8 +249,7 @@ private:
         const ShellStart start = isDocumentImage ? shell.DoShellExecutePDF(command, item.printer, item.path)
                                                  : shell.DoShellExecute(command, item.printer, item.path);
         if (!start.process) return NotStarted(start);
-        PrintingProgram program(*start.process, m_services.loop, feedback,
-                                command.way == ShellCommand::Way::kPrints);
+        PrintingProgram program(start, m_services.loop, feedback, command.way == ShellCommand::Way::kPrints);
         if (m_services.options.m_waitBat && IsBatch(command.program))
             program.AwaitEnd(command.command.limitSeconds * 1000LL);
         const JobWait::End end = m_jobWait.ForForeignJob(item.printer, item.path, program);
@@ -245,7 +258,8 @@ private:
             program.AwaitEnd(kGraceMilliseconds);
             return Printed(0);
         }
-        if (program.HasFailed()) return Failed(program.Describe(command.program), true);
+        if (program.HasFailed() || !program.Flaw().empty())
+            return Failed(program.Describe(command.program), true);
         return {WayResult::End::kFailed, std::string(kStatusDidNotSpool),
                 "Can't Print - did not spool: " + program.Describe(command.program), true};
     }

@@ -5,8 +5,10 @@
 #include "backends/balance.h"
 #include "backends/hang_recovery.h"
 #include "backends/printer_selection.h"
+#include "backends/viewer_windows.h"
 #include "base/format.h"
 #include "base/numbers.h"
+#include "base/text.h"
 #include "core/file_target.h"
 #include "core/print_list.h"
 #include "core/print_run_source.h"
@@ -267,6 +269,8 @@ WayResult RunWalk::AttemptRow(const RunItem& item) {
     WayResult result = FindSourceObstacle(m_services.files, item);
     if (!result.status.empty()) return result;
     if (item.kind == ItemKind::kDocument) ShowRowStatus("Printing file:");
+    const bool isSettings = EndsWith(item.path, ".prs") || EndsWith(item.path, ".printer");
+    if (isSettings) m_services.viewers.CloseAcrobat(ViewerWindows::Occasion::kPrinterSettings);
     result = OfferToWays(item);
     if (result.status == kStatusDidNotSpool) m_services.debugLog.Trace("Can't Print - did not spool\r\n");
     const bool isPrinted = result.end == WayResult::End::kPrinted;
@@ -325,6 +329,9 @@ bool RunWalk::EndRow(const RunItem& item, RowOutcome outcome, const WayResult& r
     }
     const bool isNew = m_services.list.MarkOf(m_progress.row).outcome != RowOutcome::kFailed;
     MarkRow(outcome, result);
+    // A viewer would hold the file.
+    if (IsPdf(item.path) && outcome != RowOutcome::kNotSelected)
+        m_services.viewers.CloseAcrobat(ViewerWindows::Occasion::kFileFinished);
     HandleFile(outcome, result);
     CheckForHang(item);
     if (FindRowAtWork()) m_request.observer.OnRowFinished(m_progress, outcome);

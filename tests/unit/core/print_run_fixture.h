@@ -15,6 +15,7 @@
 #include "backends/direct_print.h"
 #include "backends/printer_selection.h"
 #include "backends/queue_watch.h"
+#include "backends/viewer_windows.h"
 #include "base/path.h"
 #include "base/text.h"
 #include "core/post_print.h"
@@ -29,6 +30,7 @@
 #include "documents/page_colors.h"
 #include "documents/page_renderer.h"
 #include "documents/pdf_counter.h"
+#include "fakes/fake_app_windows.h"
 #include "fakes/fake_clock.h"
 #include "fakes/fake_event_loop.h"
 #include "fakes/fake_prompts.h"
@@ -127,6 +129,7 @@ public:
                watch,
                balance,
                snapshot,
+               viewers,
                processing,
                downloads,
                outcomes,
@@ -223,6 +226,8 @@ public:
     NoticeRecorder notices;
     RunOutcomes outcomes{{files, clock, loop, *services.machine, prompts, printLog, errorLog, postPrint,
                           notices, options, WithTrailingSeparator(folder.Path())}};
+    FakeAppWindows windows;
+    ViewerWindows viewers{windows, loop, options};
     ProcessingDefaults processing{files};
     RunDownloads downloads{{files, prompts, {loop, ""}, options, WithTrailingSeparator(folder.Path())}};
     RunRecorder recorder;

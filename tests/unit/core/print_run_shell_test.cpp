@@ -2,10 +2,12 @@
 
 #include <gmock/gmock.h>
 
+#include "backends/dialog_rules.h"
 #include "backends/shell_print.h"
 #include "core/print_run_scripts.h"
 #include "fakes/fake_processes.h"
 #include "fakes/fake_shell.h"
+#include "settings/print_to_file_options.h"
 #include "unit/core/print_run_fixture.h"
 
 namespace quirepress {
@@ -195,6 +197,27 @@ TEST_F(ShellWayTest, AProgramThatPrintsIsProvedByItsJob) {
     processes.AddScript(failure);
     const WayResult third = Process(*way, AddFile("b.plt"));
     EXPECT_EQ(third.status, "Error - Can't Print - lp ended with code 1: no such printer");
+}
+
+TEST_F(ShellWayTest, AProgramThatWaitsInADialogOfItsOwnEndsWithItsName) {
+    const PrintToFileSettings settings;
+    DialogRules rules({windows, files, loop, debugLog, options, settings});
+    shellPrinter.UseDialogs(&rules);
+    options.m_timeAllow = 600'000;
+    FakeProcesses::Script hang;
+    hang.runsFor = std::nullopt;
+    hang.whenStarted = [this] {
+        const auto id = 1000 + static_cast<std::int64_t>(processes.records.size());
+        windows.PutDialog("Please register", {FakeAppWindows::Button("Later")}, id);
+    };
+    processes.AddScript(hang);
+    const long long start = loop.MonotonicMilliseconds();
+    const WayResult result = Process(*way, AddFile("a.plt"));
+    EXPECT_EQ(result.end, End::kFailed);
+    EXPECT_THAT(result.status, HasSubstr("Please register"));
+    EXPECT_LT(loop.MonotonicMilliseconds() - start, 30'000);
+    EXPECT_TRUE(processes.records.back().destroyed);
+    shellPrinter.UseDialogs(nullptr);
 }
 
 TEST_F(ShellWayTest, StopEndsProgramsOfEveryKind) {
