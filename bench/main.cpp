@@ -15,6 +15,7 @@ int main(int argumentCount, char** arguments) {
     quirepress::AddLogWorkloads(workloads);
     quirepress::AddMergeWorkloads(workloads);
     quirepress::AddPageWorkloads(workloads);
+    quirepress::AddRunWorkloads(workloads);
     quirepress::AddSpoolWorkloads(workloads);
     quirepress::AddStartWorkloads(workloads);
     quirepress::AddCupsWorkloads(workloads);

@@ -12,6 +12,7 @@ void AddListWorkloads(std::vector<Workload>& workloads);
 void AddLogWorkloads(std::vector<Workload>& workloads);
 void AddMergeWorkloads(std::vector<Workload>& workloads);
 void AddPageWorkloads(std::vector<Workload>& workloads);
+void AddRunWorkloads(std::vector<Workload>& workloads);
 void AddSpoolWorkloads(std::vector<Workload>& workloads);
 void AddStartWorkloads(std::vector<Workload>& workloads);
 
