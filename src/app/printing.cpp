@@ -96,7 +96,7 @@ void Application::MakeRun() {
     ways.push_back(MakeSettingsWay(*m_selection));
     ways.push_back(MakeDirectWay({*m_directPrinter, *m_watch, *m_debugLog, m_options}));
     ways.push_back(MakePdfWay({*m_spooler, *m_watch, *m_selection, *m_colorSplit, *m_pdfWorker, files,
-                               m_options, m_colorOptions, m_request.workingFolder}));
+                               *m_debugLog, m_options, m_colorOptions, m_request.workingFolder}));
     ways.push_back(MakeSpoolerWay(*m_spooler, *m_watch));
     ways.push_back(MakeShellWay({*m_shellPrinter, *m_list, *m_spooler, *m_watch, *m_services.processes, files,
                                  loop, *m_debugLog, m_options, m_request.workingFolder}));

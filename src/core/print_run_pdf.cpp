@@ -9,6 +9,7 @@
 #include "core/print_run_ways.h"
 #include "core/scratch_folder.h"
 #include "documents/pdf_pages.h"
+#include "logs/debug_log.h"
 #include "platform/spooler.h"
 #include "settings/color_printer_options.h"
 #include "settings/general_options.h"
@@ -30,6 +31,8 @@ public:
 
     bool Takes(const RunItem& item) override {
         if (item.kind != ItemKind::kDocument || !IsPdf(item.path)) return false;
+        m_services.debugLog.Trace("Checking for pre-processing: %s, processing params: '%s'\r\n", item.path,
+                                  item.processingParameters);
         int first = 0;
         int last = 0;
         const bool isWorkedOn =
@@ -38,6 +41,7 @@ public:
     }
 
     WayResult Process(const RunItem& item, WayFeedback& feedback) override {
+        m_services.debugLog.Trace("PDF - Pre processing file: %s\r\n", item.path);
         feedback.ShowRowStatus("Pre processing file:");
         const ScratchFolder scratch(m_services.files, m_services.options, m_services.workingFolder, "Pages");
         std::string path = item.path;

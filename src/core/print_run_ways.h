@@ -38,6 +38,7 @@ struct PdfWayServices {
     ColorSplit& colorSplit;
     PdfPages& pages;
     Files& files;
+    DebugLog& debugLog;
     const GeneralOptions& options;
     const ColorPrinterOptions& colorOptions;
     std::string workingFolder;

@@ -189,8 +189,8 @@ public:
         ways.push_back(MakeProcessingWay(processing));
         ways.push_back(MakeSettingsWay(selection));
         ways.push_back(MakeDirectWay({directPrinter, watch, debugLog, options}));
-        ways.push_back(MakePdfWay({spooler, watch, selection, colorSplit, pdfs, files, options, colorOptions,
-                                   WithTrailingSeparator(folder.Path())}));
+        ways.push_back(MakePdfWay({spooler, watch, selection, colorSplit, pdfs, files, debugLog, options,
+                                   colorOptions, WithTrailingSeparator(folder.Path())}));
         ways.push_back(MakeSpoolerWay(spooler, watch));
         return ways;
     }
