@@ -94,7 +94,7 @@ void Application::MakeRun() {
                       *m_printCommands));
     ways.push_back(MakeProcessingWay(*m_processing));
     ways.push_back(MakeSettingsWay(*m_selection));
-    ways.push_back(MakeDirectWay({*m_directPrinter, *m_watch, *m_debugLog, m_options}));
+    ways.push_back(MakeDirectWay({*m_directPrinter, *m_spooler, *m_watch, *m_debugLog, m_options}));
     ways.push_back(MakePdfWay({*m_spooler, *m_watch, *m_selection, *m_colorSplit, *m_pdfWorker, files,
                                *m_debugLog, m_options, m_colorOptions, m_request.workingFolder}));
     ways.push_back(MakeSpoolerWay(*m_spooler, *m_watch));

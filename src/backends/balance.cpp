@@ -78,9 +78,7 @@ int UseBalancedPrinter(const BalanceChoice& choice, PrinterSelection& selection,
     if (choice.index == 0) return 0;
     if (choice.prs.empty()) {
         prompts.ShowStatus("Setting default printer: " + choice.printer);
-        if (selection.DPSetDefaultPrinter(choice.printer) == 0) return 0;
-        message = "The printer \"" + ToPrintableLine(choice.printer) + "\" can't be made the default.";
-        return -1;
+        return selection.MoveToPrinter(choice.printer, message);
     }
     prompts.ShowStatus("Loading printer settings file: " + choice.prs);
     if (selection.LoadPrinterSettings(choice.prs, message) != 0) return -1;

@@ -90,6 +90,26 @@ int PrinterSelection::UsePrinter(std::string_view name, std::string& message) {
     return InstallSetup(std::move(setup), message);
 }
 
+int PrinterSelection::MoveToPrinter(std::string_view name, std::string& message) {
+    if (DefaultPrinter() != name && m_services.spooler.MakeDefaultPrinter(name) != 0)
+        m_services.debugLog.Trace("The default printer stays: %s\r\n", name);
+    if (m_selected.printer == name) return 0;
+    PaperState paper = m_selected.paper;
+    if (UsePrinter(name, message) != 0) return -1;
+    m_services.prompts.ShowStatus(std::string(kPrinterSetTo) + std::string(name));
+    if (paper.ticket == JobTicket()) return 0;
+    if (!paper.ticket.trayName.empty()) {
+        BinInfo tray;
+        if (!FindTray(name, paper.ticket.trayName, tray)) {
+            message = "The printer \"" + ToPrintableLine(name) + "\" has no tray \"" +
+                      ToPrintableLine(paper.ticket.trayName) + "\".";
+            return -1;
+        }
+        paper.ticket.tray = tray.number;
+    }
+    return ChangePaper(std::move(paper), message);
+}
+
 int PrinterSelection::SavePrinterSettings(std::string_view path) {
     const FileResult result = WritePrintSetup(m_services.files, m_services.debugLog, path, m_selected.setup);
     return result == FileResult::kDone ? 0 : -1;

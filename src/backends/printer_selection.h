@@ -62,6 +62,10 @@ public:
     // Makes it the current one, with its own settings; the system's default stays. 0, or -1 with `message`.
     int UsePrinter(std::string_view name, std::string& message);
 
+    // Makes it the current one and, where that is allowed, the system's default; the paper and the tray that
+    // were set stay set. 0, or -1 with `message`.
+    int MoveToPrinter(std::string_view name, std::string& message);
+
     // The current set-up, into a file. 0 or -1.
     int SavePrinterSettings(std::string_view path);
     // Replaces the current set-up; when the file has none, by the default printer's. 0, or -1; `message` says

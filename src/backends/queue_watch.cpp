@@ -88,6 +88,7 @@ QueueScan QueueWatch::ListJobsForPrinter(const std::string& printer, const Watch
     const auto job = FindJob(jobs, item);
     scan.found = job != jobs.end();
     if (scan.found) {
+        scan.isOld = item.jobId == 0 && job->id <= item.afterJob;
         scan.job = std::move(*job);
         JudgeJob(printer, item.path, firstStatus, scan);
     }
@@ -106,13 +107,25 @@ std::vector<JobInfo>::iterator QueueWatch::FindJob(std::vector<JobInfo>& jobs, c
         return names ? names->Matches(job.document) : job.id == item.jobId;
     };
     const std::string lowerPath = m_debugLog.IsOn() ? ToLowerAscii(item.path) : std::string();
+    auto found = jobs.end();
     for (auto job = jobs.rbegin(); job != jobs.rend(); ++job) {
         m_debugLog.Trace("pJobInfo[i].pDocument :%s status: %d ??? = %s\r\n", job->document, job->statusBits,
                          job->statusText);
-        if (isOfItem(*job)) return std::prev(job.base());
+        if (isOfItem(*job)) {
+            if (found == jobs.end()) found = std::prev(job.base());
+            if (item.jobId != 0 || job->id > item.afterJob) return std::prev(job.base());
+        }
         m_debugLog.Trace("didn't match!! - lwr_pfn: %s\r\n", lowerPath);
     }
-    return jobs.end();
+    return found;
+}
+
+std::int64_t QueueWatch::LastJob(const std::string& printer) {
+    std::vector<JobInfo> jobs;
+    m_spooler.ListJobs(printer, jobs);
+    std::int64_t last = 0;
+    for (const JobInfo& job : jobs) last = std::max(last, job.id);
+    return last;
 }
 
 void QueueWatch::JudgeJob(const std::string& printer, const std::string& path, std::uint32_t firstStatus,

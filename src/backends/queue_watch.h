@@ -32,13 +32,15 @@ int CountWaitingJobs(const std::vector<JobInfo>& jobs);
 
 struct WatchedItem {
     std::string path;
-    std::int64_t jobId = 0;  // as the print system gave it; 0: the job is known by its document name alone
+    std::int64_t jobId = 0;     // as the print system gave it; 0: the job is known by its document name alone
+    std::int64_t afterJob = 0;  // by name: jobs up to this number are older than the item
 };
 
 struct QueueScan {
     int verdict = queue_verdict::kNoJob;
     bool listed = false;  // false: the queue could not be read, and nothing is known of the item
     bool found = false;   // the item's job is `job`
+    bool isOld = false;   // it is one that was there before the item, and there is no newer one
     JobInfo job;
 };
 
@@ -56,6 +58,8 @@ public:
     // One scan. Of several jobs of the item the one listed last counts. Gives the job the run's priority.
     // May pump: the arguments are to be the caller's own.
     QueueScan ListJobsForPrinter(const std::string& printer, const WatchedItem& item);
+    // The highest number of a job in the queue; 0 when there is none. May pump.
+    std::int64_t LastJob(const std::string& printer);
     // Silent when it fails. May pump.
     void SetJobPriority(std::string_view printer, std::int64_t id, int priority);
     // Jobs that are still to be printed; -1 when the queue cannot be read. May pump.

@@ -212,19 +212,24 @@ AppendOutcome AppendPdfs(const AppendServices& services, const std::function<boo
 }
 
 void TickAppendedRows(PrintList& list) {
-    for (int row = 0; row < list.RowCount(); ++row)
-        if (std::exchange(list.MarkOf(row).isAppended, false)) list.SetText(row, kColumnSelected, "Yes");
+    for (int row = 0; row < list.RowCount(); ++row) {
+        if (!std::exchange(list.MarkOf(row).isAppended, false)) continue;
+        list.SetText(row, kColumnSelected, "Yes");
+        // Its turn did not come.
+        if (list.MarkOf(row).outcome == RowOutcome::kNotSelected) list.SetText(row, kColumnStatus, "Ready");
+    }
 }
 
 void DropMergedRows(const AppendServices& services) {
     PrintList& list = services.list;
+    const std::string folder = TemporaryFolderOf(services.options, services.workingFolder);
     for (int row = list.RowCount() - 1; row >= 0; --row) {
         const std::string path(list.Text(row, kColumnFilename));
-        if (!IsMergedFile(path) || list.Text(row, kColumnMoveTo) != kDeleteAfterPrint) continue;
+        const bool isOurs = IsMergedFile(path) && StartsWith(path, WithTrailingSeparator(folder));
+        if (!isOurs || list.Text(row, kColumnMoveTo) != kDeleteAfterPrint) continue;
         EraseMerged(services.files, path);
         list.RemoveRow(row);
     }
-    const std::string folder = TemporaryFolderOf(services.options, services.workingFolder);
     std::vector<FolderEntry> entries;
     services.files.ListFolder(folder, entries);
     for (const FolderEntry& entry : entries) {

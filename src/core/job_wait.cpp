@@ -61,15 +61,17 @@ JobWait::End JobWait::AwaitListing(const std::string& printer, const std::string
                                    QueueScan& scan) {
     feedback.ShowRowStatus("Running");
     const long long deadline = m_loop.MonotonicMilliseconds() + Allowance();
+    bool isRepeated = false;
     for (int z = 0;; ++z) {
         m_debugLog.Trace("Wait for spooling to start Loop z=%d\r\n", z);
-        scan = m_watch.ListJobsForPrinter(printer, {path, 0});
-        const bool isOld = scan.found && scan.job.id == m_lastForeignJob;
-        if (isOld) m_debugLog.Trace("Still spooling previous prev status=%d\r\n", scan.verdict);
-        if (scan.found && !isOld) {
-            if (m_lastForeignJob != 0)
+        scan = m_watch.ListJobsForPrinter(printer, {path, 0, m_lastBefore});
+        if (scan.found && scan.isOld) {
+            isRepeated = true;
+            m_debugLog.Trace("Still spooling previous prev status=%d\r\n", scan.verdict);
+        }
+        if (scan.found && !scan.isOld) {
+            if (isRepeated)
                 m_debugLog.Trace("Ready to spool next with same name: prev status=%d\r\n", scan.verdict);
-            m_lastForeignJob = scan.job.id;
             return End::kSpooled;
         }
         if (m_loop.MonotonicMilliseconds() >= deadline) break;
@@ -95,9 +97,12 @@ JobWait::End JobWait::AwaitSpooling(const std::string& printer, const std::strin
         m_loop.Wait(kPollMilliseconds);
         const JobInfo before = scan.job;
         QueueScan next = m_watch.ListJobsForPrinter(printer, item);
+        // A print system that does not answer any more must not hold the run for ever.
+        if (!next.listed && m_loop.MonotonicMilliseconds() >= deadline) return End::kNotSeen;
         if (!next.listed) continue;
         scan = std::move(next);
-        if (HasMoved(before, scan.job)) deadline = m_loop.MonotonicMilliseconds() + Allowance();
+        if (HasMoved(before, scan.job) || IsHeld(scan))
+            deadline = m_loop.MonotonicMilliseconds() + Allowance();
     }
     return End::kSpooled;
 }

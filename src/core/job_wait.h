@@ -26,6 +26,8 @@ public:
     void ForAcceptedJob(const std::string& printer, const std::string& path, std::int64_t jobId,
                         WayFeedback& feedback);
 
+    // To be called before another program is asked to print: what is in the queue then proves nothing.
+    void BeginForeignJob(const std::string& printer) { m_lastBefore = m_watch.LastJob(printer); }
     // Another program was asked to print the file: its job is proof that it did. May pump.
     End ForForeignJob(const std::string& printer, const std::string& path, WayFeedback& feedback);
 
@@ -41,7 +43,7 @@ private:
     EventLoop& m_loop;
     DebugLog& m_debugLog;
     const GeneralOptions& m_options;
-    std::int64_t m_lastForeignJob = 0;  // the job of the item before
+    std::int64_t m_lastBefore = 0;  // the last job that was there before
 };
 
 }  // namespace quirepress

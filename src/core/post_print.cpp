@@ -82,11 +82,12 @@ RowHandled PostPrint::Handle(const PrintedRow& row, PrintEnd end) {
 
 std::string PostPrint::MoveToFor(const PrintedRow& row, PrintEnd end) const {
     if (end == PrintEnd::kPrinted) return row.moveTo;
-    if (end == PrintEnd::kFailed) return row.moveToOnError;
     const auto keepsFile = [](const std::string& moveTo) {
         const MoveAction action = ParseMoveTo(moveTo).action;
         return action == MoveAction::kMove || action == MoveAction::kCopy;
     };
+    // What was not printed is never deleted.
+    if (end == PrintEnd::kFailed) return keepsFile(row.moveToOnError) ? row.moveToOnError : std::string();
     if (keepsFile(row.moveTo)) return row.moveTo;
     const bool isToGo = !row.moveTo.empty() && keepsFile(row.moveToOnError);
     return isToGo ? row.moveToOnError : std::string();

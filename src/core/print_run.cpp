@@ -61,20 +61,23 @@ RunSummary PrintRun::RunList(const CutOffRun* cutOff) {
     m_services.loop.StopTimer(kMonitorTimer);
     m_services.debugLog.Trace("KillTimer(2) 5\r\n");
     if (!HasWork()) return EndedEarly(RunSummary::End::kNothingToPrint);
+    if (cutOff == nullptr && !MayForgetCutOffRun()) return EndedEarly(RunSummary::End::kRefused);
+    if (cutOff != nullptr) TakeUpSetUp(*cutOff);
     if (cutOff == nullptr) m_services.list.RefreshListStatus();
     m_services.debugLog.Trace("Items set to ready, OK? %d\r\n", 1);
     m_services.selection.UseStop([this] { return m_stop; });
     m_services.selection.SaveForRun();
     m_services.processing.Clear();
     if (cutOff == nullptr) ForgetEarlierRuns();
-    AppendOutcome appended;
-    if (cutOff == nullptr && m_isAppending) appended = AppendRows();
+    m_appended = {};
+    if (cutOff == nullptr && m_isAppending) m_appended = AppendRows();
     const RunSummary summary = WalkWithPrinter(cutOff);
     m_services.selection.UseStop([] { return false; });
     m_services.selection.RestoreAfterRun();
     const bool wasStopped = summary.end == RunSummary::End::kStopped;
     if (wasStopped || summary.end == RunSummary::End::kFinished) FinishRun(wasStopped);
     TickAppendedRows(m_services.list);
+    m_appended = {};
     if (wasStopped) m_services.prompts.ShowStatus("Printing stopped && Monitor stopped");
     return summary;
 }
@@ -83,12 +86,15 @@ RunSummary PrintRun::WalkWithPrinter(const CutOffRun* cutOff) {
     m_printer = cutOff != nullptr && m_chosenPrinter.empty() ? cutOff->printer : m_chosenPrinter;
     if (m_printer.empty()) m_printer = m_services.spooler.DefaultPrinter();
     m_passes = cutOff != nullptr ? cutOff->copies : CountPasses();
-    CreateSnapshot(cutOff, m_passes);
+    if (!CreateSnapshot(cutOff)) return EndedEarly(RunSummary::End::kRefused);
     m_services.prompts.ShowStatus("Starting");
     const RunSummary::End obstacle = PreparePrinter();
     if (obstacle != RunSummary::End::kFinished) {
         // What a cut-off run has left stays for the next attempt.
-        if (cutOff == nullptr) m_services.snapshot.Remove();
+        if (cutOff == nullptr)
+            m_services.snapshot.Remove();
+        else
+            m_services.snapshot.Leave();
         return EndedEarly(obstacle);
     }
     DebugLog& debugLog = m_services.debugLog;
@@ -99,10 +105,14 @@ RunSummary PrintRun::WalkWithPrinter(const CutOffRun* cutOff) {
 
     RunObserver nobody;
     RunWalk walk(m_services, {m_ways, m_observer != nullptr ? *m_observer : nobody, m_hangWatch, m_stop,
-                              m_passes, m_isBalanced, cutOff});
+                              m_printer, m_appended.path, m_passes, m_isBalanced, cutOff});
     m_services.outcomes.BeginRun(m_printer, m_passes, [this] { return m_stop; });
     const RunSummary summary = walk.WalkList();
-    m_services.snapshot.Remove();
+    // Who stops a run that he has taken up may take it up again.
+    if (cutOff != nullptr && summary.end != RunSummary::End::kFinished)
+        m_services.snapshot.Leave();
+    else
+        m_services.snapshot.Remove();
     return summary;
 }
 
@@ -124,9 +134,12 @@ AppendOutcome PrintRun::AppendRows() {
         m_services.loop.Pump();
         return !m_stop;
     });
-    if (appended.end == AppendOutcome::End::kNotWritten)
-        m_services.outcomes.RecordError("", "",
-                                        "The merged file can't be written; its documents are printed singly");
+    if (appended.end == AppendOutcome::End::kNotWritten) {
+        constexpr std::string_view kNotMerged =
+            "The merged file can't be written; its documents are printed singly";
+        m_services.prompts.ShowBox("Print Error!", kNotMerged);
+        m_services.outcomes.RecordError("", "", kNotMerged);
+    }
     std::vector<PrintedRow> failed;
     for (int row = 0; row < m_services.list.RowCount(); ++row) {
         const RunMark& mark = m_services.list.MarkOf(row);
@@ -141,15 +154,51 @@ AppendOutcome PrintRun::AppendRows() {
     return appended;
 }
 
-void PrintRun::CreateSnapshot(const CutOffRun* cutOff, int passes) {
-    // A run that was taken up again may be cut off again.
+// A run that was cut off and still has rows to print is not lost by the next one.
+bool PrintRun::MayForgetCutOffRun() {
+    if (!m_services.options.m_snapshotRestore) return true;
+    RunSnapshot& snapshot = m_services.snapshot;
+    CutOffRun left;
+    if (snapshot.Load(left) != SnapshotResult::kLoaded) return true;
+    const auto waits = [&left](const CutOffRun::Row& row) {
+        return row.texts[kColumnSelected] == "Yes" && row.mark.pass < left.copies;
+    };
+    const bool isOver = std::none_of(left.rows.begin(), left.rows.end(), waits);
+    if (isOver ||
+        m_services.prompts.AskYesNo("Print Error!",
+                                    "A run was cut off, and part of it is not printed. Forget it?", false)) {
+        snapshot.Remove();
+        return true;
+    }
+    snapshot.Leave();
+    m_services.prompts.ShowBox(
+        "Print Error!",
+        "A run that was cut off waits: \"qpr restore --print\" prints what is left of it, "
+        "\"qpr restore --discard\" forgets it.");
+    return false;
+}
+
+// As it was when the run began, so that its end leaves the user what he had.
+void PrintRun::TakeUpSetUp(const CutOffRun& cutOff) {
+    m_isBalanced = m_isBalanced || cutOff.isBalanced;
+    if (!cutOff.defaultPrinter.empty() && m_services.spooler.DefaultPrinter() != cutOff.defaultPrinter)
+        m_services.spooler.MakeDefaultPrinter(cutOff.defaultPrinter);
+}
+
+// False when a run that is taken up can't be kept track of: it would be printed again.
+bool PrintRun::CreateSnapshot(const CutOffRun* cutOff) {
     const bool isWanted = m_services.options.m_snapshotRestore || cutOff != nullptr;
     m_services.debugLog.Trace("Create Snapshot restore?, %d\r\n", isWanted);
-    if (!isWanted) return;
+    if (!isWanted) return true;
     m_services.debugLog.Trace("Creating snapshot restore\r\n");
-    const int copy = cutOff != nullptr ? cutOff->copy : 1;
-    if (!m_services.snapshot.Create(m_services.list, m_printer, passes, copy))
-        m_services.prompts.ShowBox("Print Error!", kSnapshotFailed);
+    RunHead head;
+    head.printer = m_printer;
+    head.defaultPrinter = m_services.spooler.DefaultPrinter();
+    head.copies = m_passes;
+    head.isBalanced = m_isBalanced;
+    if (m_services.snapshot.Create(m_services.list, head, cutOff != nullptr ? cutOff->copy : 1)) return true;
+    m_services.prompts.ShowBox("Print Error!", kSnapshotFailed);
+    return cutOff == nullptr;
 }
 
 // kFinished when nothing is in the way.

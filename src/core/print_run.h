@@ -122,7 +122,9 @@ private:
     bool HasWork();
     void ForgetEarlierRuns();
     AppendOutcome AppendRows();
-    void CreateSnapshot(const CutOffRun* cutOff, int passes);
+    bool MayForgetCutOffRun();
+    void TakeUpSetUp(const CutOffRun& cutOff);
+    bool CreateSnapshot(const CutOffRun* cutOff);
     RunSummary::End PreparePrinter();
     bool CheckPrinterIsValid();
     bool AwaitEmptyQueue();
@@ -140,6 +142,7 @@ private:
     int m_passes = 1;  // walks over the list
     bool m_isBalanced = false;
     bool m_isAppending = false;
+    AppendOutcome m_appended;  // of the run at work
     bool m_stop = false;
     bool m_isRunning = false;
 };

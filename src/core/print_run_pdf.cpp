@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <vector>
 
 #include "backends/color_split.h"
@@ -61,7 +62,21 @@ public:
                                                     m_services.colorOptions, scratch.Path(), pieces,
                                                     message) != 0)
             return Refused(message);
-        return PrintPieces(item, pieces, feedback);
+        // Sets, not each part so many times.
+        RunItem once = item;
+        const int copies = pieces.size() > 1 ? std::max(1, item.ticket.copies) : 1;
+        if (pieces.size() > 1) once.ticket.copies = JobTicket().copies;
+        WayResult result;
+        for (int copy = 1; copy <= copies; ++copy) {
+            result = PrintPieces(once, pieces, feedback);
+            if (result.end == WayResult::End::kPrinted) continue;
+            if (copy > 1 && result.status != kStatusUnknown) {
+                result.status = Format("Error - Printed %d of %d times", copy - 1, copies);
+                result.canRetry = false;
+            }
+            return result;
+        }
+        return result;
     }
 
 private:
@@ -79,7 +94,7 @@ private:
             if (result.end != WayResult::End::kPrinted) break;
             ++printed;
         }
-        if (printed == pieces.size() || printed == 0) return result;
+        if (printed == pieces.size() || printed == 0 || result.status == kStatusUnknown) return result;
         result.status = Format("Error - Printed to page %d only", pieces[printed - 1].lastPage);
         result.canRetry = false;
         return result;

@@ -160,21 +160,18 @@ private:
     // Programs that show a mail keep it open, and change it: they get a copy.
     WayResult PrintMail(const RunItem& item, WayFeedback& feedback) {
         Files& files = m_services.files;
-        const std::string folder =
-            JoinPath(TemporaryFolderOf(m_services.options, m_services.workingFolder), "MSG");
+        const ScratchFolder scratch(files, m_services.options, m_services.workingFolder, "MSG/");
+        FileResult result = files.MakeFolders(scratch.Path());
         RunItem copy = item;
-        FileResult result = files.MakeFolders(folder);
-        copy.path = JoinPath(files.ResolvePath(folder), FileTitle(item.path));
-        if (files.Inspect(copy.path).kind == FileKind::kRegular) files.Erase(copy.path);
+        copy.path = JoinPath(files.ResolvePath(scratch.Path()), FileTitle(item.path));
         if (result == FileResult::kDone)
             result = CopyFileDurably(files, item.path, copy.path, [&] { return feedback.KeepGoing(); });
         if (feedback.IsStopped()) return StoppedWay();
         if (result != FileResult::kDone)
-            return Failed(Format("the message can't be copied to %s: %s", folder, DescribeFileResult(result)),
-                          true);
-        const WayResult printed = PrintDocument(copy, feedback);
-        files.Erase(copy.path);
-        return printed;
+            return Failed(
+                Format("the message can't be copied to %s: %s", scratch.Path(), DescribeFileResult(result)),
+                true);
+        return PrintDocument(copy, feedback);
     }
 
     WayResult PrintDocument(const RunItem& item, WayFeedback& feedback) {
@@ -245,6 +242,7 @@ private:
 
     WayResult PrintByProgram(const ShellCommand& command, const RunItem& item, WayFeedback& feedback) {
         ShellPrinter& shell = m_services.shellPrinter;
+        m_jobWait.BeginForeignJob(item.printer);
         const bool isDocumentImage = IsPdf(item.path) || IsTiff(item.path);
         const ShellStart start = isDocumentImage ? shell.DoShellExecutePDF(command, item.printer, item.path)
                                                  : shell.DoShellExecute(command, item.printer, item.path);

@@ -8,8 +8,8 @@
 #include "backends/viewer_windows.h"
 #include "base/format.h"
 #include "base/numbers.h"
+#include "base/path.h"
 #include "base/text.h"
-#include "core/file_target.h"
 #include "core/print_list.h"
 #include "core/print_run_source.h"
 #include "core/processing_defaults.h"
@@ -43,14 +43,21 @@ RunWalk::RunWalk(PrintRunServices services, WalkRequest request)
 
 RunSummary RunWalk::WalkList() {
     PrintList& list = m_services.list;
-    if (m_request.cutOff != nullptr) TakeUpCutOffRun(*m_request.cutOff);
+    if (m_request.cutOff != nullptr && !TakeUpCutOffRun(*m_request.cutOff)) {
+        m_summary.end = RunSummary::End::kRefused;
+        return m_summary;
+    }
     for (int row = 0; row < list.RowCount(); ++row) CountRows(list.MarkOf(row).outcome, 1);
     CountPlannedPrints();
     m_startedAt = m_services.loop.MonotonicMilliseconds();
     m_progress.copies = m_request.passes;
     m_request.observer.OnRunStarted(list.RowCount(), m_request.passes);
     bool isWhole = true;
+    bool isFurther = false;
     while (isWhole && m_progress.copy < m_request.passes) {
+        // Every copy of the list begins with the same set-up.
+        if (isFurther) ResetSetUp();
+        isFurther = true;
         ++m_progress.copy;
         isWhole = WalkOnce();
     }
@@ -60,7 +67,9 @@ RunSummary RunWalk::WalkList() {
     return m_summary;
 }
 
-void RunWalk::TakeUpCutOffRun(const CutOffRun& cutOff) {
+// The printer, its tray and its paper are those that the rows above have set; false when they can't be set
+// again: the rows below would come out somewhere else.
+bool RunWalk::TakeUpCutOffRun(const CutOffRun& cutOff) {
     PrintList& list = m_services.list;
     m_progress.copy = cutOff.copy - 1;
     for (int row = 0; row < list.RowCount(); ++row) {
@@ -70,12 +79,25 @@ void RunWalk::TakeUpCutOffRun(const CutOffRun& cutOff) {
             m_services.outcomes.RecordError(path, Printer(), kStatusUnknown);
             m_services.outcomes.TellFailure(path, kStatusUnknown);
         }
-        // The printer, its tray and its paper are those that the rows above have set.
-        if (!IsTicked(row) || mark.pass != cutOff.copy || KindOfItem(path) != ItemKind::kCommand) continue;
-        std::string message;
-        if (PrinterSelection::TakesItem(path)) m_services.selection.ApplyItem(path);
-        if (ProcessingDefaults::TakesItem(path)) m_services.processing.ApplyItem(path, message);
+        const bool wasApplied =
+            IsTicked(row) && mark.pass == cutOff.copy && mark.outcome == RowOutcome::kDone;
+        if (wasApplied && KindOfItem(path) == ItemKind::kCommand && !ApplyAgain(row, path)) return false;
     }
+    return true;
+}
+
+bool RunWalk::ApplyAgain(int row, const std::string& path) {
+    ItemResult result{true, {}, {}};
+    if (PrinterSelection::TakesItem(path)) result = m_services.selection.ApplyItem(path);
+    if (ProcessingDefaults::TakesItem(path))
+        result.isApplied = m_services.processing.ApplyItem(path, result.message);
+    if (result.isApplied) return true;
+    m_services.outcomes.RecordError(path, Printer(), result.status + ": " + result.message);
+    if (row < m_services.list.RowCount()) m_services.list.SetText(row, kColumnStatus, result.status);
+    m_services.prompts.ShowBox(
+        "Print Error!",
+        "The settings of the run that was cut off can't be set again: " + path + " " + result.message);
+    return false;
 }
 
 void RunWalk::CountPlannedPrints() {
@@ -90,6 +112,13 @@ bool RunWalk::WalkOnce() {
         if (FindRowAtWork()) ProcessRow();
     }
     return !IsStopped();
+}
+
+void RunWalk::ResetSetUp() {
+    std::string message;
+    if (m_services.selection.UsePrinter(m_request.printer, message) != 0)
+        m_services.outcomes.RecordError("", m_request.printer, message);
+    m_services.processing.Clear();
 }
 
 bool RunWalk::FindRowAtWork() {
@@ -140,6 +169,8 @@ RunItem RunWalk::ItemOfRow(int row) const {
     RunItem item;
     item.path = text(kColumnFilename);
     item.kind = KindOfItem(item.path);
+    // A folder's name makes no command of what lies in it.
+    if (item.kind == ItemKind::kCommand) item.kind = KindOfItem(FileTitle(item.path));
     item.printer = Printer();
     item.ticket = m_services.selection.Ticket();
     item.pages = text(kColumnPages);
@@ -150,6 +181,7 @@ RunItem RunWalk::ItemOfRow(int row) const {
         item.processingParameters = m_services.processing.Parameters();
     item.addonParameters = text(kColumnAddonParameters);
     item.extraOptions = text(kColumnExtraOptions);
+    item.balancedPrinters = text(kColumnBalancedPrinters);
     return item;
 }
 
@@ -189,6 +221,7 @@ void RunWalk::PrintRow(RunItem item, const WayResult& obstacle) {
             ShowRowStatus(m_statusBefore);
             return;
         }
+        if (!FindRowAtWork()) return;  // it was taken from the list meanwhile
         if (!m_services.snapshot.NoteBegun(m_services.list, m_progress.row, m_progress.copy))
             TellSnapshotFailed();
         result = PrintWithRetry(item);
@@ -242,12 +275,11 @@ WayResult RunWalk::Download(RunItem& item) {
 
 // A row that names balanced printers goes to one of them even in a run without balancing.
 WayResult RunWalk::AttemptBalanced(RunItem item) {
-    const std::string allowed(m_services.list.Text(m_progress.row, kColumnBalancedPrinters));
-    if (item.kind == ItemKind::kCommand || !(m_request.isBalanced || !allowed.empty()))
+    if (item.kind == ItemKind::kCommand || !(m_request.isBalanced || !item.balancedPrinters.empty()))
         return AttemptRow(item);
     m_services.debugLog.Trace("Load balancing\r\n");
     const BalanceChoice choice =
-        m_services.balance.Choose(ParseBalancedPrinters(allowed, m_services.balanceOptions));
+        m_services.balance.Choose(ParseBalancedPrinters(item.balancedPrinters, m_services.balanceOptions));
     std::string message;
     if (UseBalancedPrinter(choice, m_services.selection, m_services.prompts, message) != 0) {
         WayResult result;
@@ -295,22 +327,28 @@ void RunWalk::FinishRow(const RunItem& item, RowOutcome outcome, const WayResult
     const bool isNew = EndRow(item, outcome, result);
     if (isNew && outcome == RowOutcome::kFailed && result.end != WayResult::End::kStopped)
         m_services.outcomes.TellFailure(item.path, result.status);
-    if (IsMergedFile(item.path) && m_progress.copy == m_request.passes) EndAppendedRows(outcome, result);
+    const bool isMerged = !m_request.mergedFile.empty() && item.path == m_request.mergedFile;
+    if (isMerged && m_progress.copy == m_request.passes && FindRowAtWork()) EndAppendedRows(result);
 }
 
-// The documents whose pages are in the merged file share its lot.
-void RunWalk::EndAppendedRows(RowOutcome outcome, const WayResult& result) {
-    const auto findRow = [&list = m_services.list] {
-        int row = 0;
-        while (row < list.RowCount() &&
-               !(list.MarkOf(row).isAppended && list.MarkOf(row).outcome == RowOutcome::kNotSelected))
-            ++row;
-        return row < list.RowCount() ? row : -1;
-    };
-    for (int row = findRow(); row >= 0; row = findRow()) {
+// The documents whose pages are in the merged file share its lot, the worst of all copies.
+void RunWalk::EndAppendedRows(const WayResult& result) {
+    PrintList& list = m_services.list;
+    const RunMark merged = list.MarkOf(m_progress.row);
+    if (merged.outcome == RowOutcome::kNotSelected) return;
+    WayResult shared = result;
+    if (merged.outcome != OutcomeOf(result)) {
+        shared.end = WayResult::End::kFailed;
+        shared.status = list.Text(m_progress.row, kColumnStatus);
+    }
+    for (int row = 0; row < list.RowCount(); ++row) {
+        RunMark& mark = list.MarkOf(row);
+        if (!mark.isAppended || mark.outcome != RowOutcome::kNotSelected) continue;
         BeginRow(row);
-        m_services.list.MarkOf(row).printed = m_request.passes - 1;
-        EndRow(ItemOfRow(row), outcome, result);
+        mark.printed = merged.printed - (merged.outcome == RowOutcome::kDone ? 1 : 0);
+        mark.isDoubtful = merged.isDoubtful;
+        EndRow(ItemOfRow(row), merged.outcome, shared);
+        if (FindRowAtWork()) row = m_progress.row;
     }
 }
 

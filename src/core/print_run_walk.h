@@ -17,7 +17,9 @@ struct WalkRequest {
     RunObserver& observer;
     HangWatch* hangWatch = nullptr;
     const bool& stop;
-    int passes = 1;  // how often the whole list is walked
+    std::string printer;     // current when each walk begins
+    std::string mergedFile;  // of the PDFs that were appended; empty: none
+    int passes = 1;          // how often the whole list is walked
     bool isBalanced = false;
     const CutOffRun* cutOff = nullptr;  // taken up; its rows are those of the list
 };
@@ -38,7 +40,9 @@ private:
     bool IsStopped() const override { return m_request.stop; }
     bool KeepGoing() override;
 
-    void TakeUpCutOffRun(const CutOffRun& cutOff);
+    bool TakeUpCutOffRun(const CutOffRun& cutOff);
+    bool ApplyAgain(int row, const std::string& path);
+    void ResetSetUp();
     void CountPlannedPrints();
     bool WalkOnce();       // false when Stop ended it
     bool FindRowAtWork();  // false when it was taken from the list
@@ -61,7 +65,7 @@ private:
     bool MayRetry(const RunItem& item, const WayResult& result) const;
     void FinishRow(const RunItem& item, RowOutcome outcome, const WayResult& result);
     bool EndRow(const RunItem& item, RowOutcome outcome, const WayResult& result);
-    void EndAppendedRows(RowOutcome outcome, const WayResult& result);
+    void EndAppendedRows(const WayResult& result);
     void MarkRow(RowOutcome outcome, const WayResult& result);
     void HandleFile(RowOutcome outcome, const WayResult& result);
     void CheckForHang(const RunItem& item);

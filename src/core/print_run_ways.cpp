@@ -18,9 +18,10 @@ namespace {
 constexpr std::string_view kSourceBroke =
     "Can't Print - the file could not be read whole, or changed meanwhile";
 
-WayResult DidNotSpool(std::string_view reason, int systemError) {
+WayResult DidNotSpool(Spooler& spooler, std::string_view reason, int systemError) {
+    const std::string text = spooler.ErrorText(systemError);
     return {WayResult::End::kFailed, std::string(kStatusDidNotSpool),
-            Format("Can't Print - did not spool: %s (error %d)", reason, systemError), true};
+            Format("Can't Print - did not spool: %s: %s (error %d)", reason, text, systemError), true};
 }
 
 WayResult Printed(std::string remark, std::int64_t jobId) {
@@ -79,14 +80,17 @@ private:
         DirectOutcome outcome;
         const int result = m_services.printer.PrintExtPS(item.printer, item.path, onChunk, outcome);
         if (outcome.stopped) return Stopped(0, 1);
-        if (result == -1) return DidNotSpool("the printer can't be opened", outcome.systemError);
-        if (result != 0) return DidNotSpool("the document can't be started", outcome.systemError);
+        if (result == -1)
+            return DidNotSpool(m_services.spooler, "the printer can't be opened", outcome.systemError);
+        if (result != 0)
+            return DidNotSpool(m_services.spooler, "the document can't be started", outcome.systemError);
         if (!outcome.sourceWhole)
             return {WayResult::End::kFailed, "Error - " + std::string(kSourceBroke),
                     std::string(kSourceBroke), true};
         if (outcome.isUnknown) return Unknown();
         if (!outcome.accepted)
-            return DidNotSpool("the spooler did not keep the document", outcome.systemError);
+            return DidNotSpool(m_services.spooler, "the spooler did not keep the document",
+                               outcome.systemError);
         if (outcome.failedChunks == 0) return Printed({}, outcome.jobId);
         return Printed(Format("%d parts of the file did not reach the spooler (error %d)",
                               outcome.failedChunks, outcome.systemError),
@@ -167,7 +171,7 @@ WayResult HandOverDocument(Spooler& spooler, const QueueWatch& watch, const RunI
     const std::int64_t jobId = spooler.PrintDocument(item.printer, file, document, systemError);
     if (jobId >= 0) return Printed({}, jobId);
     if (jobId == kDocumentUnknown) return Unknown();
-    return DidNotSpool("the spooler did not take the document", systemError);
+    return DidNotSpool(spooler, "the spooler did not take the document", systemError);
 }
 
 WayResult NoWayFor(const RunItem& item) {

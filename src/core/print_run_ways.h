@@ -23,6 +23,7 @@ std::unique_ptr<RunWay> MakeSettingsWay(PrinterSelection& selection);
 
 struct DirectWayServices {
     DirectPrinter& printer;
+    Spooler& spooler;
     QueueWatch& watch;
     DebugLog& debugLog;
     const GeneralOptions& options;

@@ -34,7 +34,9 @@ void RunOutcomes::RecordRow(const RowEnd& row) {
     const RunItem& item = row.item;
     const bool isDocument = item.kind != ItemKind::kCommand;
     const std::string& flaw = row.result.remark.empty() ? row.result.status : row.result.remark;
-    if (row.outcome == RowOutcome::kFailed || !row.result.remark.empty())
+    // What was stopped is no failure of the document, and may be printed another time.
+    const bool wasStopped = row.result.end == WayResult::End::kStopped;
+    if (!wasStopped && (row.outcome == RowOutcome::kFailed || !row.result.remark.empty()))
         RecordError(item.path, item.printer, flaw);
     if (row.outcome == RowOutcome::kDone && isDocument)
         m_services.printLog.WritePrintLogRecord(item.path, row.pages, item.printer);

@@ -95,11 +95,13 @@ bool ReadRow(const std::vector<std::string_view>& fields, CutOffRun::Row& row) {
 // Title, generation, printer, copies; the rows; their number.
 bool ReadRows(Fields& lines, CutOffRun& run, std::uint64_t& generation) {
     std::vector<std::string_view> fields;
-    if (!lines.TakeLine(fields) || fields.size() != 4 || fields[0] != kListTitle) return false;
+    if (!lines.TakeLine(fields) || fields.size() != 6 || fields[0] != kListTitle) return false;
     const auto number = ParseWholeNumber(fields[1], 0, std::numeric_limits<std::int64_t>::max());
     if (!number || !ReadNumber(fields[3], 1, kMostRows, run.copies)) return false;
     generation = static_cast<std::uint64_t>(*number);
     run.printer = UnescapeControls(fields[2]);
+    run.isBalanced = fields[4] == "1";
+    run.defaultPrinter = UnescapeControls(fields[5]);
     while (lines.TakeLine(fields) && fields[0] != kListEnd) {
         if (!ReadRow(fields, run.rows.emplace_back())) return false;
     }
@@ -163,10 +165,9 @@ RunSnapshot::RunSnapshot(Files& files, std::string_view workingFolder)
 
 RunSnapshot::~RunSnapshot() = default;
 
-bool RunSnapshot::Create(PrintList& list, std::string_view printer, int copies, int copy) {
+bool RunSnapshot::Create(PrintList& list, const RunHead& head, int copy) {
     if (!TakeLock()) return false;
-    m_printer = printer;
-    m_copies = copies;
+    m_head = head;
     m_first = m_finished = -1;
     // Never that of an earlier run, whose checkpoint may still lie there.
     CutOffRun earlier;
@@ -187,17 +188,30 @@ bool RunSnapshot::TakeLock() {
     return m_lock != nullptr;
 }
 
+// Left behind, it would have printed once more what came out since. A full disk lets it be erased.
 bool RunSnapshot::GiveUp() {
     m_journal.reset();
+    if (!m_isLoaded) EraseFiles();
     m_lock.reset();
     return false;
+}
+
+void RunSnapshot::EraseFiles() {
+    for (const std::string_view name : {kListName, kCheckpointName, kBackupName}) m_files.Erase(PathOf(name));
+}
+
+void RunSnapshot::Leave() {
+    m_journal.reset();
+    m_lock.reset();
+    m_isLoaded = false;
 }
 
 bool RunSnapshot::WriteList(PrintList& list, int copy) {
     m_journal.reset();
     ++m_generation;
-    std::string text = JoinFields(
-        {kListTitle, std::to_string(m_generation), EscapeControls(m_printer), std::to_string(m_copies)});
+    std::string text = JoinFields({kListTitle, std::to_string(m_generation), EscapeControls(m_head.printer),
+                                   std::to_string(m_head.copies), m_head.isBalanced ? "1" : "0",
+                                   EscapeControls(m_head.defaultPrinter)});
     for (int row = 0; row < list.RowCount(); ++row) text += RowLine(list, row);
     text += JoinFields({kListEnd, std::to_string(list.RowCount())});
     if (ReplaceFileDurably(m_files, PathOf(kListName), text) != FileResult::kDone) return false;
@@ -206,7 +220,10 @@ bool RunSnapshot::WriteList(PrintList& list, int copy) {
     m_listVersion = list.Version();
     m_first = m_finished = -1;
     m_copy = copy;
-    return m_journal != nullptr && WriteCheckpoint({-1, copy, -1, -1, m_generation});
+    const bool isWritten = m_journal != nullptr && WriteCheckpoint({-1, copy, -1, -1, m_generation});
+    // The list on the disk is that of this run from here on.
+    if (isWritten) m_isLoaded = false;
+    return isWritten;
 }
 
 bool RunSnapshot::WriteCheckpoint(const Checkpoint& checkpoint) {
@@ -247,23 +264,25 @@ bool RunSnapshot::NoteFinished(PrintList& list, int row, int copy) {
 }
 
 void RunSnapshot::Remove() {
-    if (!IsOn()) return;
+    if (!m_lock) return;
     m_journal.reset();
-    for (const std::string_view name : {kListName, kCheckpointName, kBackupName}) m_files.Erase(PathOf(name));
-    m_lock.reset();
+    EraseFiles();
+    Leave();
 }
 
 SnapshotResult RunSnapshot::Load(CutOffRun& run) {
     if (m_files.Inspect(PathOf(kListName)).kind == FileKind::kMissing) return SnapshotResult::kNone;
     if (IsOn() || !TakeLock()) return SnapshotResult::kInUse;
-    m_lock.reset();
     std::string text;
     FileResult result = FileResult::kDone;
-    if (!ReadWholeFile(m_files, PathOf(kListName), kMostBytes, text, result)) return SnapshotResult::kDamaged;
     CutOffRun read;
     std::uint64_t generation = 0;
+    const bool isRead = ReadWholeFile(m_files, PathOf(kListName), kMostBytes, text, result);
     Fields lines(text);
-    if (!ReadRows(lines, read, generation)) return SnapshotResult::kDamaged;
+    if (!isRead || !ReadRows(lines, read, generation)) {
+        Leave();
+        return SnapshotResult::kDamaged;
+    }
     ReadJournal(lines, read);
     Checkpoint checkpoint;
     const bool isFound =
@@ -281,6 +300,7 @@ SnapshotResult RunSnapshot::Load(CutOffRun& run) {
         for (const CutOffRun::Row& row : read.rows) read.copy = std::max(read.copy, row.mark.pass);
     }
     run = std::move(read);
+    m_isLoaded = true;
     return SnapshotResult::kLoaded;
 }
 

@@ -16,14 +16,20 @@ class Files;
 class OutputFile;
 class PrintList;
 
+// What a run was asked for.
+struct RunHead {
+    std::string printer;
+    std::string defaultPrinter;  // of the system, before the run; empty: none
+    int copies = 1;              // walks over the whole list
+    bool isBalanced = false;
+};
+
 // A run that was cut off.
-struct CutOffRun {
+struct CutOffRun : RunHead {
     struct Row {
         std::array<std::string, kColumnCount> texts;
         RunMark mark;
     };
-    std::string printer;
-    int copies = 1;         // walks over the whole list
     int copy = 1;           // the walk that was under way
     std::vector<Row> rows;  // those that were finished in this walk have its number as their mark's pass
     int rowAtWork = -1;     // begun and not finished: nobody can tell whether it came out
@@ -52,18 +58,22 @@ public:
 
     // Starts anew, with the list as it is. False when it can't be written, or another program's run in this
     // folder has one: this run then goes without.
-    bool Create(PrintList& list, std::string_view printer, int copies, int copy);
-    bool IsOn() const { return m_lock != nullptr; }
+    // Where it takes up one that was loaded, that one stays when this fails.
+    bool Create(PrintList& list, const RunHead& head, int copy);
+    bool IsOn() const { return m_journal != nullptr; }
     // On the disk for good when it returns; `row` is an index of the list now. False when it can't be
-    // written, which ends the snapshot.
+    // written, which ends the snapshot: nothing of it stays.
     bool NoteBegun(PrintList& list, int row, int copy);
     // Lost with the machine, not with the program: the row then counts as begun.
     bool NoteFinished(PrintList& list, int row, int copy);
     // The run has come to its end, so that there is nothing to restore.
     void Remove();
 
-    // What the last run has left; `run` stays untouched unless it is loaded.
+    // What the last run has left; `run` stays untouched unless it is loaded. From then on it is this
+    // program's alone, until it is created anew, removed, discarded or left.
     SnapshotResult Load(CutOffRun& run);
+    // It stays on the disk for another time.
+    void Leave();
     // Forgets what the last run has left. False when it is in use, or can't be erased.
     bool Discard();
 
@@ -75,13 +85,14 @@ private:
     bool WriteCheckpoint(const Checkpoint& checkpoint);
     bool ReadCheckpoint(std::string_view name, Checkpoint& checkpoint) const;
     bool GiveUp();
+    void EraseFiles();
     std::string PathOf(std::string_view name) const { return m_folder + std::string(name); }
 
     Files& m_files;
     std::string m_folder;
-    std::string m_printer;
-    int m_copies = 1;
-    std::unique_ptr<FileLock> m_lock;       // while there is a snapshot of this run
+    RunHead m_head;
+    bool m_isLoaded = false;
+    std::unique_ptr<FileLock> m_lock;       // while the files are this program's
     std::unique_ptr<OutputFile> m_journal;  // the list's file, for what becomes of its rows
     std::uint64_t m_generation = 0;         // of the list that was written last
     std::uint64_t m_listVersion = 0;        // of the print list at that time

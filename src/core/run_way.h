@@ -23,6 +23,7 @@ struct RunItem {
     std::string processingParameters;
     std::string addonParameters;
     std::string extraOptions;
+    std::string balancedPrinters;
 };
 
 struct WayResult {

@@ -13,8 +13,8 @@ struct GeneralOptions;
 // A folder of this run's own for files that are needed for a moment; it goes with all that is in it.
 class ScratchFolder {
 public:
-    // Below the temporary folder of the options; not made yet. What a program that died has left in it is
-    // gone.
+    // Below the temporary folder of the options, in a folder of its purpose where that ends in "/"; not made
+    // yet. What a program that died has left in it is gone.
     ScratchFolder(Files& files, const GeneralOptions& options, std::string_view workingFolder,
                   std::string_view purpose);
     ~ScratchFolder();

@@ -3,6 +3,7 @@
 #include <cups/cups.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <limits>
 
 #include "base/text.h"
@@ -102,6 +103,11 @@ std::string CupsSpooler::ServersDefault() {
 int CupsSpooler::MakeDefaultPrinter(std::string_view printer) {
     CupsPrinterFacts facts;
     if (LookUpFacts(printer, facts) != 0) return -1;
+    // These go before the user's own choice, which then stays as it is.
+    for (const char* name : {"LPDEST", "PRINTER"}) {
+        const char* const named = std::getenv(name);
+        if (named != nullptr) return printer == named ? 0 : -1;
+    }
     CupsFailure failure;
     std::unique_ptr<CupsConnection> connection = m_server.Take(failure);
     if (!connection) return Fail(failure);
@@ -202,10 +208,11 @@ std::int64_t CupsSpooler::PrintDocument(std::string_view printer, std::string_vi
 
 int CupsSpooler::ReadInto(CupsUpload& upload, InputFile& file) {
     std::vector<char> buffer(kChunk);
+    const std::int64_t size = file.Size();
     for (std::int64_t position = 0;;) {
         const std::int64_t count = file.ReadAt(position, buffer.data(), buffer.size());
-        if (count == 0) return 0;
-        if (count < 0) return Fail({CupsFailure::kUnreadableFile, "the file can't be read to its end"});
+        if (count == 0 && position == size) return 0;
+        if (count <= 0) return Fail({CupsFailure::kUnreadableFile, "the file can't be read to its end"});
         if (upload.Write(buffer.data(), static_cast<std::size_t>(count)) != 0) return -1;
         position += count;
         m_loop.Pump();

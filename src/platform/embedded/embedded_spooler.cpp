@@ -166,9 +166,10 @@ std::int64_t EmbeddedSpooler::CopyIntoQueue(std::string_view printer, InputFile&
     if (!target) return -1;
     std::vector<char> buffer(kChunk);
     int result = target->StartDocument(document);
+    const std::int64_t size = source.Size();
     for (std::int64_t position = 0; result == 0;) {
         const std::int64_t count = source.ReadAt(position, buffer.data(), buffer.size());
-        if (count < 0) {
+        if (count < 0 || (count == 0 && position != size)) {
             systemError = SpoolerErrorNumber(FileResult::kFailed);
             return -1;
         }

@@ -40,7 +40,7 @@ TEST_F(QprCups, PrinterReadyFilesArriveAsTheyAre) {
     const nlohmann::json rows = result.Json()["rows"];
     EXPECT_EQ(StatusOf(rows[0]), "Done");
     EXPECT_EQ(StatusOf(rows[1]), "Done");
-    EXPECT_THAT(StatusOf(rows[2]), HasSubstr("Error"));  // nothing there makes pages of it
+    EXPECT_THAT(StatusOf(rows[2]), HasSubstr("No print association"));  // nothing there makes pages of it
     ASSERT_TRUE(m_cups.AwaitCaptured(2));
     const std::vector<CapturedJob> captured = m_cups.Captured();
     ASSERT_EQ(captured.size(), 2U);

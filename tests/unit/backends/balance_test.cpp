@@ -248,6 +248,11 @@ TEST_F(PrinterBalanceTest, TheChoiceBecomesTheDefaultPrinterOrItsSettingsAreLoad
     EXPECT_EQ(use({1, "A", ""}), 0);
     EXPECT_EQ(selection.CurrentPrinter(), "A");
     EXPECT_THAT(m_around.prompts.statusTexts, ElementsAre("Setting default printer: A", "Printer set to: A"));
+    // What items have set holds on the other printer, too.
+    EXPECT_TRUE(selection.ApplyItem("3.papercopies").isApplied);
+    EXPECT_EQ(use({2, "B", ""}), 0);
+    EXPECT_EQ(selection.Ticket().copies, 3);
+    EXPECT_EQ(use({1, "A", ""}), 0);
     EXPECT_EQ(use({2, "B", prs}), 0);
     EXPECT_EQ(selection.CurrentPrinter(), "B");
     EXPECT_EQ(m_spooler.DefaultPrinter(), "A");
@@ -257,7 +262,7 @@ TEST_F(PrinterBalanceTest, TheChoiceBecomesTheDefaultPrinterOrItsSettingsAreLoad
     EXPECT_EQ(selection.CurrentPrinter(), "B");
     EXPECT_TRUE(m_around.prompts.statusTexts.empty());
     EXPECT_EQ(use({3, "Nobody", ""}), -1);
-    EXPECT_EQ(message, "The printer \"Nobody\" can't be made the default.");
+    EXPECT_EQ(message, "There is no printer \"Nobody\".");
     message.clear();
     EXPECT_EQ(use({2, "B", prs + ".missing"}), -1);
     EXPECT_NE(message, "");

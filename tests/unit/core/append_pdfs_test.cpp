@@ -73,8 +73,8 @@ TEST_F(AppendPdfsTest, TheMergedFileTakesThePlaceOfTheFirst) {
     TickAppendedRows(m_list);
     outcome.lock.reset();
     DropMergedRows(m_append);
-    EXPECT_THAT(Rows(), ElementsAre("Yes|note.txt|Ready.", "Yes|a.pdf|Done Append", "Yes|plan.ps|Ready.",
-                                    "Yes|b.PDF|Done Append", "No|off.pdf|Ready.", "Yes|c.pdf|Done Append"));
+    EXPECT_THAT(Rows(), ElementsAre("Yes|note.txt|Ready.", "Yes|a.pdf|Ready", "Yes|plan.ps|Ready.",
+                                    "Yes|b.PDF|Ready", "No|off.pdf|Ready.", "Yes|c.pdf|Ready"));
     EXPECT_EQ(FilesInTemp(), 0);
     EXPECT_EQ(Append().end, End::kMerged);
 }

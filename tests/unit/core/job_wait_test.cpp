@@ -83,6 +83,7 @@ TEST_F(JobWaitTest, AForeignJobIsAwaitedForTheAllowance) {
     EXPECT_EQ(AwaitForeign(), JobWait::End::kSpooled) << "it moved all the time";
     EXPECT_GE(waited, 32'000);
 
+    wait.BeginForeignJob("Laser");
     EXPECT_EQ(AwaitForeign(), JobWait::End::kNotSeen) << "the job of the item before";
     PutJob(job_status::kPrinted);
     EXPECT_EQ(AwaitForeign(), JobWait::End::kSpooled);

@@ -188,7 +188,7 @@ public:
         RunWays ways;
         ways.push_back(MakeProcessingWay(processing));
         ways.push_back(MakeSettingsWay(selection));
-        ways.push_back(MakeDirectWay({directPrinter, watch, debugLog, options}));
+        ways.push_back(MakeDirectWay({directPrinter, spooler, watch, debugLog, options}));
         ways.push_back(MakePdfWay({spooler, watch, selection, colorSplit, pdfs, files, debugLog, options,
                                    colorOptions, WithTrailingSeparator(folder.Path())}));
         ways.push_back(MakeSpoolerWay(spooler, watch));

@@ -241,6 +241,74 @@ TEST_F(PrintRunOutcomesTest, MergedDocumentsAreFiledAndLoggedByThemselves) {
     EXPECT_THAT(Text(1, kColumnStatus), StartsWith("Error - Can't Print - did not spool"));
 }
 
+// Somebody must decide about what was cut off before another run takes its place.
+TEST_F(PrintRunOutcomesTest, ACutOffRunIsNotForgottenByTheNext) {
+    options.m_snapshotRestore = true;
+    AddRow("a.ps", "");
+    AddRow("b.ps", "");
+    const std::string here = WithTrailingSeparator(folder.Path());
+    { ASSERT_TRUE(RunSnapshot(files, here).Create(list, {"Plotter", "Laser", 1, false}, 1)); }
+    EXPECT_EQ(run.OnButtonPrint().end, RunSummary::End::kRefused);
+    EXPECT_THAT(Printed(), IsEmpty());
+    EXPECT_THAT(prompts.boxes.back().text, HasSubstr("qpr restore --print"));
+
+    CutOffRun cutOff;
+    ASSERT_EQ(snapshot.Load(cutOff), SnapshotResult::kLoaded);
+    spooler.MakeDefaultPrinter("Plotter");  // as the run that was cut off may have left it
+    EXPECT_EQ(run.FinishCutOffRun(cutOff).done, 2);
+    EXPECT_EQ(spooler.DefaultPrinter(), "Laser");
+    EXPECT_EQ(run.OnButtonPrint().done, 2);
+
+    { ASSERT_TRUE(RunSnapshot(files, here).Create(list, {"Plotter", "Laser", 2, false}, 1)); }
+    prompts.AnswerNext(true);
+    EXPECT_EQ(run.OnButtonPrint().done, 2);
+    EXPECT_EQ(snapshot.Load(cutOff), SnapshotResult::kNone);
+}
+
+TEST_F(PrintRunOutcomesTest, ARunThatWasTakenUpAndStoppedMayBeTakenUpAgain) {
+    AddRow("a.ps", "");
+    AddRow("b.ps", "");
+    const std::string here = WithTrailingSeparator(folder.Path());
+    { ASSERT_TRUE(RunSnapshot(files, here).Create(list, {"Laser", "Laser", 1, false}, 1)); }
+    CutOffRun cutOff;
+    ASSERT_EQ(snapshot.Load(cutOff), SnapshotResult::kLoaded);
+    recorder.onFinished = [&](const RunProgress&) { run.Stop(); };
+    EXPECT_EQ(run.FinishCutOffRun(cutOff).end, RunSummary::End::kStopped);
+    ASSERT_EQ(snapshot.Load(cutOff), SnapshotResult::kLoaded);
+    recorder.onFinished = nullptr;
+    EXPECT_EQ(run.FinishCutOffRun(cutOff).done, 2);
+    EXPECT_THAT(Printed(), SizeIs(2));
+}
+
+// The rows below would come out on another printer.
+TEST_F(PrintRunOutcomesTest, SettingsThatAreGoneEndARunThatIsTakenUp) {
+    list.InsertFileIntoList(folder.Write("x.pro", "-s1|-e1"), 1, "", {});
+    AddRow("a.ps", "");
+    list.MarkOf(0).pass = 1;
+    list.MarkOf(0).outcome = RowOutcome::kDone;
+    const std::string here = WithTrailingSeparator(folder.Path());
+    { ASSERT_TRUE(RunSnapshot(files, here).Create(list, {"Laser", "Laser", 1, false}, 1)); }
+    std::filesystem::remove(folder.PathOf("x.pro"));
+    CutOffRun cutOff;
+    ASSERT_EQ(snapshot.Load(cutOff), SnapshotResult::kLoaded);
+    EXPECT_EQ(run.FinishCutOffRun(cutOff).end, RunSummary::End::kRefused);
+    EXPECT_THAT(Printed(), IsEmpty());
+    EXPECT_EQ(snapshot.Load(cutOff), SnapshotResult::kLoaded);
+}
+
+TEST_F(PrintRunOutcomesTest, EveryCopyBeginsWithTheSameSetUp) {
+    AddRow("a.pdf", "");
+    list.InsertFileIntoList("3.papercopies", 1, "", {});
+    AddRow("b.pdf", "");
+    run.SetCopies(2);
+    run.OnButtonPrint();
+    std::vector<int> copies;
+    for (const SentDocument& sent : spooler.Sent()) copies.push_back(sent.ticket.copies);
+    ASSERT_THAT(copies, SizeIs(4));
+    EXPECT_EQ(copies[2], copies[0]);
+    EXPECT_EQ(copies[3], 3);
+}
+
 class HungWordProcessor : public HangWatch {
 public:
     int CheckForHang() override {

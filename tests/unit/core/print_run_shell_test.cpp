@@ -117,11 +117,10 @@ TEST_F(ShellWayTest, TickedRowsBelowAreConvertedAhead) {
 TEST_F(ShellWayTest, SavedMailIsPrintedFromACopy) {
     AddFile("a.doc", "{\\rtf1}");
     const std::string path = AddFile("b.eml", "Subject: b");
-    folder.Write("Temp/MSG/b.eml", "of an earlier run");
     list.SetCurrentRow(1);
     ConvertNext();
     EXPECT_EQ(Process(*way, path).end, End::kPrinted);
-    const std::string copy = files.ResolvePath(folder.PathOf("Temp")) + "/MSG/b.eml";
+    const std::string copy = files.ResolvePath(folder.PathOf("Temp")) + "/MSG/1/b.eml";
     const auto& words = processes.records.at(0).request.arguments;
     EXPECT_EQ(words.at(2), copy);
     EXPECT_EQ(spooler.Sent().at(0).bytes, "%PDF of b.eml %%EOF");

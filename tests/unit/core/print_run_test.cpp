@@ -234,10 +234,13 @@ TEST_F(PrintRunTest, WhatTheSpoolerRefusesDidNotSpool) {
     expectNothingSpooled("starting");
     spooler.FailFinish(28);
     expectNothingSpooled("finishing");
-    EXPECT_TRUE(Contains(ErrorRecords(), "did not spool: the printer can't be opened (error 1801)"));
-    EXPECT_TRUE(Contains(ErrorRecords(), "did not spool: the document can't be started (error 5)"));
-    EXPECT_TRUE(Contains(ErrorRecords(), "did not spool: the spooler did not keep the document (error 28)"));
-    EXPECT_TRUE(Contains(ErrorRecords(), "did not spool: the spooler did not take the document (error 3)"));
+    EXPECT_TRUE(
+        Contains(ErrorRecords(), "did not spool: the printer can't be opened: error 1801 (error 1801)"));
+    EXPECT_TRUE(Contains(ErrorRecords(), "did not spool: the document can't be started: error 5 (error 5)"));
+    EXPECT_TRUE(Contains(ErrorRecords(),
+                         "did not spool: the spooler did not keep the document: error 28 (error 28)"));
+    EXPECT_TRUE(
+        Contains(ErrorRecords(), "did not spool: the spooler did not take the document: error 3 (error 3)"));
     EXPECT_EQ(SplitAt(ErrorRecords(), '\n').size(), 6U + 1);
 }
 

@@ -48,14 +48,14 @@ TEST_F(RunSnapshotTest, ComesBackWithEveryTextAndMark) {
     EXPECT_EQ(Load(cutOff), SnapshotResult::kNone);
     {
         RunSnapshot first(files, WithTrailingSeparator(folder.Path()));
-        ASSERT_TRUE(first.Create(list, "Laser\t2", 3, 1));
+        ASSERT_TRUE(first.Create(list, {"Laser\t2", "", 3}, 1));
         EXPECT_TRUE(first.NoteBegun(list, 0, 1));
         FinishAt(0, 1, "Error - \"x\"\n", RowOutcome::kFailed);
         EXPECT_TRUE(first.NoteFinished(list, 0, 1));
         EXPECT_TRUE(first.NoteBegun(list, 1, 1));
         EXPECT_EQ(Load(cutOff), SnapshotResult::kInUse);
         RunSnapshot second(files, WithTrailingSeparator(folder.Path()));
-        EXPECT_FALSE(second.Create(list, "Laser", 1, 1));
+        EXPECT_FALSE(second.Create(list, {"Laser", "", 1}, 1));
         EXPECT_FALSE(second.Discard());
     }
     ASSERT_EQ(Load(cutOff), SnapshotResult::kLoaded);
@@ -83,7 +83,7 @@ TEST_F(RunSnapshotTest, WhereverItIsCutOffNoRowIsDoneTwiceOrForgotten) {
         halting.HaltAfter(halts);
         const auto goThrough = [&] {
             RunSnapshot written(halting, WithTrailingSeparator(folder.Path()));
-            if (!written.Create(list, "Laser", 2, 1)) return;
+            if (!written.Create(list, {"Laser", "", 2}, 1)) return;
             list.SetCurrentRow(-1);
             for (int copy = 1; copy <= 2; ++copy) {
                 for (int row = NextRow(copy); row >= 0; row = NextRow(copy)) {
@@ -131,13 +131,13 @@ TEST_F(RunSnapshotTest, WhatNobodyCanTellStaysSoWhenTheRestoredRunIsCutOffToo) {
         CutOffRun cutOff;
         {
             RunSnapshot first(files, here);
-            ASSERT_TRUE(first.Create(list, "Laser", 2, 1));
+            ASSERT_TRUE(first.Create(list, {"Laser", "", 2}, 1));
             EXPECT_TRUE(first.NoteBegun(list, atWork, 2));
         }
         ASSERT_EQ(Load(cutOff), SnapshotResult::kLoaded);
         ASSERT_EQ(cutOff.rowAtWork, atWork);
         PutRowsBack(list, cutOff);
-        { ASSERT_TRUE(RunSnapshot(files, here).Create(list, "Laser", 2, 2)); }
+        { ASSERT_TRUE(RunSnapshot(files, here).Create(list, {"Laser", "", 2}, 2)); }
         ASSERT_EQ(Load(cutOff), SnapshotResult::kLoaded);
         const bool isSetting = atWork == 4;  // it just gets its turn again
         EXPECT_EQ(cutOff.rows[atWork].mark.pass, isSetting ? 1 : 2);
@@ -151,14 +151,18 @@ TEST_F(RunSnapshotTest, WhatNobodyCanTellStaysSoWhenTheRestoredRunIsCutOffToo) {
 
 TEST_F(RunSnapshotTest, RefusesWhatIsNotWhole) {
     MakeRows();
-    { ASSERT_TRUE(RunSnapshot(files, WithTrailingSeparator(folder.Path())).Create(list, "Laser", 1, 1)); }
+    {
+        ASSERT_TRUE(
+            RunSnapshot(files, WithTrailingSeparator(folder.Path())).Create(list, {"Laser", "", 1}, 1));
+    }
     const std::string whole = folder.Read("SnapshotRestore.List");
     CutOffRun cutOff;
     for (std::size_t size = 0; size < whole.size(); size += 7) {
         folder.Write("SnapshotRestore.List", whole.substr(0, size));
         EXPECT_EQ(Load(cutOff), SnapshotResult::kDamaged) << size;
     }
-    folder.Write("SnapshotRestore.List", whole + "FINISHED\t99\t1\t1\t1\t0\tDone\nFINISHED\t0\t1\t1\t1\t0\tDo");
+    folder.Write("SnapshotRestore.List",
+                 whole + "FINISHED\t99\t1\t1\t1\t0\tDone\nFINISHED\t0\t1\t1\t1\t0\tDo");
     folder.Write("SnapshotRestore.Checkpoint", "QUIREPRESS CHECKPOINT 1\t77\t1\t0\t78\t1\n");
     ASSERT_EQ(Load(cutOff), SnapshotResult::kLoaded);
     EXPECT_EQ(cutOff.rowAtWork, -1);
@@ -168,11 +172,33 @@ TEST_F(RunSnapshotTest, RefusesWhatIsNotWhole) {
 TEST_F(RunSnapshotTest, AFullDiskEndsTheSnapshotAndSaysSo) {
     MakeRows();
     RunSnapshot first(files, WithTrailingSeparator(folder.Path()));
-    ASSERT_TRUE(first.Create(list, "Laser", 1, 1));
+    ASSERT_TRUE(first.Create(list, {"Laser", "", 1}, 1));
     files.FillDiskAfter(0);
     EXPECT_FALSE(first.NoteBegun(list, 0, 1));
     EXPECT_FALSE(first.IsOn());
     EXPECT_TRUE(first.NoteBegun(list, 1, 1)) << "what is off has nothing to write";
+    files.FillDiskAfter(-1);
+    CutOffRun cutOff;
+    EXPECT_EQ(Load(cutOff), SnapshotResult::kNone) << "it would print once more what came out since";
+}
+
+TEST_F(RunSnapshotTest, WhoTakesItUpHasItAlone) {
+    MakeRows();
+    const std::string here = WithTrailingSeparator(folder.Path());
+    { ASSERT_TRUE(RunSnapshot(files, here).Create(list, {"Laser", "Plotter", 2, true}, 1)); }
+    CutOffRun cutOff;
+    RunSnapshot first(files, here);
+    ASSERT_EQ(first.Load(cutOff), SnapshotResult::kLoaded);
+    EXPECT_TRUE(cutOff.isBalanced);
+    EXPECT_EQ(cutOff.defaultPrinter, "Plotter");
+    EXPECT_EQ(Load(cutOff), SnapshotResult::kInUse);
+    files.FillDiskAfter(0);
+    EXPECT_FALSE(first.Create(list, {"Laser", "", 2}, 1));
+    files.FillDiskAfter(-1);
+    EXPECT_EQ(Load(cutOff), SnapshotResult::kLoaded) << "it stays for another time";
+    ASSERT_EQ(first.Load(cutOff), SnapshotResult::kLoaded);
+    first.Leave();
+    EXPECT_EQ(Load(cutOff), SnapshotResult::kLoaded);
 }
 
 }  // namespace

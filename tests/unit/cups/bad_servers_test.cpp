@@ -217,7 +217,7 @@ TEST_F(FailingPrinterTest, AJobThatStallsIsShownAndCanBeCancelled) {
     AddPrinter(printer);
     ASSERT_EQ(PrintRaw("Printer", "stalls", kManyBytes), 0);
     const std::int64_t stalled = jobId;
-    ASSERT_EQ(PrintRaw("Printer", "waits", kFewBytes), 0);
+    ASSERT_EQ(PrintRaw("Printer", "waits", kManyBytes), 0);
     ASSERT_TRUE(Await([&] { return printer.Connections() == 1; }));
     const std::vector<JobInfo> jobs = Jobs("Printer");
     ASSERT_EQ(jobs.size(), 2U);
