@@ -11,6 +11,7 @@
 #include "console/row_output.h"
 #include "console/run_session.h"
 #include "console/table.h"
+#include "core/file_target.h"
 #include "core/print_list.h"
 #include "core/print_run.h"
 #include "documents/page_colors.h"
@@ -65,18 +66,30 @@ std::string WithFullPath(Files& files, std::string item) {
     return JoinPath(files.ResolvePath("."), item);
 }
 
+// A folder is meant from where the user stands; the markers and "copy:" stay.
+std::string WithFullFolder(Files& files, const std::string& moveTo) {
+    const MoveTarget target = ParseMoveTo(moveTo);
+    const bool isFolder = target.action == MoveAction::kMove || target.action == MoveAction::kCopy;
+    if (!isFolder || target.folder.empty() || IsAbsolutePath(target.folder)) return moveTo;
+    return (target.action == MoveAction::kCopy ? "copy:" : "") +
+           JoinPath(files.ResolvePath("."), target.folder);
+}
+
 enum class Loading { kWhole, kIncomplete, kStopped };
 
 // Puts the items into the list. It is incomplete without an item that was refused with a message and has no
 // row.
 Loading LoadItems(Application& application, const RowOptions& row) {
     PrintList& list = application.List();
+    Files& files = *application.System().files;
+    const std::string moveTo = WithFullFolder(files, row.moveTo);
+    ItemTexts texts = row.texts;
+    texts.moveToOnError = WithFullFolder(files, row.texts.moveToOnError);
     Loading loading = Loading::kWhole;
     for (const std::string& item : ShowSeparators(row.items)) {
         const int before = list.RowCount();
-        const std::string path = WithFullPath(*application.System().files, item);
-        if (list.InsertFileIntoList(path, row.select, row.moveTo, row.texts) == 0)
-            loading = Loading::kIncomplete;
+        const std::string path = WithFullPath(files, item);
+        if (list.InsertFileIntoList(path, row.select, moveTo, texts) == 0) loading = Loading::kIncomplete;
         for (int i = before; row.direct && i < list.RowCount(); ++i)
             list.SetText(i, kColumnPrintDirect, "Yes");
         if (InterruptCount() > 0) return Loading::kStopped;

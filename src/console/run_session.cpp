@@ -52,6 +52,13 @@ int ExitCodeOf(const RunSummary& summary) {
     return summary.failed + summary.skipped + summary.notFiled == 0 ? kExitDone : kExitNotAllDone;
 }
 
+// Of the printers that the run has used; before it has used any, of its own.
+std::string NamesOf(const RunSummary& summary, const std::string& printer) {
+    std::string names;
+    for (const std::string& used : summary.printers) names += (names.empty() ? "" : ", ") + used;
+    return names.empty() ? printer : names;
+}
+
 void PrintSummary(Context& context, Application& application, const std::string& printer,
                   const RunSummary& summary, const DeliveryReport& delivery) {
     if (context.WantsJson()) {
@@ -67,17 +74,19 @@ void PrintSummary(Context& context, Application& application, const std::string&
     }
     const bool colours = context.OutputHasColours();
     context.Print(RenderRows(application.List(), colours));
-    const std::string counts = Format("%d done, %d failed, %d skipped in %.1f s on %s", summary.done,
-                                      summary.failed, summary.skipped, summary.seconds, printer);
+    const std::string counts =
+        Format("%d done, %d failed, %d skipped in %.1f s on %s", summary.done, summary.failed,
+               summary.skipped, summary.seconds, NamesOf(summary, printer));
     const bool isGood = summary.failed + summary.skipped == 0;
     context.Print(Shaded(ToPrintableLine(counts), isGood ? Shade::kGood : Shade::kBad, colours) + "\n");
     if (summary.notFiled > 0) {
         const std::string line = Format("%d files could not be moved, copied or deleted", summary.notFiled);
         context.Print(Shaded(line, Shade::kBad, colours) + "\n");
     }
-    const std::string folder = OutputFolderOf(application, printer);
-    if (!folder.empty() && summary.done > 0)
-        context.Print("The output lies in " + ToPrintableLine(folder) + "\n");
+    for (const std::string& used : summary.printers) {
+        const std::string folder = OutputFolderOf(application, used);
+        if (!folder.empty()) context.Print("The output lies in " + ToPrintableLine(folder) + "\n");
+    }
     for (const std::string& line : delivery.lines) context.Print(ToPrintableLine(line) + "\n");
 }
 

@@ -62,6 +62,7 @@ struct RunSummary {
     int skipped = 0;
     int notFiled = 0;  // rows whose files could not be moved, copied or deleted; they count above, too
     double seconds = 0;
+    std::vector<std::string> printers;  // that documents went to, each once
 };
 
 struct PrintRunServices {

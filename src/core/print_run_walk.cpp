@@ -359,6 +359,10 @@ bool RunWalk::EndRow(const RunItem& item, RowOutcome outcome, const WayResult& r
     ended.printer = Printer();
     const int pages = m_services.watch.TotalPages();
     const auto counted = ParseWholeNumber(item.pages, 1, kMostPages);
+    std::vector<std::string>& used = m_summary.printers;
+    const bool isPrinted = outcome == RowOutcome::kDone && item.kind != ItemKind::kCommand;
+    if (isPrinted && std::find(used.begin(), used.end(), ended.printer) == used.end())
+        used.push_back(ended.printer);
     m_services.outcomes.RecordRow(
         {ended, result, outcome, m_progress.copy, counted ? static_cast<int>(*counted) : pages});
     if (!FindRowAtWork()) {

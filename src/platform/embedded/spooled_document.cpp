@@ -1,5 +1,7 @@
 #include "platform/embedded/spooled_document.h"
 
+#include <algorithm>
+
 #include <utility>
 
 #include "base/format.h"
@@ -30,6 +32,7 @@ SpooledDocument::~SpooledDocument() {
 int SpooledDocument::StartDocument(const DocumentInfo& document) {
     if (m_id != 0) return Fail(FileResult::kBusy);
     m_record.document = document.name;
+    m_priority = std::clamp(document.priority, kLowestPriority, kHighestPriority);
     m_record.options = OptionsText(document.ticket, document.pageRanges);
     FileResult result = m_printer.Jobs().Prepare();
     if (result == FileResult::kDone) m_lock = m_printer.Jobs().Claim(m_id, result);
@@ -89,7 +92,7 @@ FileResult SpooledDocument::Commit() {
         file->reset();
     }
     const JobFolder& jobs = m_printer.Jobs();
-    return m_files.Rename(jobs.DraftPath(m_id), jobs.RecordPath(m_id, kLowestPriority), false);
+    return m_files.Rename(jobs.DraftPath(m_id), jobs.RecordPath(m_id, m_priority), false);
 }
 
 void SpooledDocument::Drop() {

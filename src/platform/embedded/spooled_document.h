@@ -45,6 +45,7 @@ private:
     PrinterFolder m_printer;
     JobRecord m_record;
     std::function<void()> m_onClosed;
+    int m_priority = 1;
     std::int64_t m_id = 0;
     std::unique_ptr<FileLock> m_lock;  // held while the document is open
     std::unique_ptr<OutputFile> m_draft;
