@@ -36,7 +36,7 @@ RunSummary EndedEarly(RunSummary::End end) {
 }  // namespace
 
 PrintRun::PrintRun(PrintRunServices services, std::vector<std::unique_ptr<RunWay>> ways)
-    : m_services(services), m_ways(std::move(ways)) {}
+    : m_services(std::move(services)), m_ways(std::move(ways)) {}
 PrintRun::~PrintRun() = default;
 
 RunSummary PrintRun::OnButtonPrint() {
@@ -52,7 +52,7 @@ RunSummary PrintRun::RunAlone(const CutOffRun* cutOff) {
     m_isRunning = true;
     m_stop = false;
     if (cutOff != nullptr) PutRowsBack(m_services.list, *cutOff);
-    const RunSummary summary = RunList(cutOff);
+    RunSummary summary = RunList(cutOff);
     m_isRunning = false;
     return summary;
 }
@@ -71,7 +71,7 @@ RunSummary PrintRun::RunList(const CutOffRun* cutOff) {
     if (cutOff == nullptr) ForgetEarlierRuns();
     m_appended = {};
     if (cutOff == nullptr && m_isAppending) m_appended = AppendRows();
-    const RunSummary summary = WalkWithPrinter(cutOff);
+    RunSummary summary = WalkWithPrinter(cutOff);
     m_services.selection.UseStop([] { return false; });
     m_services.selection.RestoreAfterRun();
     const bool wasStopped = summary.end == RunSummary::End::kStopped;
@@ -107,7 +107,7 @@ RunSummary PrintRun::WalkWithPrinter(const CutOffRun* cutOff) {
     RunWalk walk(m_services, {m_ways, m_observer != nullptr ? *m_observer : nobody, m_hangWatch, m_stop,
                               m_printer, m_appended.path, m_passes, m_isBalanced, cutOff});
     m_services.outcomes.BeginRun(m_printer, m_passes, [this] { return m_stop; });
-    const RunSummary summary = walk.WalkList();
+    RunSummary summary = walk.WalkList();
     // Who stops a run that he has taken up may take it up again.
     if (cutOff != nullptr && summary.end != RunSummary::End::kFinished)
         m_services.snapshot.Leave();

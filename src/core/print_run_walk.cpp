@@ -252,7 +252,7 @@ WayResult RunWalk::PrintWithRetry(RunItem& item) {
 
 WayResult RunWalk::Attempt(RunItem& item) {
     if (item.kind == ItemKind::kDownload) {
-        const WayResult fetched = Download(item);
+        WayResult fetched = Download(item);
         if (fetched.end != WayResult::End::kPrinted) return fetched;
     }
     return AttemptBalanced(item);
