@@ -18,7 +18,8 @@ public:
     virtual std::string AskSavePath(std::string_view /*title*/, std::string_view /*filter*/) { return {}; }
     // A line of text, `usual` being the one to begin with, which is also the answer where nobody can give
     // another. May pump.
-    virtual std::string AskText(std::string_view /*title*/, std::string_view /*text*/, std::string_view usual) {
+    virtual std::string AskText(std::string_view /*title*/, std::string_view /*text*/,
+                                std::string_view usual) {
         return std::string(usual);
     }
     // The status line; replaces what it showed.
