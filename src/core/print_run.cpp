@@ -105,7 +105,7 @@ RunSummary PrintRun::WalkWithPrinter(const CutOffRun* cutOff) {
 
     RunObserver nobody;
     RunWalk walk(m_services, {m_ways, m_observer != nullptr ? *m_observer : nobody, m_hangWatch, m_stop,
-                              m_printer, m_appended.path, m_passes, m_isBalanced, cutOff});
+                              m_printer, m_appended.path, m_passes, IsBalanced(cutOff), cutOff});
     m_services.outcomes.BeginRun(m_printer, m_passes, [this] { return m_stop; });
     RunSummary summary = walk.WalkList();
     // Who stops a run that he has taken up may take it up again.
@@ -178,9 +178,12 @@ bool PrintRun::MayForgetCutOffRun() {
     return false;
 }
 
+bool PrintRun::IsBalanced(const CutOffRun* cutOff) const {
+    return m_isBalanced || (cutOff != nullptr && cutOff->isBalanced);
+}
+
 // As it was when the run began, so that its end leaves the user what he had.
 void PrintRun::TakeUpSetUp(const CutOffRun& cutOff) {
-    m_isBalanced = m_isBalanced || cutOff.isBalanced;
     if (!cutOff.defaultPrinter.empty() && m_services.spooler.DefaultPrinter() != cutOff.defaultPrinter)
         m_services.spooler.MakeDefaultPrinter(cutOff.defaultPrinter);
 }
@@ -195,7 +198,7 @@ bool PrintRun::CreateSnapshot(const CutOffRun* cutOff) {
     head.printer = m_printer;
     head.defaultPrinter = m_services.spooler.DefaultPrinter();
     head.copies = m_passes;
-    head.isBalanced = m_isBalanced;
+    head.isBalanced = IsBalanced(cutOff);
     if (m_services.snapshot.Create(m_services.list, head, cutOff != nullptr ? cutOff->copy : 1)) return true;
     m_services.prompts.ShowBox("Print Error!", kSnapshotFailed);
     return cutOff == nullptr;

@@ -124,6 +124,7 @@ private:
     void ForgetEarlierRuns();
     AppendOutcome AppendRows();
     bool MayForgetCutOffRun();
+    bool IsBalanced(const CutOffRun* cutOff) const;
     void TakeUpSetUp(const CutOffRun& cutOff);
     bool CreateSnapshot(const CutOffRun* cutOff);
     RunSummary::End PreparePrinter();
