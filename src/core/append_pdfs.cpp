@@ -123,11 +123,13 @@ bool Appending::AppendRow(int row, PdfMerge& merge, const std::string& scratchFo
     m_list.SetCurrentRow(row);
     m_list.SetText(row, kColumnStatus, "Appending");
     m_services.debugLog.Trace("Appending: %s\r\n", path);
+    const FileFacts facts = m_services.files.Inspect(path);
     const PdfResult result = AddPages(row, merge, scratchFolder);
     if (result == PdfResult::kNotWritten) return false;
     row = m_list.CurrentRow();
     if (result == PdfResult::kDone) {
         Untick(row, "Done Append");
+        if (row >= 0) m_list.MarkOf(row).source = {facts.size, facts.written};
         return true;
     }
     const std::string error = std::string("Error appending file: ") + DescribePdfResult(result);
@@ -209,6 +211,15 @@ void EraseMerged(Files& files, const std::string& path) {
 
 AppendOutcome AppendPdfs(const AppendServices& services, const std::function<bool()>& keepGoing) {
     return Appending(services, keepGoing).Run();
+}
+
+AppendOutcome TakeUpMergedFile(const AppendServices& services, const std::string& path) {
+    AppendOutcome outcome;
+    if (path.empty()) return outcome;
+    FileResult result = FileResult::kDone;
+    outcome.path = path;
+    outcome.lock = services.files.TryLock(LockOf(path), result);
+    return outcome;
 }
 
 void TickAppendedRows(PrintList& list) {

@@ -53,6 +53,9 @@ struct AppendOutcome {
 // `keepGoing` is asked before each file. May pump.
 AppendOutcome AppendPdfs(const AppendServices& services, const std::function<bool()>& keepGoing);
 
+// The merged file of a run that is taken up; empty when it had none.
+AppendOutcome TakeUpMergedFile(const AppendServices& services, const std::string& path);
+
 // At the end of a run: the rows that AppendPdfs has unticked are ticked again, for the next run.
 void TickAppendedRows(PrintList& list);
 

@@ -7,6 +7,8 @@
 #include <string_view>
 #include <utility>
 
+#include "base/date_time.h"
+
 namespace quirepress {
 
 // The columns of the print list; their numbers are fixed.
@@ -53,6 +55,12 @@ ItemKind KindOfItem(std::string_view path);
 
 enum class RowOutcome { kNotSelected, kDone, kSkipped, kFailed };  // the worse the greater
 
+// A row's file as it was when it was last read for printing. What has changed since was not printed.
+struct SourceVersion {
+    std::int64_t size = -1;  // bytes; -1: it was not read
+    Instant written = kNoInstant;
+};
+
 // What a run remembers of a row; it goes with the row wherever that moves while the run waits.
 struct RunMark {
     std::int32_t pass = 0;                          // the last walk over the list that reached it, from 1
@@ -60,6 +68,8 @@ struct RunMark {
     RowOutcome outcome = RowOutcome::kNotSelected;  // the worst of all walks
     bool isDoubtful = false;  // something of what was printed may not have come out whole
     bool isAppended = false;  // unticked because its pages are in the merged file of this run
+    bool isFiled = false;     // its file is where it is to be after the run
+    SourceVersion source = {};
 };
 
 // One row: its column texts are its whole state. All texts lie in one piece of memory, so that a list of

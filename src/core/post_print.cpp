@@ -50,34 +50,58 @@ struct PostPrint::Failure {
     std::string_view status;  // of the notice
     std::string text;         // of the box
     std::string target;
-    FileResult reason;
+    std::string reason;
 };
 
-PrintedRow ReadPrintedRow(const PrintList& list, int row, std::string_view printer) {
+PrintedRow ReadPrintedRow(PrintList& list, int row, std::string_view printer) {
     const auto text = [&](Column column) { return std::string(list.Text(row, column)); };
     return {text(kColumnFilename),
             text(kColumnMoveTo),
             text(kColumnMoveToOnError),
             text(kColumnFileTitle),
             std::string(list.JobFileOf(row)),
-            std::string(printer)};
+            std::string(printer),
+            list.MarkOf(row).source};
 }
 
 PostPrint::PostPrint(PostPrintServices services) : m_services(std::move(services)) {}
 
-RowHandled PostPrint::Handle(const PrintedRow& row, PrintEnd end) {
+void PostPrint::NoteJobFile(const PrintedRow& row, PrintEnd end) {
     const MoveAction action = ParseMoveTo(row.moveTo).action;
     const bool erasesJob = action == MoveAction::kEraseWithJob || action == MoveAction::kEraseJob;
     if (end != PrintEnd::kPrinted)
         m_jobsToKeep.insert(row.jobFile);
     else if (erasesJob && !row.jobFile.empty())
         m_jobsToErase.insert(row.jobFile);
+}
+
+RowHandled PostPrint::Handle(const PrintedRow& row, PrintEnd end) {
+    NoteJobFile(row, end);
     if (KindOfItem(row.path) != ItemKind::kDocument) return RowHandled::kLeft;
     if (end != PrintEnd::kPrinted && IsMergedFile(row.path)) return RowHandled::kLeft;
     // A row may have failed because its file is not there; its status says so already.
     const bool isThere = m_services.files.Inspect(row.path).kind != FileKind::kMissing;
     if (end == PrintEnd::kFailed && !isThere) return RowHandled::kLeft;
-    return HandleFile({row.path, MoveToFor(row, end), row.fileTitle, row.printer, ""});
+    const Order order = {row.path, MoveToFor(row, end), row.fileTitle, row.printer, ""};
+    const bool isToLeave = isThere && !order.moveTo.empty() && IsChanged(row) && !IsMergedFile(row.path);
+    return isToLeave ? LeaveChanged(order) : HandleFile(order);
+}
+
+// What is in it now was not printed.
+bool PostPrint::IsChanged(const PrintedRow& row) const {
+    const FileFacts facts = m_services.files.Inspect(row.path);
+    return row.source.size >= 0 && (facts.size != row.source.size || facts.written != row.source.written);
+}
+
+RowHandled PostPrint::LeaveChanged(const Order& order) {
+    const MoveAction action = ParseMoveTo(order.moveTo).action;
+    if (action == MoveAction::kEraseJob) return RowHandled::kLeft;
+    const bool isErasing = action == MoveAction::kErase || action == MoveAction::kEraseWithJob;
+    const std::string_view title = isErasing ? "Delete Error" : "Move Error";
+    m_services.debugLog.Trace("The file has changed since it was printed, and stays: %s\r\n", order.path);
+    Report({order, title, title, Format("The file has changed since it was printed\n\nFROM:%s", order.path),
+            "", "it has changed since it was printed, and stays where it is"});
+    return RowHandled::kFailed;
 }
 
 std::string PostPrint::MoveToFor(const PrintedRow& row, PrintEnd end) const {
@@ -143,7 +167,7 @@ RowHandled PostPrint::EraseFile(const Order& order) {
                               order.moveTo);
     Report({order, "Delete Error", "Delete Error",
             Format("File didn't delete, please check acrobat\n\nFROM:%s%s", order.path, kErrorLogHint), "",
-            result});
+            std::string(DescribeFileResult(result))});
     return RowHandled::kFailed;
 }
 
@@ -189,7 +213,8 @@ TransferRequest PostPrint::RequestFor(const Order& order, const MoveTarget& targ
 }
 
 void PostPrint::ReportTransfer(const Order& order, const FileTransfer& transfer, FileTransfer::End end) {
-    Failure failure = {order, "Move Error", "Move Error", "", transfer.Target(), transfer.Reason()};
+    Failure failure = {order, "Move Error",      "Move Error",
+                       "",    transfer.Target(), std::string(DescribeFileResult(transfer.Reason()))};
     const std::string places = Format("%s\nTO:%s%s", order.path, failure.target, kErrorLogHint);
     if (end == FileTransfer::End::kNoVersionLeft) {
         m_services.debugLog.Trace("Sorry same name limit reached message!\r\n");
@@ -234,7 +259,7 @@ void PostPrint::Report(const Failure& failure) {
     ErrorRecord record;
     record.source = order.path;
     record.destination = failure.target;
-    record.error = Format("%s: %s", failure.title, DescribeFileResult(failure.reason));
+    record.error = Format("%s: %s", failure.title, failure.reason);
     record.printer = order.printer;
     if (m_services.errorLog.Append(record) != 0) m_errorLogFailed = true;
 }

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "core/file_transfer.h"
+#include "core/list_item.h"
 
 namespace quirepress {
 
@@ -40,9 +41,10 @@ struct PrintedRow {
     std::string moveToOnError;
     std::string fileTitle;
     std::string jobFile;
-    std::string printer;  // for the error log
+    std::string printer;        // for the error log
+    SourceVersion source = {};  // of the file that was printed
 };
-PrintedRow ReadPrintedRow(const PrintList& list, int row, std::string_view printer);
+PrintedRow ReadPrintedRow(PrintList& list, int row, std::string_view printer);
 
 // How a row's printing ended. kDoubtful: accepted, but it may not have come out whole.
 enum class PrintEnd { kPrinted, kDoubtful, kFailed };
@@ -64,9 +66,11 @@ public:
 
     // For each row, after its last copy, once the spooler's answer is in the status and the print log. A
     // document that was printed goes where its row says, one that failed where the row says for errors; one
-    // that is doubtful is never deleted. Of other rows only the job file counts. Not for rows that were
-    // skipped or whose outcome is unknown. May pump.
+    // that is doubtful is never deleted, and one that has changed since it was read is left. Of other rows
+    // only the job file counts. Not for rows that were skipped or whose outcome is unknown. May pump.
     RowHandled Handle(const PrintedRow& row, PrintEnd end);
+    // What Handle does about the job file alone.
+    void NoteJobFile(const PrintedRow& row, PrintEnd end);
     // Deletes the job files whose rows ask for it, when all of their rows in the list were printed in all
     // `passes` walks; tells what was done since the last call. May pump.
     void AtRunEnd(PrintList& list, int passes);
@@ -82,8 +86,10 @@ private:
     struct Failure;
     enum class Attempt { kDone, kFailed, kHopeless };
 
+    bool IsChanged(const PrintedRow& row) const;
     std::string MoveToFor(const PrintedRow& row, PrintEnd end) const;
     RowHandled HandleFile(const Order& order);
+    RowHandled LeaveChanged(const Order& order);
     RowHandled EraseFile(const Order& order);
     RowHandled TransferFile(const Order& order, const MoveTarget& target);
     TransferRequest RequestFor(const Order& order, const MoveTarget& target) const;

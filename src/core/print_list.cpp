@@ -52,8 +52,10 @@ void PrintList::Clear() {
     m_currentRow = -1;
 }
 
-void PrintList::AppendRow(const ColumnTexts& texts, const RunMark& mark) {
-    AddRow(RowCount(), texts, -1);
+void PrintList::AppendRow(const ColumnTexts& texts, const RunMark& mark, std::string_view jobFile) {
+    std::shared_ptr<const std::string> job;
+    if (!jobFile.empty()) job = std::make_shared<const std::string>(jobFile);
+    AddRow(RowCount(), texts, -1, std::move(job));
     m_rows.back().Mark() = mark;
 }
 

@@ -74,7 +74,7 @@ public:
     void RemoveRow(int row);
     void Clear();
     // A row as it was in an earlier list, below the others.
-    void AppendRow(const ColumnTexts& texts, const RunMark& mark);
+    void AppendRow(const ColumnTexts& texts, const RunMark& mark, std::string_view jobFile);
     // Another number whenever rows have come, gone or changed places.
     std::uint64_t Version() const { return m_version; }
 

@@ -71,6 +71,7 @@ RunSummary PrintRun::RunList(const CutOffRun* cutOff) {
     if (cutOff == nullptr) ForgetEarlierRuns();
     m_appended = {};
     if (cutOff == nullptr && m_isAppending) m_appended = AppendRows();
+    if (cutOff != nullptr) m_appended = TakeUpMergedFile(m_services.append, cutOff->mergedFile);
     RunSummary summary = WalkWithPrinter(cutOff);
     m_services.selection.UseStop([] { return false; });
     m_services.selection.RestoreAfterRun();
@@ -142,9 +143,10 @@ AppendOutcome PrintRun::AppendRows() {
     }
     std::vector<PrintedRow> failed;
     for (int row = 0; row < m_services.list.RowCount(); ++row) {
-        const RunMark& mark = m_services.list.MarkOf(row);
-        if (mark.isAppended && mark.outcome == RowOutcome::kFailed)
-            failed.push_back(ReadPrintedRow(m_services.list, row, ""));
+        RunMark& mark = m_services.list.MarkOf(row);
+        if (!mark.isAppended || mark.outcome != RowOutcome::kFailed) continue;
+        mark.isFiled = true;
+        failed.push_back(ReadPrintedRow(m_services.list, row, ""));
     }
     for (const PrintedRow& row : failed) m_services.outcomes.HandleFile(row, PrintEnd::kFailed);
     for (const AppendOutcome::Failure& failure : appended.failures) {
@@ -199,6 +201,7 @@ bool PrintRun::CreateSnapshot(const CutOffRun* cutOff) {
     head.defaultPrinter = m_services.spooler.DefaultPrinter();
     head.copies = m_passes;
     head.isBalanced = IsBalanced(cutOff);
+    head.mergedFile = m_appended.path;
     if (m_services.snapshot.Create(m_services.list, head, cutOff != nullptr ? cutOff->copy : 1)) return true;
     m_services.prompts.ShowBox("Print Error!", kSnapshotFailed);
     return cutOff == nullptr;

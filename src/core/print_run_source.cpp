@@ -3,7 +3,6 @@
 #include "base/numbers.h"
 #include "base/path.h"
 #include "base/text.h"
-#include "platform/files.h"
 #include "settings/general_options.h"
 
 namespace quirepress {
@@ -27,10 +26,14 @@ std::string_view StatusOfFile(const FileFacts& facts) {
 
 }  // namespace
 
-WayResult FindSourceObstacle(Files& files, const RunItem& item) {
+FileFacts InspectSource(Files& files, const RunItem& item) {
+    return item.kind == ItemKind::kDocument ? files.Inspect(item.path) : FileFacts();
+}
+
+WayResult FindSourceObstacle(const RunItem& item, const FileFacts& facts) {
     WayResult result;
     if (item.kind != ItemKind::kDocument) return result;
-    result.status = StatusOfFile(files.Inspect(item.path));
+    result.status = StatusOfFile(facts);
     if (result.status == kStatusSkipped) result.remark = "Can't Print - the file can't be read";
     return result;
 }

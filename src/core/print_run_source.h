@@ -3,16 +3,19 @@
 #include <string_view>
 
 #include "core/run_way.h"
+#include "platform/files.h"
 
 namespace quirepress {
 
-class Files;
 struct GeneralOptions;
 
-// Why a row's file can't be printed as it is on the disk now: status "No File.", "Empty File", "Skipped"
+// What is on the disk now; nothing is looked at for items that are no documents.
+FileFacts InspectSource(Files& files, const RunItem& item);
+
+// Why a row's file can't be printed as it is: status "No File.", "Empty File", "Skipped"
 // when it can't be read, or one that begins with "Error". The status is empty when nothing is in the way, and
 // for items that are no documents.
-WayResult FindSourceObstacle(Files& files, const RunItem& item);
+WayResult FindSourceObstacle(const RunItem& item, const FileFacts& facts);
 
 bool IsPdf(std::string_view path);
 

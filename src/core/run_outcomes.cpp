@@ -64,6 +64,10 @@ void RunOutcomes::RecordError(std::string_view path, std::string_view printer, s
     if (m_services.errorLog.Append(record) != 0) m_errorLogFailed = true;
 }
 
+void RunOutcomes::NoteJobFile(const PrintedRow& row, PrintEnd end) {
+    m_services.postPrint.NoteJobFile(row, end);
+}
+
 RowHandled RunOutcomes::HandleFile(const PrintedRow& row, PrintEnd end) {
     return m_services.postPrint.Handle(row, end);
 }

@@ -50,6 +50,8 @@ public:
     void RecordRow(const RowEnd& row);
     // A failure that is no attempt's; `path` may be empty.
     void RecordError(std::string_view path, std::string_view printer, std::string_view error);
+    // A row that an earlier part of this run has dealt with, for the job file that brought it.
+    void NoteJobFile(const PrintedRow& row, PrintEnd end);
     // Moves, copies or deletes the row's file, and tells what failed. May pump.
     RowHandled HandleFile(const PrintedRow& row, PrintEnd end);
     // The notice that a print has failed. May pump.

@@ -23,7 +23,7 @@ constexpr std::string_view kListName = "SnapshotRestore.List";
 constexpr std::string_view kCheckpointName = "SnapshotRestore.Checkpoint";
 constexpr std::string_view kBackupName = "SnapshotRestore.Checkpoint.bak";
 constexpr std::string_view kLockName = "SnapshotRestore.lock";
-constexpr std::string_view kListTitle = "QUIREPRESS SNAPSHOT 1";
+constexpr std::string_view kListTitle = "QUIREPRESS SNAPSHOT 2";
 constexpr std::string_view kListEnd = "ROWS";
 constexpr std::string_view kCheckpointTitle = "QUIREPRESS CHECKPOINT 1";
 constexpr std::int64_t kMostBytes = 4LL << 30;
@@ -39,10 +39,18 @@ std::string JoinFields(std::initializer_list<std::string_view> fields) {
     return line + "\n";
 }
 
+// Fields of a mark in a line: pass, copies that were printed, outcome, three switches, size and time of the
+// source.
+constexpr std::size_t kMarkFields = 8;
+
+std::string MarkText(const RunMark& mark) {
+    return Format("%d\t%d\t%d\t%d\t%d\t%d\t%lld\t%lld", mark.pass, mark.printed,
+                  static_cast<int>(mark.outcome), mark.isDoubtful, mark.isAppended, mark.isFiled,
+                  static_cast<long long>(mark.source.size), static_cast<long long>(mark.source.written));
+}
+
 std::string RowLine(PrintList& list, int row) {
-    const RunMark& mark = list.MarkOf(row);
-    std::string line = Format("ROW\t%d\t%d\t%d\t%d", mark.pass, mark.printed, static_cast<int>(mark.outcome),
-                              mark.isDoubtful);
+    std::string line = Format("ROW\t%s\t%s", MarkText(list.MarkOf(row)), EscapeControls(list.JobFileOf(row)));
     for (int column = 0; column < kColumnCount; ++column)
         line += '\t' + EscapeControls(list.Text(row, column));
     return line + "\n";
@@ -71,23 +79,33 @@ bool ReadNumber(std::string_view text, int lowest, int highest, std::int32_t& nu
     return value.has_value();
 }
 
-bool ReadOutcome(std::string_view outcome, std::string_view doubt, RunMark& mark) {
-    std::int32_t number = 0;
-    std::int32_t isDoubtful = 0;
-    if (!ReadNumber(outcome, 0, static_cast<int>(RowOutcome::kFailed), number) ||
-        !ReadNumber(doubt, 0, 1, isDoubtful))
-        return false;
-    mark.outcome = static_cast<RowOutcome>(number);
-    mark.isDoubtful = isDoubtful == 1;
+bool ReadSwitch(std::string_view text, bool& isOn) {
+    isOn = text == "1";
+    return isOn || text == "0";
+}
+
+bool ReadMark(const std::vector<std::string_view>& fields, std::size_t at, RunMark& mark) {
+    constexpr std::int64_t kHighest = std::numeric_limits<std::int64_t>::max();
+    std::int32_t outcome = 0;
+    const auto size = ParseWholeNumber(fields[at + 6], -1, kHighest);
+    const auto written = ParseWholeNumber(fields[at + 7], kNoInstant, kHighest);
+    const bool isWhole = ReadNumber(fields[at], 0, kMostRows, mark.pass) &&
+                         ReadNumber(fields[at + 1], 0, kMostRows, mark.printed) &&
+                         ReadNumber(fields[at + 2], 0, static_cast<int>(RowOutcome::kFailed), outcome) &&
+                         ReadSwitch(fields[at + 3], mark.isDoubtful) &&
+                         ReadSwitch(fields[at + 4], mark.isAppended) &&
+                         ReadSwitch(fields[at + 5], mark.isFiled) && size && written;
+    if (!isWhole) return false;
+    mark.outcome = static_cast<RowOutcome>(outcome);
+    mark.source = {*size, *written};
     return true;
 }
 
 bool ReadRow(const std::vector<std::string_view>& fields, CutOffRun::Row& row) {
-    constexpr std::size_t kBefore = 5;
+    constexpr std::size_t kBefore = 2 + kMarkFields;
     if (fields.size() != kBefore + kColumnCount || fields[0] != "ROW") return false;
-    if (!ReadNumber(fields[1], 0, kMostRows, row.mark.pass)) return false;
-    if (!ReadNumber(fields[2], 0, kMostRows, row.mark.printed)) return false;
-    if (!ReadOutcome(fields[3], fields[4], row.mark)) return false;
+    if (!ReadMark(fields, 1, row.mark)) return false;
+    row.jobFile = UnescapeControls(fields[kBefore - 1]);
     for (std::size_t i = 0; i < kColumnCount; ++i) row.texts[i] = UnescapeControls(fields[kBefore + i]);
     return true;
 }
@@ -95,13 +113,14 @@ bool ReadRow(const std::vector<std::string_view>& fields, CutOffRun::Row& row) {
 // Title, generation, printer, copies; the rows; their number.
 bool ReadRows(Fields& lines, CutOffRun& run, std::uint64_t& generation) {
     std::vector<std::string_view> fields;
-    if (!lines.TakeLine(fields) || fields.size() != 6 || fields[0] != kListTitle) return false;
+    if (!lines.TakeLine(fields) || fields.size() != 7 || fields[0] != kListTitle) return false;
     const auto number = ParseWholeNumber(fields[1], 0, std::numeric_limits<std::int64_t>::max());
     if (!number || !ReadNumber(fields[3], 1, kMostRows, run.copies)) return false;
     generation = static_cast<std::uint64_t>(*number);
     run.printer = UnescapeControls(fields[2]);
     run.isBalanced = fields[4] == "1";
     run.defaultPrinter = UnescapeControls(fields[5]);
+    run.mergedFile = UnescapeControls(fields[6]);
     while (lines.TakeLine(fields) && fields[0] != kListEnd) {
         if (!ReadRow(fields, run.rows.emplace_back())) return false;
     }
@@ -116,16 +135,17 @@ void ReadJournal(Fields& lines, CutOffRun& run) {
     std::vector<std::string_view> fields;
     while (lines.TakeLine(fields)) {
         std::int32_t index = 0;
-        RunMark mark;
-        const bool isWhole = fields.size() == 7 && fields[0] == "FINISHED" &&
-                             ReadNumber(fields[1], 0, static_cast<int>(run.rows.size()) - 1, index) &&
-                             ReadNumber(fields[2], 1, kMostRows, mark.pass) &&
-                             ReadNumber(fields[3], 0, kMostRows, mark.printed) &&
-                             ReadOutcome(fields[4], fields[5], mark);
-        if (!isWhole) return;
+        if (fields.size() < 2 || !ReadNumber(fields[1], 0, static_cast<int>(run.rows.size()) - 1, index))
+            return;
         CutOffRun::Row& row = run.rows[static_cast<std::size_t>(index)];
+        if (fields[0] == "FILED" && fields.size() == 2) {
+            row.mark.isFiled = true;
+            continue;
+        }
+        RunMark mark;
+        if (fields[0] != "FINISHED" || fields.size() != 3 + kMarkFields || !ReadMark(fields, 2, mark)) return;
         row.mark = mark;
-        row.texts[kColumnStatus] = UnescapeControls(fields[6]);
+        row.texts[kColumnStatus] = UnescapeControls(fields.back());
     }
 }
 
@@ -147,8 +167,9 @@ void PutRowsBack(PrintList& list, const CutOffRun& cutOff) {
             texts[kColumnStatus] = kStatusUnknown;
             mark.pass = cutOff.copy;
             mark.outcome = RowOutcome::kFailed;
+            mark.isFiled = true;
         }
-        list.AppendRow(texts, mark);
+        list.AppendRow(texts, mark, row.jobFile);
     }
 }
 
@@ -211,7 +232,7 @@ bool RunSnapshot::WriteList(PrintList& list, int copy) {
     ++m_generation;
     std::string text = JoinFields({kListTitle, std::to_string(m_generation), EscapeControls(m_head.printer),
                                    std::to_string(m_head.copies), m_head.isBalanced ? "1" : "0",
-                                   EscapeControls(m_head.defaultPrinter)});
+                                   EscapeControls(m_head.defaultPrinter), EscapeControls(m_head.mergedFile)});
     for (int row = 0; row < list.RowCount(); ++row) text += RowLine(list, row);
     text += JoinFields({kListEnd, std::to_string(list.RowCount())});
     if (ReplaceFileDurably(m_files, PathOf(kListName), text) != FileResult::kDone) return false;
@@ -252,14 +273,18 @@ bool RunSnapshot::NoteBegun(PrintList& list, int row, int copy) {
     return WriteCheckpoint({m_finished, copy, m_first, row, m_generation}) || GiveUp();
 }
 
-bool RunSnapshot::NoteFinished(PrintList& list, int row, int copy) {
+bool RunSnapshot::NoteFinished(PrintList& list, int row) {
     if (!IsOn() || list.Version() != m_listVersion) return true;  // the next list will hold it
-    const RunMark& mark = list.MarkOf(row);
-    const std::string line =
-        JoinFields({"FINISHED", std::to_string(row), std::to_string(copy), std::to_string(mark.printed),
-                    std::to_string(static_cast<int>(mark.outcome)), mark.isDoubtful ? "1" : "0",
-                    EscapeControls(list.Text(row, kColumnStatus))});
     m_finished = row;
+    return WriteJournal(JoinFields({"FINISHED", std::to_string(row), MarkText(list.MarkOf(row)),
+                                    EscapeControls(list.Text(row, kColumnStatus))}));
+}
+
+void RunSnapshot::NoteFiled(PrintList& list, int row) {
+    if (IsOn() && list.Version() == m_listVersion) WriteJournal(JoinFields({"FILED", std::to_string(row)}));
+}
+
+bool RunSnapshot::WriteJournal(const std::string& line) {
     return m_journal->Write(line.data(), line.size()) == FileResult::kDone || GiveUp();
 }
 

@@ -22,6 +22,7 @@ struct RunHead {
     std::string defaultPrinter;  // of the system, before the run; empty: none
     int copies = 1;              // walks over the whole list
     bool isBalanced = false;
+    std::string mergedFile = {};  // of the PDFs that were appended; empty: none
 };
 
 // A run that was cut off.
@@ -29,6 +30,7 @@ struct CutOffRun : RunHead {
     struct Row {
         std::array<std::string, kColumnCount> texts;
         RunMark mark;
+        std::string jobFile;
     };
     int copy = 1;           // the walk that was under way
     std::vector<Row> rows;  // those that were finished in this walk have its number as their mark's pass
@@ -65,7 +67,9 @@ public:
     // written, which ends the snapshot: nothing of it stays.
     bool NoteBegun(PrintList& list, int row, int copy);
     // Lost with the machine, not with the program: the row then counts as begun.
-    bool NoteFinished(PrintList& list, int row, int copy);
+    bool NoteFinished(PrintList& list, int row);
+    // The row's file is where it is to be, or stays. Likewise: it is then looked for once more.
+    void NoteFiled(PrintList& list, int row);
     // The run has come to its end, so that there is nothing to restore.
     void Remove();
 
@@ -82,6 +86,7 @@ private:
 
     bool TakeLock();
     bool WriteList(PrintList& list, int copy);
+    bool WriteJournal(const std::string& line);
     bool WriteCheckpoint(const Checkpoint& checkpoint);
     bool ReadCheckpoint(std::string_view name, Checkpoint& checkpoint) const;
     bool GiveUp();

@@ -51,7 +51,7 @@ TEST_F(RunSnapshotTest, ComesBackWithEveryTextAndMark) {
         ASSERT_TRUE(first.Create(list, {"Laser\t2", "", 3}, 1));
         EXPECT_TRUE(first.NoteBegun(list, 0, 1));
         FinishAt(0, 1, "Error - \"x\"\n", RowOutcome::kFailed);
-        EXPECT_TRUE(first.NoteFinished(list, 0, 1));
+        EXPECT_TRUE(first.NoteFinished(list, 0));
         EXPECT_TRUE(first.NoteBegun(list, 1, 1));
         EXPECT_EQ(Load(cutOff), SnapshotResult::kInUse);
         RunSnapshot second(files, WithTrailingSeparator(folder.Path()));
@@ -99,7 +99,7 @@ TEST_F(RunSnapshotTest, WhereverItIsCutOffNoRowIsDoneTwiceOrForgotten) {
                     ++finished[name];
                     row = list.CurrentRow();
                     FinishAt(row, copy, "Done", RowOutcome::kDone);
-                    if (!written.NoteFinished(list, row, copy) || halting.HasHalted()) return;
+                    if (!written.NoteFinished(list, row) || halting.HasHalted()) return;
                 }
             }
         };

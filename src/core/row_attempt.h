@@ -1,0 +1,37 @@
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "core/job_wait.h"
+#include "core/row_at_work.h"
+#include "core/run_way.h"
+
+namespace quirepress {
+
+// Prints the row at work: fetches it where it is a download, chooses a balanced printer, offers it to the
+// ways in their order, and waits for its job.
+class RowAttempt {
+public:
+    RowAttempt(const PrintRunServices& services, const RunWays& ways, RowAtWork& row, bool isBalanced);
+
+    // Once more where nothing came out and the options say so. `item` becomes the document that a download
+    // has brought. May pump.
+    WayResult Print(RunItem& item);
+
+private:
+    bool MayRetry(const RunItem& item, const WayResult& result) const;
+    WayResult Attempt(RunItem& item);
+    WayResult Download(RunItem& item);
+    WayResult AttemptBalanced(RunItem item);
+    WayResult AttemptDocument(const RunItem& item);
+    WayResult OfferToWays(const RunItem& item);
+
+    const PrintRunServices& m_services;
+    const RunWays& m_ways;
+    RowAtWork& m_row;
+    bool m_isBalanced;
+    JobWait m_jobWait;
+};
+
+}  // namespace quirepress

@@ -1,0 +1,188 @@
+#include "core/row_ending.h"
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+#include "backends/hang_recovery.h"
+#include "backends/queue_watch.h"
+#include "backends/viewer_windows.h"
+#include "base/numbers.h"
+#include "core/print_list.h"
+#include "core/print_run_source.h"
+#include "core/run_outcomes.h"
+#include "core/run_snapshot.h"
+#include "platform/prompts.h"
+
+namespace quirepress {
+
+namespace {
+
+constexpr int kMostPages = 999'999'999;
+
+PrintEnd EndOf(const RunMark& mark) {
+    if (mark.outcome == RowOutcome::kFailed) return PrintEnd::kFailed;
+    return mark.isDoubtful ? PrintEnd::kDoubtful : PrintEnd::kPrinted;
+}
+
+// What was stopped, passed over or has an unknown outcome stays where it is.
+bool IsToBeFiled(RowOutcome outcome, const WayResult& result) {
+    if (result.end == WayResult::End::kStopped || result.status == kStatusUnknown) return false;
+    return outcome == RowOutcome::kDone || outcome == RowOutcome::kFailed;
+}
+
+}  // namespace
+
+RowOutcome OutcomeOf(const WayResult& result) {
+    if (result.end == WayResult::End::kPrinted) return RowOutcome::kDone;
+    return result.status == kStatusSkipped ? RowOutcome::kSkipped : RowOutcome::kFailed;
+}
+
+RowEnding::RowEnding(const PrintRunServices& services, RowAtWork& row, RowEndingRequest request)
+    : m_services(services), m_row(row), m_request(std::move(request)) {}
+
+void RowEnding::CountRowsOfList() {
+    for (int row = 0; row < m_services.list.RowCount(); ++row)
+        CountRows(m_services.list.MarkOf(row).outcome, 1);
+}
+
+void RowEnding::Finish(const RunItem& item, RowOutcome outcome, const WayResult& result,
+                       std::string_view statusBefore) {
+    const bool isNew = EndRow(item, outcome, result, statusBefore);
+    if (isNew && outcome == RowOutcome::kFailed && result.end != WayResult::End::kStopped)
+        m_services.outcomes.TellFailure(item.path, result.status);
+    const bool isMerged = !m_request.mergedFile.empty() && item.path == m_request.mergedFile;
+    if (isMerged && m_row.Copy() == m_row.Copies() && m_row.Find()) EndAppendedRows(result);
+}
+
+// False when an earlier copy of the row has failed already.
+bool RowEnding::EndRow(const RunItem& item, RowOutcome outcome, const WayResult& result,
+                       std::string_view statusBefore) {
+    m_row.UpdatePace();
+    RunItem ended = item;
+    ended.printer = PrinterOfRun(m_services);
+    const int pages = m_services.watch.TotalPages();
+    const auto counted = ParseWholeNumber(item.pages, 1, kMostPages);
+    std::vector<std::string>& used = m_summary.printers;
+    const bool isPrinted = outcome == RowOutcome::kDone && item.kind != ItemKind::kCommand;
+    if (isPrinted && std::find(used.begin(), used.end(), ended.printer) == used.end())
+        used.push_back(ended.printer);
+    m_services.outcomes.RecordRow(
+        {ended, result, outcome, m_row.Copy(), counted ? static_cast<int>(*counted) : pages});
+    if (!m_row.Find()) {
+        CountRows(outcome, 1);
+        return true;
+    }
+    const bool isNew = m_services.list.MarkOf(m_row.Index()).outcome != RowOutcome::kFailed;
+    MarkRow(outcome, result, statusBefore);
+    // A viewer would hold the file.
+    if (IsPdf(item.path) && outcome != RowOutcome::kNotSelected)
+        m_services.viewers.CloseAcrobat(ViewerWindows::Occasion::kFileFinished);
+    FileRow();
+    CheckForHang(item);
+    if (m_row.Find()) m_request.observer.OnRowFinished(m_row.Progress(), outcome);
+    return isNew;
+}
+
+// The documents whose pages are in the merged file, the row at work, share its lot: the worst of all copies.
+void RowEnding::EndAppendedRows(const WayResult& result) {
+    PrintList& list = m_services.list;
+    const RunMark merged = list.MarkOf(m_row.Index());
+    if (merged.outcome == RowOutcome::kNotSelected) return;
+    WayResult shared = result;
+    if (merged.outcome != OutcomeOf(result)) {
+        shared.end = WayResult::End::kFailed;
+        shared.status = list.Text(m_row.Index(), kColumnStatus);
+    }
+    for (int row = 0; row < list.RowCount(); ++row) {
+        RunMark& mark = list.MarkOf(row);
+        if (!mark.isAppended || mark.outcome != RowOutcome::kNotSelected) continue;
+        m_row.Begin(row);
+        mark.printed = merged.printed - (merged.outcome == RowOutcome::kDone ? 1 : 0);
+        mark.isDoubtful = merged.isDoubtful;
+        EndRow(ReadRunItem(m_services, row), merged.outcome, shared, list.Text(row, kColumnStatus));
+        if (m_row.Find()) row = m_row.Index();
+    }
+}
+
+// In the list and on the disk.
+void RowEnding::MarkRow(RowOutcome outcome, const WayResult& result, std::string_view statusBefore) {
+    RunMark& mark = m_services.list.MarkOf(m_row.Index());
+    // A failure of an earlier copy stays in sight.
+    const RowOutcome worst = std::max(mark.outcome, outcome);
+    CountRows(mark.outcome, -1);
+    CountRows(worst, 1);
+    mark.outcome = worst;
+    mark.isFiled = m_row.Copy() == m_row.Copies() && !IsToBeFiled(outcome, result);
+    if (outcome == RowOutcome::kDone) {
+        ++mark.printed;
+        mark.isDoubtful = mark.isDoubtful || !result.remark.empty();
+    }
+    if (outcome == RowOutcome::kNotSelected) return;
+    m_row.ShowRowStatus(worst == outcome ? std::string_view(result.status) : statusBefore);
+    if (m_row.Find() && !m_services.snapshot.NoteFinished(m_services.list, m_row.Index()))
+        m_services.prompts.ShowBox("Print Error!", kSnapshotFailed);
+}
+
+// Once, after the row's last copy.
+void RowEnding::FileRow() {
+    PrintList& list = m_services.list;
+    if (!m_row.Find() || m_row.Copy() < m_row.Copies() || list.MarkOf(m_row.Index()).isFiled) return;
+    list.MarkOf(m_row.Index()).isFiled = true;
+    const PrintEnd end = EndOf(list.MarkOf(m_row.Index()));
+    const PrintedRow row = ReadPrintedRow(list, m_row.Index(), PrinterOfRun(m_services));
+    const RowHandled handled = m_services.outcomes.HandleFile(row, end);
+    if (handled == RowHandled::kFailed) ++m_summary.notFiled;
+    if (handled == RowHandled::kErased && end == PrintEnd::kPrinted) m_row.ShowRowStatus("Deleted");
+    if (m_row.Find()) m_services.snapshot.NoteFiled(list, m_row.Index());
+}
+
+void RowEnding::FinishCutOffRows() {
+    PrintList& list = m_services.list;
+    const auto isEnded = [&](int row) {
+        const RunMark& mark = list.MarkOf(row);
+        return mark.pass >= m_row.Copies() && mark.outcome != RowOutcome::kNotSelected;
+    };
+    for (int row = 0; row < list.RowCount() && !m_request.mergedFile.empty(); ++row) {
+        if (list.Text(row, kColumnFilename) != m_request.mergedFile || !isEnded(row)) continue;
+        WayResult result;
+        if (list.MarkOf(row).outcome == RowOutcome::kDone) result.end = WayResult::End::kPrinted;
+        result.status = list.Text(row, kColumnStatus);
+        m_row.Begin(row);
+        EndAppendedRows(result);
+        break;
+    }
+    for (int row = 0; row < list.RowCount() && !m_row.IsStopped(); ++row) {
+        if (!isEnded(row)) continue;
+        list.SetCurrentRow(row);
+        // Its job file may be to be deleted at the end of the run.
+        if (list.MarkOf(row).isFiled)
+            m_services.outcomes.NoteJobFile(ReadPrintedRow(list, row, ""), EndOf(list.MarkOf(row)));
+        FileRow();
+        if (m_row.Find()) row = m_row.Index();
+    }
+    list.SetCurrentRow(-1);
+}
+
+// A document of the word processor that it hung on gets one more row.
+void RowEnding::CheckForHang(const RunItem& item) {
+    const HangDecision decision =
+        quirepress::CheckForHang(m_request.hangWatch, m_services.hangLog, m_services.options, item.path);
+    if (!decision.tryAgain || !m_row.Find()) return;
+    const PrintedRow row = ReadPrintedRow(m_services.list, m_row.Index(), "");
+    ItemTexts texts;
+    texts.moveToOnError = row.moveToOnError;
+    texts.fileTitle = row.fileTitle;
+    texts.addonParameters = item.addonParameters;
+    texts.processingParameters = item.processingParameters;
+    texts.extraOptions = item.extraOptions;
+    m_services.list.InsertFileIntoList(item.path, 1, row.moveTo, texts);
+}
+
+void RowEnding::CountRows(RowOutcome outcome, int rows) {
+    if (outcome == RowOutcome::kDone) m_summary.done += rows;
+    if (outcome == RowOutcome::kFailed) m_summary.failed += rows;
+    if (outcome == RowOutcome::kSkipped) m_summary.skipped += rows;
+}
+
+}  // namespace quirepress
