@@ -57,6 +57,8 @@ struct JobInfo {
     int totalPages = 0;            // 0: unknown
     int pagesPrinted = 0;
     std::int64_t size = 0;  // bytes
+    // This program delivers it by itself, and has not found out yet whether the printer takes anything.
+    bool isUntried = false;
     LocalTime submitted;
 };
 

@@ -32,7 +32,7 @@ EmbeddedSpooler::EmbeddedSpooler(Files& files, EventLoop& loop, Network& network
 
 EmbeddedSpooler::~EmbeddedSpooler() {
     *m_self = nullptr;
-    if (m_pumpTask != 0) m_loop.RemovePumpTask(m_pumpTask);
+    EndDelivery();
 }
 
 int EmbeddedSpooler::Open(std::string& message) {
@@ -43,6 +43,12 @@ int EmbeddedSpooler::Open(std::string& message) {
     }
     if (m_pumpTask == 0) m_pumpTask = m_loop.AddPumpTask([this] { return PumpQueues(); });
     return 0;
+}
+
+void EmbeddedSpooler::EndDelivery() {
+    if (m_pumpTask != 0) m_loop.RemovePumpTask(m_pumpTask);
+    m_pumpTask = 0;
+    m_deliveries.clear();
 }
 
 bool EmbeddedSpooler::PumpQueues() {
@@ -221,7 +227,10 @@ JobInfo EmbeddedSpooler::DescribeJob(const PrinterFolder& printer, const JobFile
         info.statusBits = job_status::kError;
         info.statusText = kDamagedRecord;
     } else {
-        DeliveryOf(printer.Name()).DescribeJob(job, trouble, info.statusBits, info.statusText);
+        PrinterDelivery& delivery = DeliveryOf(printer.Name());
+        delivery.DescribeJob(job, trouble, info.statusBits, info.statusText);
+        const bool isWell = info.statusBits == 0 || info.statusBits == job_status::kPrinting;
+        info.isUntried = isWell && delivery.IsUntried();
     }
     return info;
 }

@@ -38,6 +38,8 @@ public:
     // A program that would end pumps until this is true: nothing is waiting but what cannot go out now.
     bool IsIdle();
     DeliveryState WaitingJobs();
+    // Delivers no more; what is being sent is given up, and its job says so.
+    void EndDelivery();
 
     std::string SystemName() const override { return "embedded"; }
     int ListPrinters(std::vector<PrinterInfo>& printers) override;

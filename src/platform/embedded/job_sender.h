@@ -43,10 +43,16 @@ public:
     virtual long long StalledMilliseconds() const { return 0; }
 };
 
+// What the jobs before have shown of a printer; for as long as this program delivers to it.
+struct PeerHabits {
+    bool staysOpen = false;  // it keeps its connections open when it has all of a job
+};
+
 struct SendRequest {
     Files& files;
     EventLoop& loop;
     Network& network;
+    PeerHabits& habits;
     PrinterFolder printer;
     PrinterPort port;
     JobFiles job;

@@ -14,7 +14,6 @@ namespace {
 constexpr long long kLookInterval = 1'000;
 constexpr long long kFirstBackOff = 1'000;
 constexpr long long kLongestBackOff = 60'000;
-constexpr long long kStalledAfter = 30'000;
 constexpr std::int64_t kLongestRecord = 1 << 20;
 constexpr std::string_view kProgramEnded = "the program ended while the job was being sent";
 
@@ -52,7 +51,11 @@ bool ReadRecord(Files& files, const JobFolder& jobs, const JobFiles& job, JobRec
 }
 
 PrinterDelivery::PrinterDelivery(Files& files, EventLoop& loop, Network& network, PrinterFolder printer)
-    : m_files(files), m_loop(loop), m_network(network), m_printer(std::move(printer)) {}
+    : m_files(files),
+      m_loop(loop),
+      m_network(network),
+      m_printer(std::move(printer)),
+      m_movedAt(loop.MonotonicMilliseconds()) {}
 
 bool PrinterDelivery::Step() {
     if (!m_sender) {
@@ -137,7 +140,11 @@ void PrinterDelivery::Refresh() {
     m_listedAt = m_loop.MonotonicMilliseconds();
     m_isChanged = false;
     m_printer.Jobs().Sweep(all);
-    m_waiting = JobFolder::WaitingInOrder(all);
+    std::vector<JobFiles> waiting = JobFolder::WaitingInOrder(all);
+    const auto isSame = [](const JobFiles& left, const JobFiles& right) { return left.id == right.id; };
+    if (!std::equal(waiting.begin(), waiting.end(), m_waiting.begin(), m_waiting.end(), isSame))
+        m_movedAt = m_listedAt;
+    m_waiting = std::move(waiting);
     std::erase_if(m_jobTroubles, [&](const auto& trouble) { return !HasJob(all, trouble.first); });
 }
 
@@ -151,7 +158,8 @@ bool PrinterDelivery::StartNext(const PrinterSettings& settings) {
                       settings.portError.substr(0, settings.portError.size() - 1)});
             return false;
         }
-        m_sender = MakeJobSender({m_files, m_loop, m_network, m_printer, settings.port, job, record});
+        m_sender =
+            MakeJobSender({m_files, m_loop, m_network, m_habits, m_printer, settings.port, job, record});
         m_nextCheck = m_loop.MonotonicMilliseconds() + kLookInterval;
         return true;
     }
@@ -203,6 +211,7 @@ void PrinterDelivery::CheckStillWanted() {
 void PrinterDelivery::Conclude(const SendReport& report) {
     m_sender.reset();
     m_nextLook = 0;
+    m_movedAt = m_loop.MonotonicMilliseconds();
     switch (report.outcome) {
         case SendOutcome::kDelivered:
         case SendOutcome::kGone:
@@ -273,6 +282,15 @@ void PrinterDelivery::DescribeJob(const JobFiles& job, const PortTrouble& troubl
     }
 }
 
+bool PrinterDelivery::IsUntried() {
+    const bool isOffered = m_sender && m_sender->BytesSent() > 0;
+    return !isOffered && !m_isOthersTurn && !m_printer.ReadSettings().paused && CurrentTrouble().jobId == 0;
+}
+
+long long PrinterDelivery::UnmovedMilliseconds() const {
+    return m_sender ? m_sender->StalledMilliseconds() : m_loop.MonotonicMilliseconds() - m_movedAt;
+}
+
 void PrinterDelivery::AddState(DeliveryState& state) {
     if (m_isChanged || IsListOld()) Refresh();
     if (m_waiting.empty()) return;
@@ -280,17 +298,18 @@ void PrinterDelivery::AddState(DeliveryState& state) {
     // What was noted before this program tried itself, or saw that another one does, is no news.
     const bool isTried = m_backOff != 0 || m_isOthersTurn;
     const bool isPortStuck = isTried && CurrentTrouble().jobId != 0;
-    const bool isStalled = m_sender && m_sender->StalledMilliseconds() > kStalledAfter;
+    const int othersBefore = state.waiting - state.stuck;
     for (const JobFiles& job : m_waiting) {
         const bool isUnknown =
             job.isBegun && !m_isOthersTurn && !IsPlaced(ReadNote(m_files, m_printer.Jobs(), job.id));
         const bool isHeld = isPaused || isPortStuck || isUnknown || m_jobTroubles.contains(job.id);
         const bool isUnderWay = IsSending(job.id) && m_sender->BytesSent() > 0;
         ++state.waiting;
-        if (isHeld && !isUnderWay)
-            ++state.stuck;
-        else if (isStalled)
-            ++state.stalled;
+        if (isHeld && !isUnderWay) ++state.stuck;
+    }
+    if (state.waiting - state.stuck > othersBefore) {
+        const long long unmoved = UnmovedMilliseconds();
+        state.unmoved = othersBefore == 0 ? unmoved : std::min(state.unmoved, unmoved);
     }
     if (!m_sender) return;
     state.bytesSent += m_sender->BytesSent();

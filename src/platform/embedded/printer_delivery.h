@@ -18,7 +18,7 @@ constexpr std::string_view kDamagedRecord = "The job's record is damaged. Cancel
 struct DeliveryState {
     int waiting = 0;  // jobs that are closed and not delivered
     int stuck = 0;    // of those: of a paused, unreachable or failed port, of unknown outcome, or damaged
-    int stalled = 0;  // of those that are not stuck: being sent to a port that has taken nothing for 30 s
+    long long unmoved = 0;                       // milliseconds since one of the others moved
     std::int64_t bytesSent = 0, bytesTotal = 0;  // of the jobs being sent by this program
 };
 
@@ -42,6 +42,8 @@ public:
     bool IsSending() const { return m_sender != nullptr; }
     // Adds this printer's jobs to `state`.
     void AddState(DeliveryState& state);
+    // Whether the port, as far as is known, is well, and the next job is still to be offered to it.
+    bool IsUntried();
     // What stands in the way of this job, by its files and by what this or another program found out.
     void DescribeJob(const JobFiles& job, const PortTrouble& trouble, std::uint32_t& bits, std::string& text);
     PortTrouble CurrentTrouble();
@@ -64,6 +66,7 @@ private:
     void Conclude(const SendReport& report);
     void NotePortTrouble(const SendReport& report);
     void RetireJob();
+    long long UnmovedMilliseconds() const;
 
     Files& m_files;
     EventLoop& m_loop;
@@ -72,10 +75,12 @@ private:
     std::unique_ptr<FileLock> m_lock;  // while there is something to deliver
     JobFiles m_job;                    // being sent
     std::unique_ptr<JobSender> m_sender;
+    PeerHabits m_habits;
     // The queue as it was last listed, for a second at most while others may change it; what is taken from
     // here is looked at again in its own files.
     std::vector<JobFiles> m_waiting;
     long long m_listedAt = 0;
+    long long m_movedAt = 0;  // when a job came, or went
     bool m_isChanged = true;  // since then, by this program
     long long m_nextLook = 0;
     long long m_nextCheck = 0;

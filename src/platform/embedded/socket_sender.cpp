@@ -4,9 +4,13 @@ namespace quirepress {
 
 namespace {
 
-// Where the system cannot tell what has arrived, a printer that keeps the connection open has this long to
-// object.
-constexpr long long kSilentEndLimit = 10'000;
+// A printer that has all bytes and keeps the connection open has this long to object: the first time, with
+// its further jobs, and where the system cannot tell what has arrived.
+constexpr long long kFirstGrace = 3'000;
+constexpr long long kFurtherGrace = 100;
+constexpr long long kSilentGrace = 10'000;
+// Many printers end the connection within a millisecond; a pause between two looks would be longer.
+constexpr int kQuickLooks = 100;
 
 }  // namespace
 
@@ -34,11 +38,21 @@ SendReport SocketSender::Converse() {
     if (Peer().State() == ConnectionState::kFailed) return Break(Peer().ErrorText());
     if (unconfirmed != m_unconfirmed) NoteProgress();
     m_unconfirmed = unconfirmed;
+    return unconfirmed > 0 ? SendReport() : AwaitEnd();
+}
+
+SendReport SocketSender::AwaitEnd() {
+    PeerHabits& habits = Request().habits;
     // A printer that ended the connection before the last byte was sent confirms nothing by it.
-    const bool isEnded = m_peerEnded && !m_peerEndedEarly;
-    const bool isOver =
-        unconfirmed < 0 ? isEnded || StalledMilliseconds() > kSilentEndLimit : unconfirmed == 0;
-    return isOver ? Deliver() : SendReport();
+    if (m_peerEnded && !m_peerEndedEarly) {
+        habits.staysOpen = false;
+        return Deliver();
+    }
+    const long long grace =
+        m_unconfirmed < 0 ? kSilentGrace : (habits.staysOpen ? kFurtherGrace : kFirstGrace);
+    if (StalledMilliseconds() < grace) return {.moreAtOnce = ++m_looks < kQuickLooks};
+    habits.staysOpen = true;
+    return Deliver();
 }
 
 }  // namespace quirepress

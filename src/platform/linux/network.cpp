@@ -186,7 +186,16 @@ private:
         const ssize_t count =
             RetryInterrupted([&] { return recv(m_socket.Value(), &byte, 1, MSG_PEEK | MSG_DONTWAIT); });
         if (count == 0) m_state = ConnectionState::kEndedByPeer;
+        if (count == 0) CheckReset();
         if (count < 0) JudgeError();
+    }
+
+    // Behind the peer's end, reading does not tell of a reset any more.
+    void CheckReset() {
+        int error = 0;
+        socklen_t size = sizeof error;
+        getsockopt(m_socket.Value(), SOL_SOCKET, SO_ERROR, &error, &size);
+        if (error != 0) Fail(SentencePart(std::strerror(error)));
     }
 
     // After a failed call: 0 when it would only have waited, else -1 and the end of the connection.

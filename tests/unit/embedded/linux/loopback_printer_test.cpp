@@ -24,6 +24,8 @@ public:
         m_listener = socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
         const int one = 1;
         setsockopt(m_listener, SOL_SOCKET, SO_REUSEADDR, &one, sizeof one);
+        const int small = 4'096;
+        setsockopt(m_listener, SOL_SOCKET, SO_RCVBUF, &small, sizeof small);
         sockaddr_in address = {};
         address.sin_family = AF_INET;
         address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
@@ -54,6 +56,7 @@ public:
         }
     }
     void Say(const std::string& bytes) { send(m_peer, bytes.data(), bytes.size(), MSG_NOSIGNAL); }
+    void EndSending() { shutdown(m_peer, SHUT_WR); }
     void Drop(bool reset) {
         const linger atOnce = {1, 0};
         if (m_peer >= 0 && reset) setsockopt(m_peer, SOL_SOCKET, SO_LINGER, &atOnce, sizeof atOnce);
@@ -123,6 +126,7 @@ TEST_F(LoopbackDelivery, APrinterThatGoesAwayAndComesBackGetsTheJobOnce) {
     ASSERT_TRUE(m_printer.Come());
     ASSERT_TRUE(ReceiveJob());
     EXPECT_TRUE(m_printer.received == m_large);
+    m_printer.Drop(false);
     EXPECT_TRUE(PumpUntil([&] { return Jobs().empty(); }));
 }
 
@@ -190,13 +194,29 @@ TEST_F(LoopbackDelivery, ALinePrinterDaemonGetsTheJobOnce) {
     EXPECT_FALSE(m_printer.Accept());
 }
 
-// The whole job fits into the buffers of the system, so that only what is acknowledged tells.
-TEST_F(LoopbackDelivery, AJobThatThePrinterTookButDidNotReadBeforeAResetMayCountAsDelivered) {
-    SpoolDocument(m_spooler, "Net", "small", "small");
+// The whole job fits into the buffers of the system, which has acknowledged it.
+TEST_F(LoopbackDelivery, AJobThatThePrinterHasNotReadBeforeItsEndIsUnknown) {
+    for (const bool reset : {true, false}) {
+        SpoolDocument(m_spooler, "Net", "small", "small");
+        ASSERT_TRUE(PumpUntil([&] { return m_printer.Accept(); }));
+        m_system.loop->Wait(100);
+        EXPECT_EQ(Jobs().size(), 1U);
+        m_printer.Drop(reset);
+        ASSERT_TRUE(PumpUntil([&] { return m_spooler.IsIdle(); }));
+        EXPECT_TRUE(IsUnknown());
+        EXPECT_EQ(m_spooler.CancelJob("Net", FirstJob().id), 0);
+    }
+}
+
+TEST_F(LoopbackDelivery, AResetIsSeenBehindThePrintersOwnEndToo) {
+    SpoolDocument(m_spooler, "Net", "a", std::string(100'000, 'a'));
     ASSERT_TRUE(PumpUntil([&] { return m_printer.Accept(); }));
-    EXPECT_TRUE(PumpUntil([&] { return Jobs().empty(); }));
-    EXPECT_TRUE(m_printer.Read());
-    EXPECT_EQ(m_printer.received, "small");
+    ASSERT_TRUE(PumpUntil([&] { return m_spooler.WaitingJobs().bytesSent == 100'000; }));
+    m_printer.EndSending();
+    m_system.loop->Wait(50);
+    m_printer.Drop(true);
+    ASSERT_TRUE(PumpUntil([&] { return m_spooler.IsIdle(); }));
+    EXPECT_TRUE(IsUnknown());
 }
 
 }  // namespace
