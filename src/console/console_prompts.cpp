@@ -1,5 +1,6 @@
 #include "console/console_prompts.h"
 
+#include "base/credentials.h"
 #include "base/text.h"
 #include "platform/terminal.h"
 
@@ -14,7 +15,7 @@ std::string OneLine(std::string_view title, std::string_view text) {
     line += text;
     for (char& c : line)
         if (c == '\n' || c == '\r') c = ' ';
-    return ToPrintableLine(line);
+    return ToPrintableLine(HideCredentials(line));
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "base/credentials.h"
 #include "base/format.h"
 #include "base/path.h"
 #include "base/text.h"
@@ -53,7 +54,8 @@ void ProgressLine::Draw(const RunProgress& progress) {
         text += m_list.Text(progress.row, kColumnStatus);
         text += "  ";
         // The name gives way first: what comes before it tells how far the run is.
-        const std::string name = ToPrintableLine(FileTitle(m_list.Text(progress.row, kColumnFilename)));
+        const std::string name =
+            ToPrintableLine(FileTitle(HideCredentials(m_list.Text(progress.row, kColumnFilename))));
         const std::size_t used = CountCharacters(text);
         if (WidestLine() > used) text += CutMiddle(name, WidestLine() - used);
     }
@@ -73,7 +75,7 @@ void ProgressLine::OnProgress(const RunProgress& progress) {
 void ProgressLine::OnRowFinished(const RunProgress& progress, RowOutcome outcome) {
     if (!m_isTerminal || outcome != RowOutcome::kFailed || progress.row >= m_list.RowCount()) return;
     Clear();
-    const std::string line = std::string(m_list.Text(progress.row, kColumnFilename)) + ": " +
+    const std::string line = HideCredentials(m_list.Text(progress.row, kColumnFilename)) + ": " +
                              std::string(m_list.Text(progress.row, kColumnStatus));
     m_terminal.WriteErrors(Shaded(ToPrintableLine(line), Shade::kBad, m_colours) + "\n");
 }

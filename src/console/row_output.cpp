@@ -2,6 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "base/credentials.h"
 #include "base/text.h"
 #include "console/table.h"
 #include "core/print_list.h"
@@ -35,7 +36,7 @@ Shade ShadeOfRow(const PrintList& list, int row) {
 nlohmann::json RowToJson(const PrintList& list, int row) {
     nlohmann::json columns = nlohmann::json::array();
     for (int column = 0; column < kColumnCount; ++column)
-        columns.push_back(ToUtf8ForDisplay(list.Text(row, column)));
+        columns.push_back(ToUtf8ForDisplay(HideCredentials(list.Text(row, column))));
     return {{"columns", columns}, {"kind", NameOfKind(KindOfItem(list.Text(row, kColumnFilename)))}};
 }
 
@@ -53,7 +54,7 @@ std::string RenderRows(const PrintList& list, bool colours) {
                  {"Status", false, 70},
                  {"Filename", false, 90}});
     for (int row = 0; row < list.RowCount(); ++row) {
-        const auto text = [&](int column) { return std::string(list.Text(row, column)); };
+        const auto text = [&](int column) { return HideCredentials(list.Text(row, column)); };
         table.AddRow({std::to_string(row + 1), text(kColumnSelected), text(kColumnPages), text(kColumnSizeKb),
                       text(kColumnStatus), text(kColumnFilename)},
                      ShadeOfRow(list, row));

@@ -20,6 +20,9 @@ public:
     virtual void Notify(int kind, std::string_view body, std::string_view attachment) = 0;
 };
 
+// A path or an address as a notice names it: on one line whatever is in it, without its password.
+std::string NameInNotice(std::string_view path);
+
 // "Date/Time:", the time, and lines "Status: " and "Filename:".
 std::string ErrorNoticeBody(const LocalTime& time, std::string_view status, std::string_view fileName);
 

@@ -1,5 +1,6 @@
 #include "logs/debug_log.h"
 
+#include "base/credentials.h"
 #include "platform/files.h"
 
 namespace quirepress {
@@ -13,7 +14,8 @@ int DebugLog::Open(Files& files, std::string_view path) {
     return m_file ? 0 : -1;
 }
 
-void DebugLog::Write(std::string_view line) {
+void DebugLog::Write(std::string_view text) {
+    const std::string line = HideCredentials(text);
     m_file->Write(line.data(), line.size());
 }
 

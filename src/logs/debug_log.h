@@ -11,8 +11,9 @@ namespace quirepress {
 class Files;
 class OutputFile;
 
-// The debug log, "qpr.log" in the working folder: lines as they are given, each written out at once. Off
-// until opened; a trace while it is off costs nothing but its arguments.
+// The debug log, "qpr.log" in the working folder: lines as they are given but for passwords in
+// addresses, each written out at once. Off until opened; a trace while it is off costs nothing but its
+// arguments.
 class DebugLog {
 public:
     DebugLog();
@@ -30,7 +31,7 @@ public:
     }
 
 private:
-    void Write(std::string_view line);
+    void Write(std::string_view text);
     std::unique_ptr<OutputFile> m_file;
 };
 

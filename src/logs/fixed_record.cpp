@@ -3,6 +3,7 @@
 #include <memory>
 #include <utility>
 
+#include "base/credentials.h"
 #include "base/text.h"
 #include "logs/log_lines.h"
 #include "platform/file_tools.h"
@@ -11,7 +12,8 @@ namespace quirepress {
 
 namespace {
 
-std::string OneLine(std::string field) {
+std::string OneLine(std::string_view text) {
+    std::string field = HideCredentials(text);
     for (char& c : field)
         if (c == '\r' || c == '\n' || c == '\0') c = ' ';
     return field;

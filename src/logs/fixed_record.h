@@ -26,7 +26,7 @@ struct RecordLayout {
     std::vector<RecordColumn> columns;
 };
 
-// One record with its CR LF; line ends and NULs inside a field become blanks.
+// One record with its CR LF; line ends and NULs inside a field become blanks, passwords in addresses "***".
 std::string FormatRecord(const RecordLayout& layout, const std::vector<std::string>& fields);
 
 // The fields of one line (without its line end), without trailing blanks; what a short line lacks is empty.

@@ -155,11 +155,12 @@ std::vector<ReadAttachment> CurlMailManager::ReadAttachments(const MailMessage& 
     std::int64_t room = kLargestAttachments;
     for (const std::string& path : message.attachments) {
         ReadAttachment attachment{std::string(FileTitle(path)), {}};
+        const std::string name = ToPrintableLine(path);
         FileResult result = FileResult::kFailed;
         if (m_place.files.Inspect(path).size > room) {
-            body += "\r\n(" + path + " is too large to be attached.)\r\n";
+            body += "\r\n(" + name + " is too large to be attached.)\r\n";
         } else if (!ReadWholeFile(m_place.files, path, room, attachment.bytes, result)) {
-            body += "\r\n(" + path + " can't be attached: " + DescribeFileResult(result) + ".)\r\n";
+            body += "\r\n(" + name + " can't be attached: " + DescribeFileResult(result) + ".)\r\n";
         } else {
             room -= static_cast<std::int64_t>(attachment.bytes.size());
             attachments.push_back(std::move(attachment));

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <type_traits>
 
+#include "base/credentials.h"
 #include "base/text.h"
 #include "platform/event_loop.h"
 
@@ -184,7 +185,7 @@ std::string Transfer::FailureText() const {
     const bool isRefused = IsRefusal(m_lastReply);
     const bool isVague = m_code == CURLE_SEND_ERROR || m_code == CURLE_WEIRD_SERVER_REPLY;
     std::string text = isRefused && isVague ? "the server refuses it" : DescribeCode(m_code);
-    const std::string detail = ToPrintableLine(m_errorText.data());
+    const std::string detail = ToPrintableLine(HideCredentials(m_errorText.data()));
     if (!detail.empty()) text += " (" + detail + ")";
     if (isRefused) text += ": \"" + ToPrintableLine(CutToSize(m_lastReply, kLongestReply)) + "\"";
     return text;
