@@ -17,8 +17,8 @@ void Application::MakeNotifications() {
     LoadEmailOptions(m_emailOptions, Settings());
     m_mailSender = std::make_unique<CurlMailSender>(MailPlace{
         *m_services.files, *m_services.clock, Transfers(), m_services.machine->HostName(), InterruptCount});
-    m_notifications = std::make_unique<Notifications>(
-        NotificationServices{*m_mailSender, *m_prompts, *m_debugLog, *m_errorLog, m_emailOptions, m_options});
+    m_notifications = std::make_unique<Notifications>(NotificationServices{
+        *m_mailSender, *m_services.loop, *m_prompts, *m_debugLog, *m_errorLog, m_emailOptions, m_options});
 }
 
 }  // namespace quirepress

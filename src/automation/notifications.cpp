@@ -2,10 +2,13 @@
 
 #include <array>
 #include <memory>
+#include <utility>
 
 #include "automation/mail_server_text.h"
+#include "base/format.h"
 #include "logs/debug_log.h"
 #include "logs/error_log.h"
+#include "platform/event_loop.h"
 #include "platform/prompts.h"
 #include "transport/mail_sender.h"
 
@@ -15,6 +18,9 @@ namespace {
 
 constexpr const char* kErrorTitle = "Email Error!";
 constexpr const char* kTestTitle = "Email Test";
+// Longer than a server needs that answers at all.
+constexpr long long kSlowMilliseconds = 5'000;
+constexpr long long kLeftAloneMilliseconds = 5 * 60'000;
 
 struct NoticeKind {
     const char* subject;
@@ -48,14 +54,47 @@ void Notifications::SendNotification(int kind, std::string_view body, std::strin
     const EmailOptions email = m_services.email;  // they may be loaded anew while a message is on its way
     const NoticeKind* const notice = isKnown ? &kKinds.at(static_cast<std::size_t>(kind - 1)) : nullptr;
     report.isOff = notice == nullptr || (notice->isOn != nullptr && !(email.*notice->isOn));
+    const std::string heldBack = kind == kNoticePrintsFinished ? TakeHeldBack() : std::string();
     if (!report.isOff) {
         MailMessage message;
         message.subject = std::string("Quirepress ") + notice->subject;
         message.body = body;
         if (email.m_attach && !attachment.empty()) message.attachments.emplace_back(attachment);
-        report = Deliver(email, std::move(message), false);
+        const bool endsRun = kind == kNoticePrintsFinished;
+        if (endsRun) message.body += heldBack;
+        report = IsLeftAlone(email) && !endsRun ? HoldBack(message.subject)
+                                                : Deliver(email, std::move(message), false);
     }
     m_report = report;
+}
+
+bool Notifications::IsLeftAlone(const EmailOptions& email) const {
+    return email.m_server == m_slowServer && m_services.loop.MonotonicMilliseconds() < m_leftAloneUntil;
+}
+
+NotificationReport Notifications::HoldBack(const std::string& subject) {
+    ++m_heldBack;
+    m_services.debugLog.Trace("Email held back: %s\r\n", subject);
+    NotificationReport report;
+    report.failed = 1;
+    report.failure = "the mail server did not answer a short while ago";
+    return report;
+}
+
+// A line for the mail that ends a run; empty when nothing was held back in it. The error log gets it too.
+std::string Notifications::TakeHeldBack() {
+    const int count = std::exchange(m_heldBack, 0);
+    if (count == 0) return {};
+    const std::string text =
+        Format("%d earlier message(s) not sent, since the mail server did not answer", count);
+    LogFailure("Quirepress", "", text);
+    return "\r\n" + text + ".\r\n";
+}
+
+void Notifications::NoteSending(const EmailOptions& email, bool isSent, long long milliseconds) {
+    const bool isSlow = !isSent && milliseconds >= kSlowMilliseconds;
+    m_leftAloneUntil = isSlow ? m_services.loop.MonotonicMilliseconds() + kLeftAloneMilliseconds : 0;
+    m_slowServer = isSlow ? email.m_server : std::string();
 }
 
 void Notifications::SendTestMessage() {
@@ -79,7 +118,10 @@ NotificationReport Notifications::Deliver(const EmailOptions& email, MailMessage
     message.sender = email.m_sender;
     for (const std::string& recipient : email.m_recipients) {
         message.recipient = recipient;
-        if (server->Send(message)) {
+        const long long start = m_services.loop.MonotonicMilliseconds();
+        const bool isSent = server->Send(message);
+        NoteSending(email, isSent, m_services.loop.MonotonicMilliseconds() - start);
+        if (isSent) {
             ++report.sent;
             m_services.debugLog.Trace("Email sent: %s, to: %s\r\n", message.subject, recipient);
             continue;
@@ -89,7 +131,7 @@ NotificationReport Notifications::Deliver(const EmailOptions& email, MailMessage
         m_services.debugLog.Trace("Email not sent: %s, to: %s, error: %s\r\n", message.subject, recipient,
                                   failure);
         if (!isTest) {
-            LogFailure(message, failure);
+            LogFailure(message.subject, message.recipient, "Email not sent: " + failure);
             break;
         }
         std::string text = "Error in configuration, message not sent to: ";
@@ -100,9 +142,10 @@ NotificationReport Notifications::Deliver(const EmailOptions& email, MailMessage
 }
 
 // The subject stands where the log has the document: a document named there would count as handled.
-void Notifications::LogFailure(const MailMessage& message, const std::string& failure) {
+void Notifications::LogFailure(const std::string& subject, const std::string& recipient,
+                               const std::string& failure) {
     if (!m_services.options.m_errorLog) return;
-    m_services.errorLog.Append({message.subject, message.recipient, "Email not sent: " + failure, ""});
+    m_services.errorLog.Append({subject, recipient, failure, ""});
 }
 
 }  // namespace quirepress

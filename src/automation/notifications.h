@@ -12,6 +12,7 @@ namespace quirepress {
 
 class DebugLog;
 class ErrorLog;
+class EventLoop;
 class MailManager;
 class MailSender;
 class Prompts;
@@ -21,6 +22,7 @@ constexpr int kLastNotice = 6;
 
 struct NotificationServices {
     MailSender& mail;
+    EventLoop& loop;
     Prompts& prompts;
     DebugLog& debugLog;
     ErrorLog& errorLog;
@@ -37,7 +39,9 @@ struct NotificationReport {
 };
 
 // The mails that tell somebody what the program has done. One that cannot be sent stops nothing: it is
-// written to the debug log, and to the error log when there is one.
+// written to the debug log, and to the error log when there is one. A server that has kept the program
+// waiting in vain is left alone for some minutes: what is held back meanwhile is counted, and told in the
+// mail at the end of the run, which is tried all the same, and in the error log.
 class Notifications : public RunNotices {
 public:
     explicit Notifications(const NotificationServices& services) : m_services(services) {}
@@ -57,10 +61,17 @@ public:
 
 private:
     NotificationReport Deliver(const EmailOptions& email, MailMessage message, bool isTest);
-    void LogFailure(const MailMessage& message, const std::string& failure);
+    bool IsLeftAlone(const EmailOptions& email) const;
+    NotificationReport HoldBack(const std::string& subject);
+    std::string TakeHeldBack();
+    void NoteSending(const EmailOptions& email, bool isSent, long long milliseconds);
+    void LogFailure(const std::string& subject, const std::string& recipient, const std::string& failure);
 
     NotificationServices m_services;
     NotificationReport m_report;
+    std::string m_slowServer;        // as the options name it
+    long long m_leftAloneUntil = 0;  // the loop's milliseconds
+    int m_heldBack = 0;              // notifications, since the last run ended
 };
 
 }  // namespace quirepress

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -17,13 +18,15 @@ public:
     std::unique_ptr<MailManager> CreateManager() override { return std::make_unique<Manager>(*this); }
 
     void SetAvailable(bool isAvailable) { m_isAvailable = isAvailable; }
+    void HealAll() { m_failures.clear(); }
     void FailFor(const std::string& recipient, const std::string& failure) {
         m_failures[recipient] = failure;
     }
 
     std::vector<MailMessage> sent;
-    std::vector<std::string> asked;  // recipients, those that failed included
-    std::string server;              // of the last manager: "host 465 ssl user:password"
+    std::vector<std::string> asked;      // recipients, those that failed included
+    std::function<void()> whileSending;  // may let time go by
+    std::string server;                  // of the last manager: "host 465 ssl user:password"
 
 private:
     class Manager : public MailManager {
@@ -37,6 +40,7 @@ private:
         }
         bool Send(const MailMessage& message) override {
             m_sender.asked.push_back(message.recipient);
+            if (m_sender.whileSending) m_sender.whileSending();
             const auto failure = m_sender.m_failures.find(message.recipient);
             if (failure == m_sender.m_failures.end()) {
                 m_sender.sent.push_back(message);

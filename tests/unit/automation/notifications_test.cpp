@@ -56,7 +56,7 @@ protected:
     GeneralOptions m_options;
     ErrorLog m_errorLog{m_around.files, m_around.clock, m_around.folder.PathOf("error.log")};
     Notifications m_notifications{
-        {m_mail, m_around.prompts, m_around.debugLog, m_errorLog, m_email, m_options}};
+        {m_mail, m_around.loop, m_around.prompts, m_around.debugLog, m_errorLog, m_email, m_options}};
 };
 
 TEST_F(NotificationsTest, EachKindHasItsSwitchAndTheFifthHasNone) {
@@ -114,6 +114,42 @@ TEST_F(NotificationsTest, TheFirstFailureEndsANotificationQuietly) {
     records.clear();
     ASSERT_EQ(ReadRecords(m_around.files, m_errorLog.Path(), ErrorRecordLayout(), records), 0);
     EXPECT_EQ(records.size(), 1U);
+}
+
+// Else each row that fails would wait for it once more.
+TEST_F(NotificationsTest, AServerThatKeepsSilentIsLeftAloneForAWhile) {
+    m_options.m_errorLog = m_email.m_printError = true;
+    m_email.m_recipients = {"one@example.org"};
+    m_mail.FailFor("one@example.org", "the server took too long");
+    m_mail.whileSending = [this] { m_around.loop.Advance(15'000); };
+    for (int row = 0; row < 20; ++row) m_notifications.Notify(2, "body", "");
+    EXPECT_EQ(m_mail.asked.size(), 1U);
+    EXPECT_EQ(m_notifications.LastReport().failed, 1);
+    m_around.loop.Advance(5 * 60'000);
+    m_notifications.Notify(2, "body", "");
+    m_notifications.Notify(2, "body", "");
+    EXPECT_EQ(m_mail.asked.size(), 2U);
+
+    m_email.m_printsFinished = true;
+    m_mail.HealAll();
+    m_notifications.Notify(4, "the end", "");
+    ASSERT_EQ(m_mail.sent.size(), 1U);
+    const std::string text = "20 earlier message(s) not sent, since the mail server did not answer";
+    EXPECT_EQ(m_mail.sent[0].body, "the end\r\n" + text + ".\r\n");
+    EXPECT_THAT(m_around.folder.Read("error.log"), HasSubstr(text));
+    m_notifications.Notify(2, "body", "");
+    EXPECT_EQ(m_mail.sent.size(), 2U) << "it has answered again";
+
+    // Another server has its own chance, and a refusal costs no time.
+    m_mail.FailFor("one@example.org", "no");
+    m_notifications.Notify(2, "body", "");
+    m_notifications.Notify(2, "body", "");
+    EXPECT_EQ(m_mail.asked.size(), 5U);
+    m_email.m_server = "other.example.org";
+    m_mail.whileSending = nullptr;
+    m_notifications.Notify(2, "body", "");
+    m_notifications.Notify(2, "body", "");
+    EXPECT_EQ(m_mail.asked.size(), 7U);
 }
 
 TEST_F(NotificationsTest, TheTestMessageGoesToEverybody) {
