@@ -19,6 +19,10 @@ FileTransfer::End EndOf(FileResult result) {
 
 }  // namespace
 
+bool MayGoBetterLater(FileResult result) {
+    return result == FileResult::kBusy || result == FileResult::kNoAccess || result == FileResult::kFailed;
+}
+
 FileTransfer::FileTransfer(TransferServices services, TransferRequest request)
     : m_services(services), m_request(std::move(request)) {}
 
@@ -29,7 +33,10 @@ FileTransfer::~FileTransfer() {
 }
 
 FileTransfer::End FileTransfer::Attempt() {
-    const End end = m_isCopied ? EndOf(m_reason = EraseSource()) : TransferToFolder();
+    m_mayGoBetter = false;
+    const bool isReady = m_isCopied || PrepareFolder();
+    const End end = isReady ? TransferToFolder() : End::kNotMoved;
+    if (isReady) m_mayGoBetter = MayGoBetterLater(m_reason);
     const bool isDone = end == End::kDone;
     if (isDone) m_oldVersion.clear();
     DebugLog& debugLog = m_services.debugLog;
@@ -39,14 +46,21 @@ FileTransfer::End FileTransfer::Attempt() {
     return end;
 }
 
-FileTransfer::End FileTransfer::TransferToFolder() {
-    Files& files = m_services.files;
+// False when there is nothing to bring, or nowhere to bring it.
+bool FileTransfer::PrepareFolder() {
     m_target = JoinPath(m_request.folder, m_request.name);
     m_services.prompts.ShowStatus((m_request.isCopy ? "Copying file to:" : "Moving file to:") + m_target);
     m_reason = FileResult::kMissing;
-    if (!HasSource() || m_request.folder.empty()) return End::kNotMoved;
-    m_reason = files.MakeFolders(m_request.folder);
-    if (m_reason != FileResult::kDone) return End::kNotMoved;
+    if (!HasSource() || m_request.folder.empty()) return false;
+    m_reason = m_services.files.MakeFolders(m_request.folder);
+    // A folder that may not be made stays so; a volume that is not there may come back.
+    m_mayGoBetter =
+        m_reason == FileResult::kMissing || (m_reason != FileResult::kNoAccess && MayGoBetterLater(m_reason));
+    return m_reason == FileResult::kDone;
+}
+
+FileTransfer::End FileTransfer::TransferToFolder() {
+    if (m_isCopied) return EndOf(m_reason = EraseSource());
     // A file that is where it should be already has nowhere to go.
     if (IsAtTarget()) return End::kDone;
     m_reason = TransferTo(m_target);

@@ -27,6 +27,10 @@ struct TransferRequest {
     bool renameOld = false;  // when the name is taken, the file that has it gets a version name
 };
 
+// Whether what failed so may go better a little later: something is in use, or out of reach just now. A
+// program that shows a file can deny access to it.
+bool MayGoBetterLater(FileResult result);
+
 // Brings one file into a folder, in as many attempts as its owner makes. The target never is half a file, no
 // file is overwritten, and the source goes only when all of it is at the target.
 class FileTransfer {
@@ -41,8 +45,10 @@ public:
     End Attempt();                                          // May pump.
     const std::string& Target() const { return m_target; }  // of the last attempt
     FileResult Reason() const { return m_reason; }          // why the last attempt failed
+    bool MayGoBetter() const { return m_mayGoBetter; }      // the next one
 
 private:
+    bool PrepareFolder();
     End TransferToFolder();
     End TransferToVersion();
     FileResult TransferTo(const std::string& target);
@@ -58,6 +64,7 @@ private:
     TransferRequest m_request;
     std::string m_target;
     FileResult m_reason = FileResult::kDone;
+    bool m_mayGoBetter = true;
     bool m_isCopied = false;   // to m_target, and the source is still to be erased
     FileFacts m_copiedSource;  // as it was when it was copied
     std::string m_oldVersion;  // the name that the old file got, until the new one is in its place

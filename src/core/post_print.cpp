@@ -151,16 +151,19 @@ RowHandled PostPrint::HandleFile(const Order& order) {
 
 RowHandled PostPrint::EraseFile(const Order& order) {
     FileResult result = FileResult::kFailed;
-    const bool isDone = Retry([&] {
-        result = EraseOnce(order.path);
+    const bool isDone = Retry(std::string(FolderOf(order.path)), [&] {
+        // One that is gone already is no failure; what has taken its place is not touched.
+        const FileKind kind = m_services.files.Inspect(order.path).kind;
+        result = kind == FileKind::kMissing ? FileResult::kDone : FileResult::kNoAccess;
+        if (kind == FileKind::kRegular) result = m_services.files.Erase(order.path);
         const std::string status =
             Format("Delete file status %d", static_cast<int>(result == FileResult::kDone));
         m_services.prompts.ShowStatus(status);
         m_services.debugLog.Trace("%s\r\n", status);
-        return result == FileResult::kDone ? Attempt::kDone : Attempt::kFailed;
+        return AttemptOf(result, kind == FileKind::kRegular && MayGoBetterLater(result));
     });
     if (isDone) {
-        m_handled += Format("Filename:%s, deleted\r\n", order.path);
+        m_handled += Format("Filename:%s, deleted\r\n", NameInNotice(order.path));
         return RowHandled::kErased;
     }
     m_services.debugLog.Trace("DeleteFile: %d, 0=error moving file  %s to %s\r\n", 0, order.path,
@@ -171,31 +174,24 @@ RowHandled PostPrint::EraseFile(const Order& order) {
     return RowHandled::kFailed;
 }
 
-// One that is gone already is no failure; what has taken its place is not touched.
-FileResult PostPrint::EraseOnce(const std::string& path) {
-    const FileKind kind = m_services.files.Inspect(path).kind;
-    if (kind == FileKind::kMissing) return FileResult::kDone;
-    return kind == FileKind::kRegular ? m_services.files.Erase(path) : FileResult::kNoAccess;
-}
-
 RowHandled PostPrint::TransferFile(const Order& order, const MoveTarget& target) {
     PauseBeforeMove();
+    const TransferRequest request = RequestFor(order, target);
     FileTransfer transfer({m_services.files, m_services.loop, m_services.prompts, m_services.debugLog},
-                          RequestFor(order, target));
+                          request);
     FileTransfer::End end = FileTransfer::End::kNotMoved;
-    const bool isDone = Retry([&] {
+    const bool isDone = Retry(request.folder, [&] {
         end = transfer.Attempt();
-        if (end == FileTransfer::End::kDone) return Attempt::kDone;
-        const bool isHopeless =
-            end == FileTransfer::End::kNoVersionLeft || transfer.Reason() == FileResult::kBadName;
-        return isHopeless ? Attempt::kHopeless : Attempt::kFailed;
+        const FileResult result = end == FileTransfer::End::kDone ? FileResult::kDone : transfer.Reason();
+        return AttemptOf(result, transfer.MayGoBetter());
     });
     if (!isDone) {
         ReportTransfer(order, transfer, end);
         return RowHandled::kFailed;
     }
     const char* const what = target.action == MoveAction::kCopy ? "copied" : "moved";
-    m_handled += Format("Filename:%s, %s to %s\r\n", order.path, what, transfer.Target());
+    m_handled +=
+        Format("Filename:%s, %s to %s\r\n", NameInNotice(order.path), what, NameInNotice(transfer.Target()));
     return RowHandled::kBrought;
 }
 
@@ -230,11 +226,22 @@ void PostPrint::ReportTransfer(const Order& order, const FileTransfer& transfer,
     Report(failure);
 }
 
-bool PostPrint::Retry(const std::function<Attempt()>& attempt) {
-    const std::int64_t attempts = kAttempts + std::max<std::int64_t>(0, m_services.options.m_extraMoveRetry);
+PostPrint::Attempt PostPrint::AttemptOf(FileResult result, bool mayGoBetter) {
+    if (result == FileResult::kDone) return Attempt::kDone;
+    if (!mayGoBetter) return Attempt::kHopeless;
+    return result == FileResult::kBusy ? Attempt::kInUse : Attempt::kRefused;
+}
+
+// A folder that has refused one file to the end is not asked as often for the next.
+bool PostPrint::Retry(const std::string& folder, const std::function<Attempt()>& attempt) {
+    const bool isBad = m_badFolders.count(folder) > 0;
+    const std::int64_t extra = std::max<std::int64_t>(0, m_services.options.m_extraMoveRetry);
+    const std::int64_t attempts = isBad ? 1 : kAttempts + extra;
     for (std::int64_t i = 1;; ++i) {
         const Attempt result = attempt();
-        if (result != Attempt::kFailed) return result == Attempt::kDone;
+        if (result == Attempt::kDone) m_badFolders.erase(folder);
+        if (result == Attempt::kDone || result == Attempt::kHopeless) return result == Attempt::kDone;
+        if (i == attempts && result == Attempt::kRefused) m_badFolders.insert(folder);
         if (i == attempts || m_isStopped()) return false;
         m_services.loop.Wait(kMillisecondsBetweenAttempts);
         if (m_isStopped()) return false;
@@ -266,6 +273,7 @@ void PostPrint::Report(const Failure& failure) {
 
 void PostPrint::AtRunEnd(PrintList& list, int passes) {
     for (const std::string& job : TakePrintedJobs(list, passes)) EraseFile({job, "qprjobdelete", "", "", ""});
+    m_badFolders.clear();
     if (std::exchange(m_errorLogFailed, false))
         m_services.prompts.ShowBox("Log File Error", "Can't open error.log for writing");
     TellHandled();

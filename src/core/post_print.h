@@ -84,7 +84,8 @@ public:
 private:
     struct Order;
     struct Failure;
-    enum class Attempt { kDone, kFailed, kHopeless };
+    // kInUse: the file is; kRefused: by its folder, as it seems. Only these two are tried again.
+    enum class Attempt { kDone, kInUse, kRefused, kHopeless };
 
     bool IsChanged(const PrintedRow& row) const;
     std::string MoveToFor(const PrintedRow& row, PrintEnd end) const;
@@ -94,9 +95,9 @@ private:
     RowHandled TransferFile(const Order& order, const MoveTarget& target);
     TransferRequest RequestFor(const Order& order, const MoveTarget& target) const;
     void ReportTransfer(const Order& order, const FileTransfer& transfer, FileTransfer::End end);
-    bool Retry(const std::function<Attempt()>& attempt);
+    static Attempt AttemptOf(FileResult result, bool mayGoBetter);
+    bool Retry(const std::string& folder, const std::function<Attempt()>& attempt);
     void PauseBeforeMove();
-    FileResult EraseOnce(const std::string& path);
     void Report(const Failure& failure);
     std::vector<std::string> TakePrintedJobs(PrintList& list, int passes);
     void TellHandled();
@@ -107,7 +108,8 @@ private:
     bool m_renameOld = false;
     std::set<std::string> m_jobsToErase;
     std::set<std::string> m_jobsToKeep;
-    std::string m_handled;  // lines for the notice at the end
+    std::set<std::string> m_badFolders;  // in this run; a file gets one attempt there
+    std::string m_handled;               // lines for the notice at the end
     bool m_errorLogFailed = false;
 };
 

@@ -148,9 +148,27 @@ TEST_F(PostPrintTest, TriesAgainAsOftenAsTheOptionsSay) {
     EXPECT_EQ(attempts(0), 2);
     EXPECT_TRUE(Has("out/a.pdf"));
     // What no later attempt can mend.
-    EXPECT_FALSE(Check(Put(), PathOf(std::string("out\0x", 5))));
-    EXPECT_FALSE(Check(Put(), PathOf(std::string(300, 'n'))));
-    EXPECT_EQ(m_prompts.boxes.size(), 7U);
+    const long long start = m_loop.MonotonicMilliseconds();
+    for (const std::string& folder : {std::string("out\0x", 5), std::string(300, 'n'),
+                                      std::string("in/a.pdf"), std::string("in/a.pdf/x")})
+        EXPECT_FALSE(Check(Put(), PathOf(folder)));
+    EXPECT_FALSE(Check(PathOf("in"), PathOf("out")));
+    EXPECT_FALSE(Check(PathOf("in"), "qprdelete"));
+    m_files.FailAlways(Call::kRename, FileResult::kNoSpace);
+    EXPECT_FALSE(Check(Put(), PathOf("out")));
+    EXPECT_EQ(m_loop.MonotonicMilliseconds(), start);
+    // A folder that has refused one file for as long gives the next one attempt, until the run ends.
+    m_files.FailAlways(Call::kRename, FileResult::kNoAccess);
+    EXPECT_EQ(attempts(0), 200);
+    EXPECT_EQ(attempts(0), 1);
+    m_postPrint.AtRunEnd(m_list, 1);
+    EXPECT_EQ(attempts(0), 200);
+    m_files.Heal();
+    EXPECT_TRUE(Check(path, PathOf("out")));
+    Put();
+    m_files.FailAlways(Call::kRename, FileResult::kNoAccess);
+    EXPECT_EQ(attempts(0), 200) << "it has taken one meanwhile";
+    EXPECT_EQ(m_prompts.boxes.size(), 16U);
 }
 
 TEST_F(PostPrintTest, PausesBeforeMovesOnly) {
