@@ -1,5 +1,8 @@
 #include "core/run_outcomes.h"
 
+#include "base/format.h"
+#include "core/file_target.h"
+#include "core/print_list.h"
 #include "core/print_run_shell.h"
 #include "core/run_notices.h"
 #include "logs/error_log.h"
@@ -11,6 +14,25 @@
 #include "settings/general_options.h"
 
 namespace quirepress {
+
+namespace {
+
+ReportedRow::What WhatIs(const RowEnd& row) {
+    if (row.isMerged) return ReportedRow::What::kMerged;
+    return row.item.kind == ItemKind::kCommand ? ReportedRow::What::kCommand : ReportedRow::What::kDocument;
+}
+
+ReportedRow::End EndOf(const RowEnd& row) {
+    if (row.result.end == WayResult::End::kStopped) return ReportedRow::End::kStopped;
+    if (row.outcome == RowOutcome::kDone) return ReportedRow::End::kPrinted;
+    return row.outcome == RowOutcome::kSkipped ? ReportedRow::End::kSkipped : ReportedRow::End::kFailed;
+}
+
+std::string PrintersOf(const RowEnd& row) {
+    return row.item.printer;
+}
+
+}  // namespace
 
 void RunOutcomes::BeginRun(std::string_view printer, int copies, std::function<bool()> isStopped) {
     m_report = {};
@@ -32,27 +54,57 @@ void RunOutcomes::BeginRow() {
 
 void RunOutcomes::RecordRow(const RowEnd& row) {
     const RunItem& item = row.item;
-    const bool isDocument = item.kind != ItemKind::kCommand;
-    const std::string& flaw = row.result.remark.empty() ? row.result.status : row.result.remark;
+    const WayResult& result = row.result;
     // What was stopped is no failure of the document, and may be printed another time.
-    const bool wasStopped = row.result.end == WayResult::End::kStopped;
-    if (!wasStopped && (row.outcome == RowOutcome::kFailed || !row.result.remark.empty()))
-        RecordError(item.path, item.printer, flaw);
-    if (row.outcome == RowOutcome::kDone && isDocument)
-        m_services.printLog.WritePrintLogRecord(item.path, row.pages, item.printer);
-    if (row.outcome == RowOutcome::kNotSelected || !m_services.options.m_generateReports) return;
+    const bool wasStopped = result.end == WayResult::End::kStopped;
+    const bool hasFlaw = row.outcome == RowOutcome::kFailed || !result.remark.empty();
+    if (!row.isMerged && !wasStopped && hasFlaw)
+        RecordError(item.path, PrintersOf(row), result.remark.empty() ? result.status : result.remark);
+    const bool cameOut = row.outcome == RowOutcome::kDone;
+    if (cameOut && WhatIs(row) == ReportedRow::What::kDocument)
+        m_services.printLog.WritePrintLogRecord(item.path, row.pages, PrintersOf(row));
+    if (row.outcome != RowOutcome::kNotSelected && m_services.options.m_generateReports) ReportRow(row);
+}
+
+void RunOutcomes::ReportRow(const RowEnd& row) {
     ReportedRow reported;
+    reported.what = WhatIs(row);
+    reported.end = EndOf(row);
     reported.startedAt = m_rowStartedAt;
     reported.seconds = static_cast<double>(m_services.loop.MonotonicMilliseconds() - m_rowStart) / 1000.0;
     reported.copy = row.copy;
-    reported.path = item.path;
-    reported.pages = item.pages;
-    reported.sizeKb = item.sizeKb;
-    reported.printer = item.printer;
+    reported.path = row.item.path;
+    reported.pages = row.pages;
+    reported.sizeKb = row.item.sizeKb;
+    reported.printer = PrintersOf(row);
     reported.status = row.result.status;
-    reported.outcome = row.outcome;
-    reported.isDocument = isDocument;
+    reported.remark = row.result.remark;
     m_report.rows.push_back(std::move(reported));
+}
+
+// What was to be printed when the run was stopped. Merged documents wait for the file that they are in.
+void RunOutcomes::ReportRowsNotPrinted(PrintList& list, int passes) {
+    int mergedPass = 0;
+    for (int row = 0; row < list.RowCount(); ++row)
+        if (IsMergedFile(list.Text(row, kColumnFilename))) mergedPass = list.MarkOf(row).pass;
+    for (int row = 0; row < list.RowCount(); ++row) {
+        const RunMark& mark = list.MarkOf(row);
+        const std::string_view path = list.Text(row, kColumnFilename);
+        const bool isInMerged = mark.isAppended && mark.outcome != RowOutcome::kFailed;
+        const bool isWanted = isInMerged || list.Text(row, kColumnSelected) == "Yes";
+        const int pass = isInMerged ? mergedPass : mark.pass;
+        if (!isWanted || IsMergedFile(path) || pass >= passes) continue;
+        ReportedRow reported;
+        if (KindOfItem(path) == ItemKind::kCommand) reported.what = ReportedRow::What::kCommand;
+        reported.end = ReportedRow::End::kNotPrinted;
+        reported.copy = pass + 1;
+        reported.copies = passes - pass;
+        reported.path = path;
+        reported.sizeKb = list.Text(row, kColumnSizeKb);
+        reported.status = "The run was stopped before its turn";
+        if (passes > 1) reported.status += Format(" (copies %d to %d)", pass + 1, passes);
+        m_report.rows.push_back(std::move(reported));
+    }
 }
 
 void RunOutcomes::RecordError(std::string_view path, std::string_view printer, std::string_view error) {
@@ -81,6 +133,7 @@ void RunOutcomes::TellFailure(std::string_view path, std::string_view status) {
 
 void RunOutcomes::EndRun(PrintList& list, int passes, bool wasStopped) {
     m_services.postPrint.AtRunEnd(list, passes);
+    if (wasStopped && m_services.options.m_generateReports) ReportRowsNotPrinted(list, passes);
     WriteReports(wasStopped);
     if (std::exchange(m_errorLogFailed, false))
         m_services.prompts.ShowBox("Log File Error", "Can't open error.log for writing");

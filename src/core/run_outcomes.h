@@ -34,7 +34,8 @@ struct RowEnd {
     const WayResult& result;
     RowOutcome outcome = RowOutcome::kDone;
     int copy = 1;
-    int pages = 0;  // for the print log; 0: unknown
+    int pages = 0;          // of one copy; 0: unknown
+    bool isMerged = false;  // documents that were merged into it have rows of their own
 };
 
 // What is kept and told of the rows of a run, and what becomes of their files: print log, error log, notices,
@@ -60,6 +61,8 @@ public:
     void EndRun(PrintList& list, int passes, bool wasStopped);
 
 private:
+    void ReportRow(const RowEnd& row);
+    void ReportRowsNotPrinted(PrintList& list, int passes);
     void WriteReports(bool wasStopped);
 
     RunOutcomeServices m_services;

@@ -2,11 +2,11 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdint>
+#include <functional>
 
+#include "base/credentials.h"
 #include "base/csv.h"
 #include "base/format.h"
-#include "base/numbers.h"
 #include "base/path.h"
 #include "base/text.h"
 #include "platform/file_tools.h"
@@ -23,22 +23,39 @@ std::string Duration(double seconds) {
     return Format("%lld:%02lld:%02lld", whole / 3600, whole / 60 % 60, whole % 60);
 }
 
-int PagesOf(const ReportedRow& row) {
-    return static_cast<int>(ParseWholeNumber(row.pages, 0, 999'999).value_or(0));
-}
-
-const char* OutcomeWord(RowOutcome outcome) {
-    switch (outcome) {
-        case RowOutcome::kDone:
+const char* WordFor(ReportedRow::End end) {
+    switch (end) {
+        case ReportedRow::End::kPrinted:
             return "Printed";
-        case RowOutcome::kSkipped:
-            return "Skipped";
-        case RowOutcome::kFailed:
+        case ReportedRow::End::kFailed:
             return "Failed";
-        case RowOutcome::kNotSelected:
+        case ReportedRow::End::kSkipped:
+            return "Skipped";
+        case ReportedRow::End::kStopped:
+            return "Stopped";
+        case ReportedRow::End::kNotPrinted:
             break;
     }
-    return "Not selected";
+    return "Not printed";
+}
+
+const char* ResultOf(const ReportedRow& row) {
+    const bool isGood = row.end == ReportedRow::End::kPrinted;
+    if (isGood && row.what == ReportedRow::What::kCommand) return "Applied";
+    if (isGood && row.what == ReportedRow::What::kMerged) return "Merged";
+    return WordFor(row.end);
+}
+
+std::string NameOf(const ReportedRow& row) {
+    return ToPrintableLine(HideCredentials(row.path));
+}
+
+std::string PagesOf(const ReportedRow& row) {
+    return row.pages > 0 ? std::to_string(row.pages) : std::string();
+}
+
+bool HadItsTurn(const ReportedRow& row) {
+    return row.end != ReportedRow::End::kNotPrinted;
 }
 
 class TextReport {
@@ -52,12 +69,17 @@ public:
         AddLine("");
         AddHead();
         AddTotals();
-        AddFailures();
-        AddRows();
+        AddRowsThat("What went wrong", [](const ReportedRow& row) {
+            return row.end != End::kNotPrinted && (row.end != End::kPrinted || !row.remark.empty());
+        });
+        AddRowsThat("Not printed", [](const ReportedRow& row) { return row.end == End::kNotPrinted; });
+        AddAllRows();
         return m_text;
     }
 
 private:
+    using End = ReportedRow::End;
+
     void AddLine(std::string_view line) { m_text += std::string(line) + std::string(kLineEnd); }
 
     void AddSection(std::string_view title) {
@@ -78,52 +100,62 @@ private:
 
     void AddTotals() {
         AddSection("Totals");
-        AddLine(Format("%-10s%12s%12s", "", "Documents", "Pages"));
-        int documents = 0;
-        for (const RowOutcome outcome : {RowOutcome::kDone, RowOutcome::kFailed, RowOutcome::kSkipped}) {
-            int count = 0;
-            long long pages = 0;
-            for (const ReportedRow& row : m_report.rows) {
-                if (!row.isDocument || row.outcome != outcome) continue;
-                ++count;
-                pages += PagesOf(row);
-            }
-            documents += count;
-            AddLine(Format("%-10s%12d%12s", OutcomeWord(outcome), count,
-                           outcome == RowOutcome::kDone ? std::to_string(pages) : std::string()));
-        }
-        AddLine(Format("%-10s%12d", "Total", documents));
+        AddLine(Format("%-11s%12s%12s", "", "Documents", "Pages"));
+        for (const End end : {End::kPrinted, End::kFailed, End::kSkipped, End::kStopped, End::kNotPrinted})
+            AddTotal(end);
+        AddLine(Format("%-11s%12d", "Total", m_documents));
         if (m_report.seconds >= 1)
-            AddLine(Format("%-10s%12.1f", "Per minute", 60.0 * documents / m_report.seconds));
+            AddLine(Format("%-11s%12.1f", "Per minute",
+                           60.0 * static_cast<double>(m_printed) / m_report.seconds));
     }
 
-    void AddFailures() {
-        const auto isBad = [](const ReportedRow& row) {
-            return row.outcome == RowOutcome::kFailed || row.outcome == RowOutcome::kSkipped;
-        };
-        if (std::none_of(m_report.rows.begin(), m_report.rows.end(), isBad)) return;
-        AddSection("Not printed");
+    void AddTotal(End end) {
+        long long count = 0;
+        long long pages = 0;
         for (const ReportedRow& row : m_report.rows) {
-            if (!isBad(row)) continue;
-            AddLine(ToPrintableLine(row.path));
+            if (row.what != ReportedRow::What::kDocument || row.end != end) continue;
+            count += row.copies;
+            pages += row.pages;
+        }
+        m_documents += count;
+        if (end == End::kPrinted) m_printed = count;
+        const bool isUsual = end != End::kStopped && end != End::kNotPrinted;
+        if (isUsual || count > 0)
+            AddLine(Format("%-11s%12d%12s", WordFor(end), count,
+                           end == End::kPrinted ? std::to_string(pages) : std::string()));
+    }
+
+    void AddRowsThat(std::string_view title, const std::function<bool(const ReportedRow& row)>& isWanted) {
+        if (std::none_of(m_report.rows.begin(), m_report.rows.end(), isWanted)) return;
+        AddSection(title);
+        for (const ReportedRow& row : m_report.rows) {
+            if (!isWanted(row)) continue;
+            AddLine(NameOf(row));
             AddLine("    " + ToPrintableLine(row.status));
+            if (!Contains(row.status, row.remark))
+                AddLine("    " + ToPrintableLine(HideCredentials(row.remark)));
         }
     }
 
-    void AddRows() {
-        AddSection("Everything in order");
-        AddLine(Format("%5s  %-8s  %8s  %4s  %7s  %-24s  %-9s  %s", "No.", "Time", "Seconds", "Copy", "Pages",
-                       "Printer", "Result", "Document"));
+    void AddAllRows() {
+        AddSection("All rows, in the order in which they came");
+        AddLine(Format("%5s  %-8s  %8s  %4s  %7s  %-24s  %-11s  %s", "No.", "Time", "Seconds", "Copy",
+                       "Pages", "Printer", "Result", "Document"));
         int number = 0;
-        for (const ReportedRow& row : m_report.rows)
-            AddLine(Format("%5d  %.2d:%.2d:%.2d  %8.1f  %4d  %7s  %-24s  %-9s  %s", ++number,
-                           row.startedAt.hour, row.startedAt.minute, row.startedAt.second, row.seconds,
-                           row.copy, row.pages, ToPrintableLine(row.printer),
-                           row.isDocument ? OutcomeWord(row.outcome) : "Command", ToPrintableLine(row.path)));
+        for (const ReportedRow& row : m_report.rows) {
+            const LocalTime& start = row.startedAt;
+            const std::string times = HadItsTurn(row) ? Format("%.2d:%.2d:%.2d  %8.1f", start.hour,
+                                                               start.minute, start.second, row.seconds)
+                                                      : std::string();
+            AddLine(Format("%5d  %-18s  %4d  %7s  %-24s  %-11s  %s", ++number, times, row.copy, PagesOf(row),
+                           ToPrintableLine(row.printer), ResultOf(row), NameOf(row)));
+        }
     }
 
     const RunReport& m_report;
     std::string m_text;
+    long long m_documents = 0;
+    long long m_printed = 0;
 };
 
 std::string CsvLine(const std::vector<std::string>& cells) {
@@ -140,12 +172,14 @@ std::string RenderTextReport(const RunReport& report) {
 
 std::string RenderCsvReport(const RunReport& report) {
     std::string text = CsvLine({"Number", "Started", "Seconds", "Copy", "Document", "Size KB", "Pages",
-                                "Printer", "Result", "Status"});
+                                "Printer", "Result", "Status", "Remark"});
     int number = 0;
     for (const ReportedRow& row : report.rows) {
-        text += CsvLine({std::to_string(++number), FormatDateTime(row.startedAt), Format("%.3f", row.seconds),
-                         std::to_string(row.copy), row.path, row.sizeKb, row.pages, row.printer,
-                         row.isDocument ? OutcomeWord(row.outcome) : "Command", row.status});
+        const bool hadTurn = HadItsTurn(row);
+        text += CsvLine({std::to_string(++number), hadTurn ? FormatDateTime(row.startedAt) : "",
+                         hadTurn ? Format("%.3f", row.seconds) : "", std::to_string(row.copy),
+                         HideCredentials(row.path), row.sizeKb, PagesOf(row), row.printer, ResultOf(row),
+                         row.status, HideCredentials(row.remark)});
     }
     return text;
 }

@@ -5,24 +5,27 @@
 #include <vector>
 
 #include "base/date_time.h"
-#include "core/list_item.h"
 
 namespace quirepress {
 
 class Files;
 
-// One attempt at a row in one copy, as it ended.
+// One attempt at a row in one copy, as it ended; or one whose turn did not come.
 struct ReportedRow {
+    // kMerged: the file that carried documents which have rows of their own. Only documents count in totals.
+    enum class What { kDocument, kCommand, kMerged } what = What::kDocument;
+    // kStopped: at this row; kNotPrinted: before it.
+    enum class End { kPrinted, kFailed, kSkipped, kStopped, kNotPrinted } end = End::kPrinted;
     LocalTime startedAt;
     double seconds = 0;
     int copy = 1;
+    int copies = 1;  // from that one on; more only of kNotPrinted
     std::string path;
-    std::string pages;   // as the list shows them
+    int pages = 0;       // 0: unknown
     std::string sizeKb;  // as the list shows it
     std::string printer;
     std::string status;
-    RowOutcome outcome = RowOutcome::kDone;
-    bool isDocument = true;  // else a command item, which counts in no total
+    std::string remark;  // why; of a printed one, why it may not have come out whole
 };
 
 // What a run did, for people: a text to read and a table to calculate with.
@@ -40,7 +43,7 @@ struct RunReport {
 
 // How it went and what went wrong first, then every row; lines end in CR LF.
 std::string RenderTextReport(const RunReport& report);
-// A header row, a row for each document and command item, and none for totals: a spreadsheet makes its own.
+// A header row, a row for each of the report, and none for totals: a spreadsheet makes its own.
 std::string RenderCsvReport(const RunReport& report);
 
 // Writes "Reports\Print Job TIME.txt" and ".csv" below the working folder; a second report of the same second
