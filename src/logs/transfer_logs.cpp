@@ -3,7 +3,6 @@
 #include <utility>
 
 #include "logs/debug_log.h"
-#include "logs/document_stamp.h"
 #include "platform/clock.h"
 #include "platform/files.h"
 
@@ -57,22 +56,28 @@ TransferLogs::TransferLogs(Files& files, Clock& clock, DebugLog& debugLog, std::
     : m_files(files), m_clock(clock), m_debugLog(debugLog), m_workingFolder(std::move(workingFolder)) {}
 
 int TransferLogs::WriteMailRecord(const MailRecord& record) {
-    return Append(kMailLogName, MailRecordLayout(), record.attachment,
+    return Append(kMailLogName, MailRecordLayout(), Stamp(record.attachment),
                   {record.from, record.subject, record.mailbox}, kMailFailure);
 }
 
 int TransferLogs::WriteFtpRecord(const FtpRecord& record) {
-    return Append(kFtpLogName, FtpRecordLayout(), record.file, {record.server, record.folder}, kFtpFailure);
+    return Append(kFtpLogName, FtpRecordLayout(), Stamp(record.file), {record.server, record.folder},
+                  kFtpFailure);
 }
 
 int TransferLogs::WriteFtpErrorRecord(const FtpRecord& record, std::string_view error) {
-    return Append(kFtpErrorLogName, FtpErrorRecordLayout(), record.file,
+    DocumentStamp stamp;
+    stamp.path = record.file;
+    return Append(kFtpErrorLogName, FtpErrorRecordLayout(), stamp,
                   {record.server, record.folder, std::string(error)}, kFtpFailure);
 }
 
-int TransferLogs::Append(const char* name, const RecordLayout& layout, const std::string& file,
+DocumentStamp TransferLogs::Stamp(const std::string& file) {
+    return StampDocument(file, m_files.Inspect(file), m_clock);
+}
+
+int TransferLogs::Append(const char* name, const RecordLayout& layout, const DocumentStamp& stamp,
                          const std::vector<std::string>& rest, std::string_view failure) {
-    const DocumentStamp stamp = StampDocument(file, m_files.Inspect(file), m_clock);
     std::vector<std::string> fields = {FormatDateTime(m_clock.ToLocal(m_clock.Now())),
                                        std::to_string(stamp.size), stamp.path, stamp.created, stamp.written};
     fields.insert(fields.end(), rest.begin(), rest.end());

@@ -3,6 +3,7 @@
 #include <string>
 #include <string_view>
 
+#include "logs/document_stamp.h"
 #include "logs/fixed_record.h"
 
 namespace quirepress {
@@ -28,13 +29,14 @@ struct MailRecord {
 };
 
 struct FtpRecord {
-    std::string file;  // full path
-    std::string server;
-    std::string folder;
+    std::string file;    // full path; where nothing came, the file's name
+    std::string server;  // "HOST" or "HOST:PORT"
+    std::string folder;  // on the server
 };
 
 // The logs of what came in from mailboxes and FTP servers, in the working folder. A record gets the present
-// time, and the size and the times of its file. Each writer answers 0, or -1, which the debug log tells.
+// time, and the size and the times of its file; that of an error none, since no file came. Each writer
+// answers 0, or -1, which the debug log tells.
 class TransferLogs {
 public:
     TransferLogs(Files& files, Clock& clock, DebugLog& debugLog, std::string workingFolder);
@@ -44,7 +46,8 @@ public:
     int WriteFtpErrorRecord(const FtpRecord& record, std::string_view error);
 
 private:
-    int Append(const char* name, const RecordLayout& layout, const std::string& file,
+    DocumentStamp Stamp(const std::string& file);
+    int Append(const char* name, const RecordLayout& layout, const DocumentStamp& stamp,
                const std::vector<std::string>& rest, std::string_view failure);
 
     Files& m_files;

@@ -48,10 +48,10 @@ TEST_F(TransferLogsTest, AnFtpRecordCutsTheServerAndLongFoldersShiftTheError) {
     EXPECT_EQ(m_logs.WriteFtpRecord({"/in/a", std::string(120, 's'), "/out"}), 0);
     EXPECT_EQ(Records("ftp"),
               (std::vector<Fields>{{m_now, "0", "/in/a", "", "", std::string(100, 's'), "/out"}}));
-    EXPECT_EQ(m_logs.WriteFtpErrorRecord({"/in/a", "server", "/out"}, "No such file"), 0);
+    EXPECT_EQ(m_logs.WriteFtpErrorRecord({"/in/a", "server", "/out"}, "No file ftp://u:pw@h"), 0);
     EXPECT_EQ(m_logs.WriteFtpErrorRecord({"/in/a", "server", std::string(257, 'd')}, "No such file"), 0);
     const std::vector<Fields> records = Records("ftp-error");
-    EXPECT_EQ(records[0], (Fields{m_now, "0", "/in/a", "", "", "server", "/out", "No such file"}));
+    EXPECT_EQ(records[0], (Fields{m_now, "0", "/in/a", "", "", "server", "/out", "No file ftp://u:***@h"}));
     EXPECT_EQ(records[1][7], "d\tNo such file");
 }
 
