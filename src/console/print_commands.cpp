@@ -14,6 +14,7 @@
 #include "core/file_target.h"
 #include "core/print_list.h"
 #include "core/print_run.h"
+#include "core/print_run_source.h"
 #include "documents/page_colors.h"
 #include "documents/page_counts.h"
 #include "documents/pdf_counter.h"
@@ -142,7 +143,8 @@ int RunPrint(Context& context, const PrintOptions& options) {
                 {{"printer", ToUtf8ForDisplay(printer)}, {"rows", RowsToJson(application->List())}});
         else
             context.Print(RenderRows(application->List(), context.OutputHasColours()));
-        return ExitCodeOf(loading);
+        const bool isAllThere = FindMissedRows(*application->System().files, application->List()).empty();
+        return isAllThere ? ExitCodeOf(loading) : kExitNotAllDone;
     }
     const auto start = [&](PrintRun& run) {
         run.UsePrinter(printer);

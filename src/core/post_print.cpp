@@ -8,6 +8,7 @@
 #include "base/path.h"
 #include "core/file_target.h"
 #include "core/print_list.h"
+#include "core/print_run_source.h"
 #include "core/run_notices.h"
 #include "logs/debug_log.h"
 #include "logs/error_log.h"
@@ -77,7 +78,7 @@ void PostPrint::NoteJobFile(const PrintedRow& row, PrintEnd end) {
 
 RowHandled PostPrint::Handle(const PrintedRow& row, PrintEnd end) {
     NoteJobFile(row, end);
-    if (KindOfItem(row.path) != ItemKind::kDocument) return RowHandled::kLeft;
+    if (KindInRun(row.path) != ItemKind::kDocument) return RowHandled::kLeft;
     if (end != PrintEnd::kPrinted && IsMergedFile(row.path)) return RowHandled::kLeft;
     // A row may have failed because its file is not there; its status says so already.
     const bool isThere = m_services.files.Inspect(row.path).kind != FileKind::kMissing;

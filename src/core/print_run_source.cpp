@@ -1,8 +1,12 @@
 #include "core/print_run_source.h"
 
+#include <utility>
+
+#include "backends/script_run.h"
 #include "base/numbers.h"
 #include "base/path.h"
 #include "base/text.h"
+#include "core/print_list.h"
 #include "settings/general_options.h"
 
 namespace quirepress {
@@ -24,18 +28,42 @@ std::string_view StatusOfFile(const FileFacts& facts) {
     return facts.size == 0 ? "Empty File" : "";
 }
 
+// A script that is no command item by its spelling came into the list as a document.
+bool IsFromFile(const RunItem& item) {
+    return item.kind == ItemKind::kDocument || KindOfItem(item.path) == ItemKind::kDocument;
+}
+
 }  // namespace
 
+ItemKind KindInRun(std::string_view path) {
+    ItemKind kind = KindOfItem(path);
+    if (kind == ItemKind::kCommand) kind = KindOfItem(FileTitle(path));
+    return kind == ItemKind::kDocument && IsScript(path) ? ItemKind::kCommand : kind;
+}
+
 FileFacts InspectSource(Files& files, const RunItem& item) {
-    return item.kind == ItemKind::kDocument ? files.Inspect(item.path) : FileFacts();
+    return IsFromFile(item) ? files.Inspect(item.path) : FileFacts();
 }
 
 WayResult FindSourceObstacle(const RunItem& item, const FileFacts& facts) {
     WayResult result;
-    if (item.kind != ItemKind::kDocument) return result;
+    if (!IsFromFile(item)) return result;
     result.status = StatusOfFile(facts);
     if (result.status == kStatusSkipped) result.remark = "Can't Print - the file can't be read";
     return result;
+}
+
+std::vector<MissedRow> FindMissedRows(Files& files, const PrintList& list) {
+    std::vector<MissedRow> missed;
+    for (int row = 0; row < list.RowCount(); ++row) {
+        RunItem item;
+        item.path = list.Text(row, kColumnFilename);
+        item.kind = KindInRun(item.path);
+        item.sizeKb = list.Text(row, kColumnSizeKb);
+        WayResult obstacle = FindSourceObstacle(item, InspectSource(files, item));
+        if (!obstacle.status.empty()) missed.push_back({std::move(item), std::move(obstacle)});
+    }
+    return missed;
 }
 
 bool IsPdf(std::string_view path) {

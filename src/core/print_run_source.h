@@ -1,13 +1,19 @@
 #pragma once
 
 #include <string_view>
+#include <vector>
 
 #include "core/run_way.h"
 #include "platform/files.h"
 
 namespace quirepress {
 
+class PrintList;
 struct GeneralOptions;
+
+// What a run takes an item for. A folder's name makes no command of what lies in it, and however its name is
+// spelt, a script is no document.
+ItemKind KindInRun(std::string_view path);
 
 // What is on the disk now; nothing is looked at for items that are no documents.
 FileFacts InspectSource(Files& files, const RunItem& item);
@@ -16,6 +22,13 @@ FileFacts InspectSource(Files& files, const RunItem& item);
 // when it can't be read, or one that begins with "Error". The status is empty when nothing is in the way, and
 // for items that are no documents.
 WayResult FindSourceObstacle(const RunItem& item, const FileFacts& facts);
+
+// The rows of the list, ticked or not, whose files can't be printed as they are now.
+struct MissedRow {
+    RunItem item;  // as far as it matters here
+    WayResult obstacle;
+};
+std::vector<MissedRow> FindMissedRows(Files& files, const PrintList& list);
 
 bool IsPdf(std::string_view path);
 
