@@ -23,7 +23,7 @@ namespace status = job_status;
 
 constexpr int kHighestPriority = 99;
 
-// Status bits with which the first job of a queue tells that its printer wants to be looked after.
+// Status bits with which a printer, or the first job of its queue, tells that it wants to be looked after.
 constexpr std::uint32_t kAttentionBits = 0x6418da;
 
 struct StatusVerdict {
@@ -183,6 +183,17 @@ bool QueueWatch::WordProcessorSpools(const std::string& path) {
 void QueueWatch::SetJobPriority(std::string_view printer, std::int64_t id, int priority) {
     m_prompts.ShowStatus("Setting print priority");
     m_spooler.ChangeJobPriority(printer, id, priority);
+}
+
+bool QueueWatch::PrinterWantsAttention(const std::string& printer) {
+    std::vector<PrinterInfo> printers;
+    m_spooler.ListPrinters(printers);
+    const auto wantsIt = [&](const PrinterInfo& info) {
+        return info.name == printer && (info.statusBits & kAttentionBits) != 0;
+    };
+    if (std::none_of(printers.begin(), printers.end(), wantsIt)) return false;
+    m_prompts.ShowStatus("Waiting for printer: " + printer);
+    return true;
 }
 
 int QueueWatch::QueueCount(std::string_view printer) {

@@ -62,6 +62,9 @@ public:
     std::int64_t LastJob(const std::string& printer);
     // Silent when it fails. May pump.
     void SetJobPriority(std::string_view printer, std::int64_t id, int priority);
+    // Whether its own status says that somebody must see to it: offline, out of paper, jammed and so on. May
+    // pump.
+    bool PrinterWantsAttention(const std::string& printer);
     // Jobs that are still to be printed; -1 when the queue cannot be read. May pump.
     int QueueCount(std::string_view printer);
 

@@ -1,5 +1,7 @@
 #include "core/job_wait.h"
 
+#include <algorithm>
+
 #include "core/print_run_ways.h"
 #include "logs/debug_log.h"
 #include "platform/event_loop.h"
@@ -11,6 +13,8 @@ namespace {
 
 constexpr int kPollMilliseconds = 250;
 constexpr int kMillisecondsInTenth = 100;
+// Longer than any printer is given to answer when it is offered a job.
+constexpr long long kFirstTryLimit = 90'000;
 
 constexpr std::uint32_t kInTrouble = job_status::kError | job_status::kOffline | job_status::kPaperOut |
                                      job_status::kBlocked | job_status::kUserIntervention;
@@ -26,18 +30,26 @@ void JobWait::ForAcceptedJob(const std::string& printer, const std::string& path
                              WayFeedback& feedback) {
     const bool mayHold = m_options.m_waitForPrinter || m_options.m_showPrinterAttention;
     if (m_options.m_dontCheckSpoolerForPrint || jobId <= 0 || !mayHold) return;
-    while (IsHeld(m_watch.ListJobsForPrinter(printer, {path, jobId})) && !feedback.IsStopped()) {
+    const long long triedAt = m_loop.MonotonicMilliseconds() + kFirstTryLimit;
+    int pause = 1;  // most printers have the first try behind them at once
+    for (;;) {
+        const QueueScan scan = m_watch.ListJobsForPrinter(printer, {path, jobId});
+        const bool isUntried = m_options.m_waitForPrinter && scan.found && scan.job.isUntried &&
+                               m_loop.MonotonicMilliseconds() < triedAt;
+        if ((!isUntried && !IsHeld(printer, scan)) || feedback.IsStopped()) return;
         feedback.ShowRowStatus("Spooling");
-        m_loop.Wait(kPollMilliseconds);
+        m_loop.Wait(pause);
+        pause = std::min(2 * pause, kPollMilliseconds);
     }
 }
 
-bool JobWait::IsHeld(const QueueScan& scan) const {
+bool JobWait::IsHeld(const std::string& printer, const QueueScan& scan) {
+    if (!scan.found) return false;
     // The verdict of a job that does not spool is that of spooling only for the sake of the printer.
-    const bool wantsAttention = scan.found && scan.verdict == queue_verdict::kSpooling &&
+    const bool wantsAttention = scan.verdict == queue_verdict::kSpooling &&
                                 VerdictOnStatus(scan.job.statusBits) != queue_verdict::kSpooling;
-    const bool isInTrouble = scan.found && (scan.job.statusBits & kInTrouble) != 0;
-    return wantsAttention || (m_options.m_waitForPrinter && isInTrouble);
+    if (wantsAttention || !m_options.m_waitForPrinter) return wantsAttention;
+    return (scan.job.statusBits & kInTrouble) != 0 || m_watch.PrinterWantsAttention(printer);
 }
 
 int JobWait::Allowance() const {
@@ -89,11 +101,11 @@ JobWait::End JobWait::AwaitSpooling(const std::string& printer, const std::strin
                                     WayFeedback& feedback, QueueScan& scan) {
     const WatchedItem item{path, scan.job.id};
     long long deadline = m_loop.MonotonicMilliseconds() + Allowance();
-    for (int z = 0; scan.verdict == queue_verdict::kSpooling || IsHeld(scan); ++z) {
+    for (int z = 0; scan.verdict == queue_verdict::kSpooling || IsHeld(printer, scan); ++z) {
         m_debugLog.Trace("Wait for start Loop z=%d\r\n", z);
         feedback.ShowRowStatus("Spooling");
         if (feedback.IsStopped()) return End::kStopped;
-        if (!IsHeld(scan) && m_loop.MonotonicMilliseconds() >= deadline) return End::kNotSeen;
+        if (!IsHeld(printer, scan) && m_loop.MonotonicMilliseconds() >= deadline) return End::kNotSeen;
         m_loop.Wait(kPollMilliseconds);
         const JobInfo before = scan.job;
         QueueScan next = m_watch.ListJobsForPrinter(printer, item);
@@ -101,7 +113,7 @@ JobWait::End JobWait::AwaitSpooling(const std::string& printer, const std::strin
         if (!next.listed && m_loop.MonotonicMilliseconds() >= deadline) return End::kNotSeen;
         if (!next.listed) continue;
         scan = std::move(next);
-        if (HasMoved(before, scan.job) || IsHeld(scan))
+        if (HasMoved(before, scan.job) || IsHeld(printer, scan))
             deadline = m_loop.MonotonicMilliseconds() + Allowance();
     }
     return End::kSpooled;

@@ -22,7 +22,9 @@ public:
         : m_watch(watch), m_loop(loop), m_debugLog(debugLog), m_options(options) {}
 
     // The print system has the job; what is left is a printer that wants attention, where the options make
-    // the run wait for it. A stop ends this wait and is no failure. May pump.
+    // the run wait for it. With WAITFORPRINTER a job that this program delivers by itself is awaited until
+    // its printer has taken some of it, or has shown what is wrong. A stop ends this wait and is no failure.
+    // May pump.
     void ForAcceptedJob(const std::string& printer, const std::string& path, std::int64_t jobId,
                         WayFeedback& feedback);
 
@@ -32,7 +34,7 @@ public:
     End ForForeignJob(const std::string& printer, const std::string& path, WayFeedback& feedback);
 
 private:
-    bool IsHeld(const QueueScan& scan) const;
+    bool IsHeld(const std::string& printer, const QueueScan& scan);
     End AwaitListing(const std::string& printer, const std::string& path, WayFeedback& feedback,
                      QueueScan& scan);
     End AwaitSpooling(const std::string& printer, const std::string& path, WayFeedback& feedback,

@@ -137,6 +137,10 @@ public:
     virtual int ResumePrinterQueue(std::string_view printer, std::string& message) = 0;
     // Offers a job of unknown outcome to the port once more.
     virtual int RestartJob(std::string_view printer, std::int64_t id, std::string& message) = 0;
+    // Since when no job has moved any more, of those that nothing is known to hold up.
+    virtual long long UnmovedMilliseconds() = 0;
+    // Delivers no more; what is being sent is given up, and its job says so.
+    virtual void EndDelivery() = 0;
 };
 
 }  // namespace quirepress

@@ -132,6 +132,10 @@ void FakeSpooler::SetJobPages(std::int64_t id, int totalPages, int pagesPrinted)
     job->pagesPrinted = pagesPrinted;
 }
 
+void FakeSpooler::SetUntried(std::int64_t id, bool isUntried) {
+    if (JobInfo* job = FindJob(id)) job->isUntried = isUntried;
+}
+
 void FakeSpooler::TakeJobAway(std::int64_t id) {
     for (auto& [name, printer] : m_printers) {
         std::erase_if(printer.jobs, [id](const JobInfo& job) { return job.id == id; });

@@ -39,6 +39,7 @@ public:
     std::int64_t PutJob(std::string_view printer, JobInfo job);
     void SetJobStatus(std::int64_t id, std::uint32_t statusBits, std::string_view statusText = "");
     void SetJobPages(std::int64_t id, int totalPages, int pagesPrinted);
+    void SetUntried(std::int64_t id, bool isUntried);
     void TakeJobAway(std::int64_t id);  // it was printed
     void KeepJobs(bool keep) { m_keepJobs = keep; }
     void DeliverJobs();  // every job of a printer that is not paused
@@ -78,6 +79,8 @@ public:
     int PausePrinterQueue(std::string_view printer, std::string& message) override;
     int ResumePrinterQueue(std::string_view printer, std::string& message) override;
     int RestartJob(std::string_view printer, std::int64_t id, std::string& message) override;
+    long long UnmovedMilliseconds() override { return 0; }
+    void EndDelivery() override {}
 
 private:
     friend class FakeRawPrinter;

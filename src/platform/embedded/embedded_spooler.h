@@ -38,8 +38,6 @@ public:
     // A program that would end pumps until this is true: nothing is waiting but what cannot go out now.
     bool IsIdle();
     DeliveryState WaitingJobs();
-    // Delivers no more; what is being sent is given up, and its job says so.
-    void EndDelivery();
 
     std::string SystemName() const override { return "embedded"; }
     int ListPrinters(std::vector<PrinterInfo>& printers) override;
@@ -62,6 +60,8 @@ public:
     int PausePrinterQueue(std::string_view printer, std::string& message) override;
     int ResumePrinterQueue(std::string_view printer, std::string& message) override;
     int RestartJob(std::string_view printer, std::int64_t id, std::string& message) override;
+    long long UnmovedMilliseconds() override { return WaitingJobs().unmoved; }
+    void EndDelivery() override;
 
 private:
     bool PumpQueues();

@@ -55,7 +55,22 @@ TEST_F(JobWaitTest, AnAcceptedJobHoldsTheRunOnlyInTroubleAndOnlyWhenAskedTo) {
     EXPECT_EQ(AwaitAccepted(id), 0);
     EXPECT_EQ(AwaitAccepted(id + 1), 0) << "it has left the queue";
 
+    spooler.SetPrinterStatus("Laser", printer_status::kOffline | printer_status::kTonerLow);
+    At(20'000, [&] { spooler.SetPrinterStatus("Laser", printer_status::kTonerLow); });
+    EXPECT_GE(AwaitAccepted(id), 20'000) << "the printer itself tells of its trouble";
+    spooler.SetPrinterStatus("Laser", printer_status::kOffline);
+    EXPECT_EQ(AwaitAccepted(id + 1), 0);
+    spooler.SetPrinterStatus("Laser", 0);
+
+    spooler.SetUntried(id, true);
+    At(3'000, [&] { spooler.SetUntried(id, false); });
+    const long long tried = AwaitAccepted(id);
+    EXPECT_TRUE(tried >= 3'000 && tried < 3'500) << tried;
+    spooler.SetUntried(id, true);
+    EXPECT_LT(AwaitAccepted(id), 100'000) << "not for ever";
+
     options.m_waitForPrinter = false;
+    EXPECT_EQ(AwaitAccepted(id), 0);
     options.m_showPrinterAttention = true;
     const std::int64_t second = PutJob(0);
     spooler.SetJobStatus(id, job_status::kPaperOut);
