@@ -32,6 +32,12 @@ void DefineGlobalOptions(CLI::App& program, GlobalOptions& global) {
         ->type_name("DIR");
     program.add_option("--spooler", global.spooler, "Which print spooler: embedded, cups or windows")
         ->type_name("NAME");
+    program
+        .add_option("--stall-limit", global.stallLimit,
+                    "How long a printer of the embedded spooler may take nothing before its jobs are left in "
+                    "the queue (default 600; 0: for ever)")
+        ->check(CLI::Range(0, 1'000'000))
+        ->type_name("SECONDS");
     program.add_flag("--unattended", global.unattended, "Never ask: messages go to the error log");
     program.add_flag("--debug", global.debug, "Write the debug log, qpr.log in the working folder");
     program.add_flag("--json", global.json, "One JSON document on standard output and nothing else there");

@@ -22,6 +22,7 @@ constexpr int kExitStopped = 130;
 struct GlobalOptions {
     std::string home;
     std::string spooler;
+    int stallLimit = 600;  // seconds; 0: none
     bool unattended = false;
     bool debug = false;
     bool json = false;

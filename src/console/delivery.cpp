@@ -17,42 +17,55 @@ namespace {
 
 constexpr int kLookEvery = 5;  // milliseconds
 
-// What is known of the first job that something is known of.
-std::string JobTrouble(Spooler& spooler, const std::string& printer) {
+constexpr std::string_view kWayOn =
+    "See to the printer. Then \"qpr queue deliver\" prints what waits; a job that was being sent is printed "
+    "once more by \"qpr queue restart PRINTER JOB\".";
+
+// What keeps a printer's jobs waiting, as far as one of them tells.
+std::string JobTrouble(Spooler& spooler, const PrinterInfo& printer) {
     std::vector<JobInfo> jobs;
-    spooler.ListJobs(printer, jobs);
+    spooler.ListJobs(printer.name, jobs);
     for (const JobInfo& job : jobs)
-        if (!job.statusText.empty()) return Format("job %d: %s", job.id, job.statusText);
-    return {};
+        if (!job.statusText.empty())
+            return Format("job %d (%s): %s", job.id, FileTitle(job.document), job.statusText);
+    const std::string_view word = PrinterStatusWord(printer.statusBits, 0);
+    if (!word.empty() || jobs.empty()) return std::string(word);
+    return Format("it takes no more for the moment; job %d (%s) is the next", jobs.front().id,
+                  FileTitle(jobs.front().document));
 }
 
 std::string WaitingLine(Spooler& spooler, const PrinterInfo& printer) {
-    std::string why = printer.statusText;
-    if (why.empty()) why = JobTrouble(spooler, printer.name);
-    if (why.empty()) why = PrinterStatusWord(printer.statusBits, 0);
-    if (why.empty()) why = "it takes no more for the moment";
+    const std::string why = printer.statusText.empty() ? JobTrouble(spooler, printer) : printer.statusText;
     return Format("%s keeps %u waiting: %s", printer.name, static_cast<std::uint64_t>(printer.jobs), why);
+}
+
+// True when there is a reason to wait no longer.
+bool IsOver(Context& context, PrinterAdministration& administration, DeliveryReport& report) {
+    const long long limit = 1000LL * context.m_global.stallLimit;
+    report.wasStopped = InterruptCount() > 0;
+    report.hasStalled = !report.wasStopped && limit > 0 && administration.UnmovedMilliseconds() >= limit;
+    return report.wasStopped || report.hasStalled;
 }
 
 }  // namespace
 
 DeliveryReport DeliverJobs(Context& context, Application& application, ProgressLine& progress) {
     DeliveryReport report;
-    if (application.Administration() == nullptr) return report;
+    PrinterAdministration* const administration = application.Administration();
+    if (administration == nullptr) return report;
     EventLoop& loop = *context.System().loop;
     loop.Pump();
     for (DeliveryProgress delivery = application.Delivery(); !delivery.isIdle;
          delivery = application.Delivery()) {
-        if (InterruptCount() > 0) {
-            report.wasStopped = true;
-            break;
-        }
+        if (IsOver(context, *administration, report)) break;
         const double share = delivery.bytesTotal > 0 ? static_cast<double>(delivery.bytesSent) /
                                                            static_cast<double>(delivery.bytesTotal)
                                                      : 0.0;
         progress.Show(RenderBar(share, 20) + Format(" Delivering, %d waiting", delivery.waiting));
         loop.Wait(kLookEvery);
     }
+    // From here on the queues say what became of the jobs.
+    administration->EndDelivery();
     std::vector<PrinterInfo> printers;
     Spooler& spooler = application.PrintSpooler();
     spooler.ListPrinters(printers);
@@ -60,6 +73,10 @@ DeliveryReport DeliverJobs(Context& context, Application& application, ProgressL
         report.jobsLeft += static_cast<int>(printer.jobs);
         if (printer.jobs > 0) report.lines.push_back(WaitingLine(spooler, printer));
     }
+    if (report.hasStalled)
+        report.lines.push_back(Format("%d jobs remain in the queue: nothing was taken for %d s. ",
+                                      report.jobsLeft, context.m_global.stallLimit) +
+                               std::string(kWayOn));
     return report;
 }
 

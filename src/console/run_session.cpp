@@ -69,7 +69,8 @@ void PrintSummary(Context& context, Application& application, const std::string&
                            {"skipped", summary.skipped},
                            {"not_filed", summary.notFiled},
                            {"seconds", summary.seconds},
-                           {"queued", delivery.jobsLeft}});
+                           {"queued", delivery.jobsLeft},
+                           {"stalled", delivery.hasStalled}});
         return;
     }
     const bool colours = context.OutputHasColours();
@@ -112,7 +113,9 @@ int RunAndReport(Context& context, Application& application, const std::string& 
     const DeliveryReport delivery = DeliverJobs(context, application, progress);
     progress.Clear();
     PrintSummary(context, application, printer, summary, delivery);
-    return delivery.wasStopped ? kExitStopped : ExitCodeOf(summary);
+    if (delivery.wasStopped) return kExitStopped;
+    const int exitCode = ExitCodeOf(summary);
+    return exitCode == kExitDone && delivery.hasStalled ? kExitNotAllDone : exitCode;
 }
 
 }  // namespace quirepress

@@ -115,7 +115,7 @@ TEST(QprPrint, AJobOfUnknownOutcomeIsNamedAndNeverSentAgainByItself) {
     ASSERT_EQ(qpr.Run({"printers", "resume", "Quirepress"}).exitCode, 0);
     const ProgramResult result = qpr.Run({"queue", "deliver"});
     EXPECT_EQ(result.exitCode, 1);
-    EXPECT_THAT(result.output, HasSubstr("job 1: Unknown: "));
+    EXPECT_THAT(result.output, HasSubstr("job 1 (a.ps): Unknown: "));
     EXPECT_THAT(qpr.OutputNames(), IsEmpty());
 }
 

@@ -1,0 +1,33 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "qpr_program.h"
+#include "rig/loopback_server.h"
+
+namespace quirepress {
+namespace {
+
+using testing::AllOf;
+using testing::HasSubstr;
+
+TEST(QprDelivery, APrinterThatTakesNothingIsNotWaitedForForEver) {
+    QprProgram qpr;
+    LoopbackServer printer(LoopbackServer::Stall);
+    ASSERT_EQ(qpr.Run({"printers", "add", "Net", "--port", "socket://" + printer.Address()}).exitCode, 0);
+    qpr.m_work.Write("a.ps", std::string(20'000'000, 'a'));
+    qpr.m_work.Write("b.ps", "b");
+    ProgramResult result = qpr.Run({"--stall-limit", "1", "print", "--printer", "Net", "a.ps", "b.ps"});
+    EXPECT_EQ(result.exitCode, 1) << result.errors;
+    EXPECT_THAT(result.output, AllOf(HasSubstr("2 done, 0 failed"),
+                                     HasSubstr("Net keeps 2 waiting: job 1 (a.ps): Unknown: "),
+                                     HasSubstr("2 jobs remain in the queue: nothing was taken for 1 s. "),
+                                     HasSubstr("qpr queue restart PRINTER JOB")));
+    // The small one goes out before the new one.
+    result = qpr.Run({"--json", "--stall-limit", "1", "print", "--printer", "Net", "a.ps"});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.Json()["stalled"], true);
+    EXPECT_EQ(result.Json()["queued"], 2);
+}
+
+}  // namespace
+}  // namespace quirepress
