@@ -77,7 +77,7 @@ constexpr std::array<PaperItem, 15> kItems = {{
      Set<&Ticket::orientation, Ticket::Orientation::kLandscape>, kOrientationSet, kOrientationNotSet},
     {"save.paperorientation", PaperGroup::kOrientation, SaveOrientation, kOrientationSet, kOrientationNotSet},
     {"restore.paperorientation", PaperGroup::kOrientation, RestoreOrientation, kOrientationSet,
-     kOrientationNotSet},
+     kOrientationNotSet, "finds nothing to restore: no \"save.paperorientation\" stands above it"},
     {".paperorientation", PaperGroup::kOrientation, SetNothing, kOrientationSet, kOrientationNotSet},
     {"bw.papercolor", PaperGroup::kPaper, Set<&Ticket::color, Ticket::Color::kMono>, kColorSet, kColorNotSet},
     {"color.papercolor", PaperGroup::kPaper, Set<&Ticket::color, Ticket::Color::kColor>, kColorSet,

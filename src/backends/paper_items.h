@@ -26,6 +26,7 @@ struct PaperItem {
                   std::string_view name);  // false: nothing to be set; `state` is untouched
     std::string_view doneStatus;
     std::string_view failedStatus;  // an unfit number, an unknown word, nothing saved
+    std::string_view failedReason = "does not tell what to set";  // of a sentence that begins with the item
 };
 
 // Null when `name` contains none of the group's texts (exact).
