@@ -6,6 +6,7 @@
 
 #include "backends/printer_settings_file.h"
 #include "backends/tray_file.h"
+#include "base/format.h"
 #include "base/path.h"
 #include "base/text.h"
 #include "logs/debug_log.h"
@@ -98,15 +99,8 @@ int PrinterSelection::MoveToPrinter(std::string_view name, std::string& message)
     if (UsePrinter(name, message) != 0) return -1;
     m_services.prompts.ShowStatus(std::string(kPrinterSetTo) + std::string(name));
     if (paper.ticket == JobTicket()) return 0;
-    if (!paper.ticket.trayName.empty()) {
-        BinInfo tray;
-        if (!FindTray(name, paper.ticket.trayName, tray)) {
-            message = "The printer \"" + ToPrintableLine(name) + "\" has no tray \"" +
-                      ToPrintableLine(paper.ticket.trayName) + "\".";
-            return -1;
-        }
-        paper.ticket.tray = tray.number;
-    }
+    const std::string trayName = paper.ticket.trayName;
+    if (!trayName.empty() && TakeTray(trayName, paper.ticket, message) != 0) return -1;
     return ChangePaper(std::move(paper), message);
 }
 
@@ -187,6 +181,25 @@ bool PrinterSelection::FindTray(std::string_view printer, std::string_view trayN
     return true;
 }
 
+int PrinterSelection::TakeTray(std::string_view trayName, JobTicket& ticket, std::string& message) {
+    const std::string printer = PrinterInUse();
+    BinInfo tray;
+    if (!FindTray(printer, trayName, tray)) {
+        message = "The printer \"" + ToPrintableLine(printer) + "\" has no tray \"" +
+                  ToPrintableLine(trayName) + "\".";
+        return -1;
+    }
+    ticket.tray = tray.number;
+    ticket.trayName = tray.name;
+    return 0;
+}
+
+int PrinterSelection::ChangeTicket(const JobTicket& ticket, std::string& message) {
+    PaperState paper = m_selected.paper;
+    paper.ticket = ticket;
+    return ChangePaper(std::move(paper), message);
+}
+
 bool PrinterSelection::TakesItem(std::string_view path) {
     return EndsWith(path, ".printer") || EndsWith(path, ".prs") || IsTrayFile(path) ||
            Contains(path, ".tra") || FindPaperItem(path, PaperGroup::kOrientation) != nullptr ||
@@ -227,16 +240,8 @@ ItemResult PrinterSelection::LoadTrayItem(std::string_view path) {
     ItemResult result{false, "Error Tray Not Set", {}};
     std::string trayName;
     if (LoadTrayFile(m_services.files, path, trayName, result.message) != 0) return result;
-    const std::string printer = PrinterInUse();
-    BinInfo tray;
-    if (!FindTray(printer, trayName, tray)) {
-        result.message = "The printer \"" + ToPrintableLine(printer) + "\" has no tray \"" +
-                         ToPrintableLine(trayName) + "\".";
-        return result;
-    }
     PaperState paper = m_selected.paper;
-    paper.ticket.tray = tray.number;
-    paper.ticket.trayName = tray.name;
+    if (TakeTray(trayName, paper.ticket, result.message) != 0) return result;
     result.isApplied = ChangePaper(std::move(paper), result.message) == 0;
     if (result.isApplied) result.status = "Set Tray";
     return result;
@@ -246,7 +251,7 @@ ItemResult PrinterSelection::ApplyPaperItem(const PaperItem& item, std::string_v
     ItemResult result;
     PaperState paper = m_selected.paper;
     if (!item.apply(paper, name))
-        result.message = "\"" + ToPrintableLine(FileTitle(name)) + "\" does not tell what to set.";
+        result.message = Format("\"%s\" %s.", ToPrintableLine(FileTitle(name)), item.failedReason);
     else
         result.isApplied = ChangePaper(std::move(paper), result.message) == 0;
     result.status = result.isApplied ? item.doneStatus : item.failedStatus;

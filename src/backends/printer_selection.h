@@ -75,6 +75,11 @@ public:
     // The printer's bin of this name. When there is none, false, and `tray` is number 0, "Unknown".
     bool FindTray(std::string_view printer, std::string_view trayName, BinInfo& tray);
 
+    // The tray of this name of the current printer, into `ticket`. 0, or -1 with `message`.
+    int TakeTray(std::string_view trayName, JobTicket& ticket, std::string& message);
+    // Makes the current set-up ask for this. 0, or -1 with `message`.
+    int ChangeTicket(const JobTicket& ticket, std::string& message);
+
     // Whether ApplyItem is for a command item of this path.
     static bool TakesItem(std::string_view path);
     // ".prs" and ".printer" files, tray files and paper items. May pump.

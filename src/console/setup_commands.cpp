@@ -1,4 +1,3 @@
-#include <array>
 #include <memory>
 #include <nlohmann/json.hpp>
 
@@ -9,6 +8,7 @@
 #include "base/text.h"
 #include "console/commands.h"
 #include "console/context.h"
+#include "console/setup_options.h"
 #include "console/table.h"
 #include "platform/prompts.h"
 #include "platform/spooler.h"
@@ -21,6 +21,7 @@ struct SetupRequest {
     std::string file;
     std::string printer;
     std::string tray;
+    SetupOptions options;
 };
 
 int SaveSetup(Context& context, const SetupRequest& request) {
@@ -33,29 +34,16 @@ int SaveSetup(Context& context, const SetupRequest& request) {
         context.PrintResult(-1, message);
         return kExitNoPrinter;
     }
+    if (ApplySetupOptions(request.options, selection, message) != 0) {
+        context.PrintResult(-1, message);
+        return kExitNotAllDone;
+    }
     if (selection.SavePrinterSettings(request.file) != 0) {
         context.PrintResult(-1, "Can't open printer settings file for writing: " + request.file);
         return kExitNotAllDone;
     }
     context.PrintResult(0, "Printer settings of \"" + printer + "\" saved.");
     return kExitDone;
-}
-
-// In the words of the paper items.
-nlohmann::json DescribeTicket(const JobTicket& ticket) {
-    constexpr std::array<const char*, 3> kOrientations = {"", "portrait", "landscape"};
-    constexpr std::array<const char*, 3> kColors = {"", "bw", "color"};
-    constexpr std::array<const char*, 4> kDuplexes = {"", "simplex", "vertical", "horizontal"};
-    constexpr std::array<const char*, 4> kQualities = {"", "draft", "normal", "high"};
-    return {{"orientation", kOrientations.at(static_cast<std::size_t>(ticket.orientation))},
-            {"scale", ticket.scale},
-            {"paper_size", ticket.paperSize},
-            {"copies", ticket.copies},
-            {"duplex", kDuplexes.at(static_cast<std::size_t>(ticket.duplex))},
-            {"color", kColors.at(static_cast<std::size_t>(ticket.color))},
-            {"quality", kQualities.at(static_cast<std::size_t>(ticket.quality))},
-            {"tray", ticket.tray},
-            {"tray_name", ToUtf8ForDisplay(ticket.trayName)}};
 }
 
 // A printer settings file, as far as this print system understands it.
@@ -174,11 +162,12 @@ struct SetupItem {
     std::string SetupRequest::*text;
 };
 
-CLI::App* DefineSetupCommand(CommandSet& commands, CLI::App* parent, const char* verb,
-                             const char* description, const std::vector<std::string>& examples,
-                             const std::vector<SetupItem>& items, SetupAction action) {
+void DefineSetupCommand(CommandSet& commands, CLI::App* parent, const char* verb, const char* description,
+                        const std::vector<std::string>& examples, const std::vector<SetupItem>& items,
+                        SetupAction action) {
     CLI::App* command = commands.Add(*parent, verb, description, examples);
     auto request = std::make_shared<SetupRequest>();
+    if (action == SaveSetup) DefineSetupOptions(*command, request->options);
     for (const SetupItem& item : items) {
         CLI::Option* option = command->add_option(item.name, (*request).*item.text, item.description);
         if (item.name[0] == '-')
@@ -188,7 +177,6 @@ CLI::App* DefineSetupCommand(CommandSet& commands, CLI::App* parent, const char*
     }
     commands.RunWith(command,
                      [request, action, &context = commands.m_context] { return action(context, *request); });
-    return command;
 }
 
 }  // namespace
@@ -201,8 +189,10 @@ void DefineSetupCommands(CommandSet& commands) {
     CLI::App* prs = commands.Add(commands.m_program, "prs", "Save and show printer settings files",
                                  {"qpr prs save office.prs --printer Office", "qpr prs show office.prs"});
     prs->require_subcommand(1);
-    DefineSetupCommand(commands, prs, "save", "Save a printer with its settings",
-                       {"qpr prs save office.prs --printer Office"},
+    DefineSetupCommand(commands, prs, "save", "Save a printer with its settings, and with those given here",
+                       {"qpr prs save office.prs --printer Office",
+                        "qpr prs save draft.prs --duplex vertical --color bw --quality draft",
+                        "qpr prs save labels.prs --tray \"Upper tray\" --paper-size A5 --copies 2"},
                        {file, {"--printer", "The printer; else the default printer", &SetupRequest::printer}},
                        SaveSetup);
     DefineSetupCommand(commands, prs, "show", "Show what a printer settings file holds",

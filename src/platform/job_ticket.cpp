@@ -2,29 +2,35 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <utility>
+
+#include "base/numbers.h"
+#include "base/text.h"
 
 namespace quirepress {
 
 namespace {
 
+constexpr std::array<std::pair<int, std::string_view>, 12> kPaperNames = {{{1, "Letter"},
+                                                                           {3, "Tabloid"},
+                                                                           {4, "Ledger"},
+                                                                           {5, "Legal"},
+                                                                           {6, "Statement"},
+                                                                           {7, "Executive"},
+                                                                           {8, "A3"},
+                                                                           {9, "A4"},
+                                                                           {11, "A5"},
+                                                                           {12, "B4"},
+                                                                           {13, "B5"},
+                                                                           {70, "A6"}}};
+constexpr std::int64_t kHighestPaperSize = 1000;
+
 // The code itself for a paper that is not among the common ones.
 std::string PaperName(int paperSize) {
-    constexpr std::array<std::pair<int, std::string_view>, 12> kNames = {{{1, "Letter"},
-                                                                          {3, "Tabloid"},
-                                                                          {4, "Ledger"},
-                                                                          {5, "Legal"},
-                                                                          {6, "Statement"},
-                                                                          {7, "Executive"},
-                                                                          {8, "A3"},
-                                                                          {9, "A4"},
-                                                                          {11, "A5"},
-                                                                          {12, "B4"},
-                                                                          {13, "B5"},
-                                                                          {70, "A6"}}};
-    const auto* found =
-        std::find_if(kNames.begin(), kNames.end(), [&](const auto& name) { return name.first == paperSize; });
-    return found == kNames.end() ? std::to_string(paperSize) : std::string(found->second);
+    const auto* found = std::find_if(kPaperNames.begin(), kPaperNames.end(),
+                                     [&](const auto& name) { return name.first == paperSize; });
+    return found == kPaperNames.end() ? std::to_string(paperSize) : std::string(found->second);
 }
 
 void Append(std::string& text, std::string_view key, std::string_view value) {
@@ -44,6 +50,16 @@ std::string_view Word(const std::array<std::string_view, kCount>& words, Choice 
 }
 
 }  // namespace
+
+std::optional<int> PaperSizeOf(std::string_view text) {
+    const auto* found = std::find_if(kPaperNames.begin(), kPaperNames.end(), [&](const auto& name) {
+        return EqualIgnoringAsciiCase(name.second, text);
+    });
+    if (found != kPaperNames.end()) return found->first;
+    const std::optional<std::int64_t> code = ParseWholeNumber(text, 1, kHighestPaperSize);
+    if (!code) return std::nullopt;
+    return static_cast<int>(*code);
+}
 
 std::string OptionsText(const JobTicket& ticket, std::string_view pageRanges) {
     constexpr std::array<std::string_view, 4> kSides = {"", "one-sided", "two-sided-long-edge",

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -24,6 +25,10 @@ struct JobTicket {
 
     bool operator==(const JobTicket&) const = default;
 };
+
+// The common code of a paper size by its name ("A4", in any capitals), or by the code itself; nothing for any
+// other text.
+std::optional<int> PaperSizeOf(std::string_view text);
 
 // What is asked of the printer, for people: "media=A4 sides=two-sided-long-edge pages=1-3 tray=Upper". Empty
 // when nothing is. The tray comes last, since its name may hold anything.

@@ -27,6 +27,28 @@ TEST(QprSetup, SavesAndShowsPrinterSettings) {
     EXPECT_EQ(shown["driver"], "");
     EXPECT_EQ(shown["message"], "");
     EXPECT_EQ(qpr.Run({"--json", "prs", "show", "default.prs"}).Json()["device"], "Quirepress");
+
+    qpr.m_home.Write("Printers/Label/printer.ini", "PORT;null:\nBIN;258;Upper tray\n");
+    ASSERT_EQ(qpr.Run({"prs",       "save",     "all.prs",    "--printer",    "Label", "--orientation",
+                       "landscape", "--scale",  "71",         "--paper-size", "a4",    "--copies",
+                       "3",         "--duplex", "horizontal", "--color",      "bw",    "--quality",
+                       "high",      "--tray",   "Upper tray"})
+                  .exitCode,
+              0);
+    const nlohmann::json all = {{"orientation", "landscape"},
+                                {"scale", 71},
+                                {"paper_size", 9},
+                                {"copies", 3},
+                                {"color", "bw"},
+                                {"duplex", "horizontal"},
+                                {"quality", "high"},
+                                {"tray", 258},
+                                {"tray_name", "Upper tray"}};
+    EXPECT_EQ(qpr.Run({"--json", "prs", "show", "all.prs"}).Json()["settings"], all);
+    EXPECT_EQ(qpr.Run({"prs", "save", "none.prs", "--printer", "Label", "--tray", "Lower"}).exitCode, 1);
+    for (const char* option : {"--paper-size=Foolscap", "--scale=0", "--color=green"})
+        EXPECT_EQ(qpr.Run({"prs", "save", "none.prs", option}).exitCode, 2) << option;
+    EXPECT_FALSE(qpr.m_work.Has("none.prs"));
 }
 
 TEST(QprSetup, ShowsWhatThereIsOfForeignAndDamagedSettings) {

@@ -227,6 +227,11 @@ TEST_F(PrinterSelectionTest, AppliesPaperItemsOneUponTheOther) {
     std::string message;
     ASSERT_EQ(PortableSetupFormat().ReadTicket(selection.Setup().deviceMode, written, message), 0);
     EXPECT_EQ(written, selection.Ticket());
+    EXPECT_EQ(selection.ApplyItem("0.papercopies").message, "\"0.papercopies\" does not tell what to set.");
+    EXPECT_EQ(
+        selection.ApplyItem("restore.paperorientation").message,
+        "\"restore.paperorientation\" finds nothing to restore: no \"save.paperorientation\" stands above "
+        "it.");
     EXPECT_TRUE(selection.ApplyItem("save.paperorientation").isApplied);
     ASSERT_EQ(selection.DPSetDefaultPrinter("Label"), 0);
     EXPECT_EQ(selection.Ticket(), JobTicket());
