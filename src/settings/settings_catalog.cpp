@@ -11,6 +11,7 @@
 #include "settings/log_options.h"
 #include "settings/misc_options.h"
 #include "settings/print_to_file_options.h"
+#include "settings/separator_options.h"
 
 namespace quirepress {
 
@@ -93,6 +94,8 @@ constexpr CatalogFile<LogCheckOptions> kLogCheck = {
     "log_setup.ini), as its first line. Saving these keys drops that time: such removals are due again only "
     "after printlogcheck.ini was erased and EVERY has gone by. Noting the time drops these keys."};
 constexpr CatalogFile<EmailOptions> kEmail = {EmailKeywords};
+constexpr CatalogFile<SeparatorOptions> kSeparator = {SeparatorKeywords, ApplySeparatorDialogCouplings,
+                                                      IsCoupledSeparatorKey};
 constexpr CatalogFile<BalanceOptions> kBalance = {BalanceKeywords};
 constexpr CatalogFile<ColorPrinterOptions> kColorPrinters = {ColorPrinterKeywords};
 constexpr CatalogFile<PrintToFileOptions> kPrintToFile = {PrintToFileKeywords};
@@ -127,6 +130,7 @@ constexpr std::array kCatalog = {EntryOf<kGeneral>("general"),
                                  EntryOf<kLog>("log"),
                                  EntryOf<kLogCheck>("logcheck"),
                                  EntryOf<kEmail>("email"),
+                                 EntryOf<kSeparator>("separator"),
                                  EntryOf<kBalance>("balance"),
                                  EntryOf<kColorPrinters>("colorprinters"),
                                  EntryOf<kPrintToFile>("printfile"),
