@@ -46,13 +46,25 @@ FileTransfer::End FileTransfer::Attempt() {
     return end;
 }
 
+std::string FileTransfer::DescribeReason() const {
+    return m_obstacle.empty() ? DescribeFileResult(m_reason) : m_obstacle;
+}
+
 // False when there is nothing to bring, or nowhere to bring it.
 bool FileTransfer::PrepareFolder() {
     m_target = JoinPath(m_request.folder, m_request.name);
     m_services.prompts.ShowStatus((m_request.isCopy ? "Copying file to:" : "Moving file to:") + m_target);
     m_reason = FileResult::kMissing;
-    if (!HasSource() || m_request.folder.empty()) return false;
+    m_obstacle.clear();
+    if (m_request.folder.empty()) m_obstacle = "no folder is named";
+    if (!HasSource()) m_obstacle = "the document is not there any more, or is no file";
+    if (!m_obstacle.empty()) return false;
     m_reason = m_services.files.MakeFolders(m_request.folder);
+    if (m_reason != FileResult::kDone) {
+        const bool isTaken = m_reason == FileResult::kExists;
+        m_obstacle = std::string("the folder can't be made: ") +
+                     (isTaken ? "a file has its name" : DescribeFileResult(m_reason));
+    }
     // A folder that may not be made stays so; a volume that is not there may come back.
     m_mayGoBetter =
         m_reason == FileResult::kMissing || (m_reason != FileResult::kNoAccess && MayGoBetterLater(m_reason));

@@ -45,6 +45,7 @@ public:
     End Attempt();                                          // May pump.
     const std::string& Target() const { return m_target; }  // of the last attempt
     FileResult Reason() const { return m_reason; }          // why the last attempt failed
+    std::string DescribeReason() const;                     // for the user, a sentence part
     bool MayGoBetter() const { return m_mayGoBetter; }      // the next one
 
 private:
@@ -64,6 +65,7 @@ private:
     TransferRequest m_request;
     std::string m_target;
     FileResult m_reason = FileResult::kDone;
+    std::string m_obstacle;  // to any attempt; empty: m_reason says it all
     bool m_mayGoBetter = true;
     bool m_isCopied = false;   // to m_target, and the source is still to be erased
     FileFacts m_copiedSource;  // as it was when it was copied

@@ -210,8 +210,7 @@ TransferRequest PostPrint::RequestFor(const Order& order, const MoveTarget& targ
 }
 
 void PostPrint::ReportTransfer(const Order& order, const FileTransfer& transfer, FileTransfer::End end) {
-    Failure failure = {order, "Move Error",      "Move Error",
-                       "",    transfer.Target(), std::string(DescribeFileResult(transfer.Reason()))};
+    Failure failure = {order, "Move Error", "Move Error", "", transfer.Target(), transfer.DescribeReason()};
     const std::string places = Format("%s\nTO:%s%s", order.path, failure.target, kErrorLogHint);
     if (end == FileTransfer::End::kNoVersionLeft) {
         m_services.debugLog.Trace("Sorry same name limit reached message!\r\n");
