@@ -20,6 +20,7 @@ target_compile_definitions(quirepress_qpdf_library INTERFACE POINTERHOLDER_TRANS
 quirepress_find_library(archive archive.h archive)
 quirepress_find_library(deflate libdeflate.h deflate)
 quirepress_find_library(curl curl/curl.h curl)
+quirepress_find_library(expat expat.h expat)
 
 # CUPS is there for the systems that print with it; a program that is built without libcups says so.
 if(NOT WIN32)
@@ -52,6 +53,7 @@ if(WIN32)
         find_library(${library}_LIBRARY NAMES ${library} REQUIRED)
     endforeach()
     target_compile_definitions(quirepress_curl_library INTERFACE CURL_STATICLIB)
+    target_compile_definitions(quirepress_expat_library INTERFACE XML_STATIC)
     target_link_libraries(quirepress_curl_library INTERFACE ws2_32 crypt32 bcrypt normaliz)
     target_link_libraries(quirepress_qpdf_library INTERFACE ${jpeg_LIBRARY} ZLIB::ZLIB)
     target_compile_definitions(quirepress_archive_library INTERFACE LIBARCHIVE_STATIC)

@@ -10,6 +10,7 @@
 #include "backends/shell_print.h"
 #include "backends/viewer_windows.h"
 #include "base/path.h"
+#include "core/pdf_preparation.h"
 #include "core/post_print.h"
 #include "core/print_list.h"
 #include "core/print_run.h"
@@ -70,9 +71,12 @@ Application::Application(Services& services, Prompts& userPrompts, ApplicationRe
         m_prompts = m_unattendedPrompts.get();
     }
     m_debugLog = std::make_unique<DebugLog>();
-    m_pdfWorker = std::make_unique<PdfWorker>(*m_services.processes, *m_services.loop,
+    m_pdfWorker = std::make_unique<PdfWorker>(*m_services.processes, *m_services.loop, files,
                                               m_services.machine->ProgramPath());
     m_pdfCounter = std::make_unique<PdfCounter>(files, *m_pdfWorker);
+    m_preparation = std::make_unique<PdfPreparation>(
+        PdfPreparationServices{files, *m_pdfWorker, *m_pdfWorker, *m_pdfWorker, *m_pdfCounter, *m_debugLog,
+                               m_options, m_request.workingFolder});
     m_list = std::make_unique<PrintList>(PrintListServices{
         files, *m_services.shell, *m_services.clock, *m_services.machine, *m_services.loop, *m_prompts,
         *m_debugLog, *m_pdfCounter, m_options, m_request.workingFolder, m_request.keepLoading});

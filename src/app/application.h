@@ -26,6 +26,7 @@ class HangLog;
 class MailSender;
 class Notifications;
 class PdfCounter;
+class PdfPreparation;
 class PdfWorker;
 class PageColors;
 class PageRenderer;
@@ -128,6 +129,7 @@ private:
     GeneralOptions m_options;
     std::unique_ptr<PdfWorker> m_pdfWorker;
     std::unique_ptr<PdfCounter> m_pdfCounter;
+    std::unique_ptr<PdfPreparation> m_preparation;
     std::unique_ptr<PrintList> m_list;
     EmailOptions m_emailOptions;
     std::unique_ptr<MailSender> m_mailSender;

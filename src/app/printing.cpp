@@ -8,9 +8,11 @@
 #include "backends/queue_watch.h"
 #include "backends/shell_print.h"
 #include "backends/viewer_windows.h"
+#include "core/pdf_preparation.h"
 #include "core/post_print.h"
 #include "core/print_list.h"
 #include "core/print_run.h"
+#include "core/print_run_documents.h"
 #include "core/print_run_scripts.h"
 #include "core/print_run_shell.h"
 #include "core/print_run_ways.h"
@@ -94,12 +96,16 @@ void Application::MakeRun() {
                       *m_printCommands));
     ways.push_back(MakeProcessingWay(*m_processing));
     ways.push_back(MakeSettingsWay(*m_selection));
-    ways.push_back(MakeDirectWay({*m_directPrinter, *m_spooler, *m_watch, *m_debugLog, m_options}));
-    ways.push_back(MakePdfWay({*m_spooler, *m_watch, *m_selection, *m_colorSplit, *m_pdfWorker, files,
-                               *m_debugLog, m_options, m_colorOptions, m_request.workingFolder}));
-    ways.push_back(MakeSpoolerWay(*m_spooler, *m_watch));
-    ways.push_back(MakeShellWay({*m_shellPrinter, *m_list, *m_spooler, *m_watch, *m_services.processes, files,
-                                 loop, *m_debugLog, m_options, m_request.workingFolder}));
+    RunWays documentWays;
+    documentWays.push_back(MakeDirectWay({*m_directPrinter, *m_spooler, *m_watch, *m_debugLog, m_options}));
+    documentWays.push_back(MakeColorWay({*m_spooler, *m_watch, *m_selection, *m_colorSplit, files, m_options,
+                                         m_colorOptions, m_request.workingFolder}));
+    documentWays.push_back(MakeSpoolerWay(*m_spooler, *m_watch));
+    documentWays.push_back(MakeShellWay({*m_shellPrinter, *m_list, *m_spooler, *m_watch, *m_services.processes,
+                                         files, loop, *m_debugLog, *m_preparation, m_options,
+                                         m_request.workingFolder}));
+    ways.push_back(
+        MakeDocumentWay({*m_preparation, files, *m_debugLog, m_options}, std::move(documentWays)));
     m_run = std::make_unique<PrintRun>(PrintRunServices{*m_list,
                                                         *m_spooler,
                                                         files,

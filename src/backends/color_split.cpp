@@ -69,10 +69,7 @@ int ColorSplit::SplitByColor(std::string_view path, std::string_view password,
         pieces = std::move(made);
         return 0;
     }
-    for (const ColorPiece& piece : made) {
-        m_files.Erase(piece.file);
-        m_files.Erase(piece.file + ".part");
-    }
+    for (const ColorPiece& piece : made) m_files.Erase(piece.file);
     message =
         "Can't split " + std::string(FileTitle(path)) + " by colours: " + DescribePdfResult(result) + ".";
     return -1;

@@ -9,6 +9,7 @@
 #include "core/page_range.h"
 #include "core/print_list.h"
 #include "core/print_run_source.h"
+#include "core/processing_defaults.h"
 #include "core/scratch_folder.h"
 #include "documents/pdf_merge.h"
 #include "logs/debug_log.h"
@@ -51,6 +52,7 @@ private:
     int CountRows() const;
     bool AppendRow(int row, PdfMerge& merge, const std::string& scratchFolder);
     PdfResult AddPages(int row, PdfMerge& merge, const std::string& scratchFolder);
+    PageRange RangeOf(int row) const;
     void Untick(int row, std::string_view status);
     void InsertMerged();
     AppendOutcome GiveUp(AppendOutcome::End end);
@@ -143,17 +145,34 @@ bool Appending::AppendRow(int row, PdfMerge& merge, const std::string& scratchFo
 PdfResult Appending::AddPages(int row, PdfMerge& merge, const std::string& scratchFolder) {
     const std::string path(m_list.Text(row, kColumnFilename));
     const std::string& password = m_services.options.m_openPassword;
-    PdfPageRange range;
-    if (!ReadPageRange(m_list.Text(row, kColumnProcessingParameters), range.first, range.last))
-        return merge.Add(path, password);
+    const PageRange range = RangeOf(row);
+    if (range.kind == PageRange::Kind::kNone) return merge.Add(path, password);
+    if (range.kind == PageRange::Kind::kImpossible) return PdfResult::kNoSuchPages;
     const std::string part = JoinPath(scratchFolder, "pages.pdf");
     m_services.files.MakeFolders(scratchFolder);
-    PdfResult result = m_services.pdfPages.ExtractPages(path, password, {range}, part);
+    PdfResult result = m_services.pdfPages.ExtractPages(path, password, {range.pages}, part);
     // Its own file is none that other rows wait for.
     if (result == PdfResult::kNotWritten) return PdfResult::kGaveUp;
     if (result == PdfResult::kDone) result = merge.Add(part, "");
     m_services.files.Erase(part);
     return result;
+}
+
+// As the walk would find it: a row without parameters has those of the last item above that sets some.
+PageRange Appending::RangeOf(int row) const {
+    const PageRange own = FindPageRange(m_list.Text(row, kColumnProcessingParameters),
+                                        m_list.Text(row, kColumnExtraOptions));
+    const bool hasParameters = !m_list.Text(row, kColumnProcessingParameters).empty();
+    if (hasParameters || own.kind != PageRange::Kind::kNone) return own;
+    ProcessingDefaults defaults(m_services.files);
+    for (int above = 0; above < row; ++above) {
+        const std::string item(m_list.Text(above, kColumnFilename));
+        std::string message;
+        if (IsTicked(m_list, above) && KindOfItem(FileTitle(item)) == ItemKind::kCommand &&
+            ProcessingDefaults::TakesItem(item))
+            defaults.ApplyItem(item, message);
+    }
+    return ReadPageRange(defaults.Parameters());
 }
 
 void Appending::Untick(int row, std::string_view status) {

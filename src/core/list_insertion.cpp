@@ -44,8 +44,12 @@ int ListInsertion::Insert(const std::string& path) {
     if (EndsWith(path, "Thumbs.db")) return 1;
     if (m_selectMode == kReplaceCurrentRow) {
         const int row = m_list.CurrentRow();
+        if (row < 0) return 0;
         m_list.SetText(row, kColumnFilename, path);
-        return row >= 0 ? 1 : 0;
+        const FileFacts facts = m_services.files.Inspect(path);
+        m_list.SetText(row, kColumnSizeKb, SizeText(facts));
+        m_list.SetText(row, kColumnPages, PagesText(facts.readable ? m_list.m_pages.CountPages(path) : -1));
+        return 1;
     }
     const ItemKind kind = KindOfItem(path);
     if (kind == ItemKind::kDownload || kind == ItemKind::kSeparator) return InsertRow(path, {});
@@ -119,13 +123,17 @@ std::string ListInsertion::SizeText(const FileFacts& facts) {
     return facts.readable ? Format("%.1lf", static_cast<double>(facts.size) / 1024.0) : std::string();
 }
 
+std::string ListInsertion::PagesText(int pages) {
+    return pages >= 0 ? Format("%5.5d", pages) : "Unknown";
+}
+
 int ListInsertion::InsertRow(const std::string& path, const FileFacts& facts) {
     const int index = m_list.TakeRowIndex();
     const ItemKind kind = KindOfItem(path);
     const bool isFile = kind == ItemKind::kDocument || kind == ItemKind::kCommand;
     const bool isPrintable = facts.readable && facts.size > 0;
     const int pages = facts.readable ? m_list.m_pages.CountPages(path) : -1;
-    const std::string pagesText = pages >= 0 ? Format("%5.5d", pages) : "Unknown";
+    const std::string pagesText = PagesText(pages);
     const std::string status = isFile                         ? StatusOf(path, facts)
                                : kind == ItemKind::kSeparator ? "Separator"
                                                               : "Ready.";

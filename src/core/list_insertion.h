@@ -38,6 +38,7 @@ private:
     bool IsTicked(ItemKind kind, bool isPrintable) const;
     std::string DateText(Instant instant) const;
     static std::string SizeText(const FileFacts& facts);
+    static std::string PagesText(int pages);
 
     // Hands `path` to one of the three below, unless its taking in would not end.
     int InsertContained(const std::string& path, int (ListInsertion::*insert)(const std::string&));

@@ -11,6 +11,7 @@
 #include "base/path.h"
 #include "base/text.h"
 #include "core/job_wait.h"
+#include "core/pdf_preparation.h"
 #include "core/print_list.h"
 #include "core/print_run_source.h"
 #include "core/print_run_ways.h"
@@ -36,13 +37,6 @@ WayResult Failed(std::string_view reason, bool canRetry) {
     result.remark = "Can't Print - " + std::string(reason);
     result.status = "Error - " + result.remark;
     result.canRetry = canRetry;
-    return result;
-}
-
-WayResult StoppedWay() {
-    WayResult result;
-    result.end = WayResult::End::kStopped;
-    result.status = "Error - Stopped, nothing was printed";
     return result;
 }
 
@@ -175,17 +169,22 @@ private:
     }
 
     WayResult PrintDocument(const RunItem& item, WayFeedback& feedback) {
-        const ShellCommand command = m_services.shellPrinter.FindCommand(item.printer, item.path);
+        const ShellCommand command = m_services.shellPrinter.FindCommand(item.printer, item.Source());
         const bool isRetry = std::exchange(m_lastPath, item.path) == item.path;
         m_services.debugLog.Trace(
             "Getting ready to print file: %s, printParameters: %s, retry: %d, action: %s, gs.m_waitBat: "
             "%d\r\n",
             item.path, item.processingParameters, isRetry, "print", m_services.options.m_waitBat);
-        const bool isUsable =
-            command.way != ShellCommand::Way::kNone && command.way != ShellCommand::Way::kBroken;
-        if (isUsable && !HasSignatureOfItsName(m_services.files, item.path)) return Unfit(item.path);
-        return command.way == ShellCommand::Way::kMakesPdf ? PrintAsPdf(command, item, feedback)
-                                                           : PrintByProgram(command, item, feedback);
+        using Way = ShellCommand::Way;
+        const bool isUsable = command.way != Way::kNone && command.way != Way::kBroken;
+        if (isUsable && !HasSignatureOfItsName(m_services.files, item.Source())) return Unfit(item.Source());
+        const bool canChoosePages = command.way == Way::kMakesPdf || command.way == Way::kBroken;
+        if (item.range.kind != PageRange::Kind::kNone && !canChoosePages)
+            return RefusedDocument(
+                "pages can be chosen only of PDF files, and of those that a registered command makes PDFs "
+                "of");
+        return command.way == Way::kMakesPdf ? PrintAsPdf(command, item, feedback)
+                                             : PrintByProgram(command, item, feedback);
     }
 
     static WayResult Unfit(std::string_view path) {
@@ -211,13 +210,21 @@ private:
     WayResult PrintAsPdf(const ShellCommand& command, const RunItem& item, WayFeedback& feedback) {
         feedback.ShowRowStatus("Running");
         const Conversion conversion =
-            Converter().Convert(command.command, item.path, FindUpcoming(command, item),
+            Converter().Convert(command.command, item.Source(), FindUpcoming(command, item),
                                 [&feedback] { return feedback.IsStopped(); });
         if (conversion.end == Conversion::End::kStopped) return StoppedWay();
         if (conversion.end == Conversion::End::kFailed) return Failed(conversion.flaw, true);
+        WayResult result = PrintPdf(conversion.pdf, item, feedback);
+        Converter().Discard(item.Source());
+        return result;
+    }
+
+    WayResult PrintPdf(const std::string& pdf, const RunItem& item, WayFeedback& feedback) {
+        const PreparedPdf pages = m_services.preparation.Prepare(pdf, item.range);
+        if (!pages.flaw.empty()) return RefusedDocument(pages.flaw);
         feedback.ShowRowStatus("Spooling");
-        WayResult result = HandOverDocument(m_services.spooler, m_services.watch, item, conversion.pdf);
-        Converter().Discard(item.path);
+        WayResult result = HandOverDocument(m_services.spooler, m_services.watch, item, pages.file);
+        result.pages = pages.pages > 0 ? pages.pages : m_services.preparation.CountPages(pages.file);
         return result;
     }
 
@@ -243,14 +250,15 @@ private:
     WayResult PrintByProgram(const ShellCommand& command, const RunItem& item, WayFeedback& feedback) {
         ShellPrinter& shell = m_services.shellPrinter;
         m_jobWait.BeginForeignJob(item.printer);
-        const bool isDocumentImage = IsPdf(item.path) || IsTiff(item.path);
-        const ShellStart start = isDocumentImage ? shell.DoShellExecutePDF(command, item.printer, item.path)
-                                                 : shell.DoShellExecute(command, item.printer, item.path);
+        const std::string& path = item.Source();
+        const bool isDocumentImage = IsPdf(path) || IsTiff(path);
+        const ShellStart start = isDocumentImage ? shell.DoShellExecutePDF(command, item.printer, path)
+                                                 : shell.DoShellExecute(command, item.printer, path);
         if (!start.process) return NotStarted(start);
         PrintingProgram program(start, m_services.loop, feedback, command.way == ShellCommand::Way::kPrints);
         if (m_services.options.m_waitBat && IsBatch(command.program))
             program.AwaitEnd(command.command.limitSeconds * 1000LL);
-        const JobWait::End end = m_jobWait.ForForeignJob(item.printer, item.path, program);
+        const JobWait::End end = m_jobWait.ForForeignJob(item.printer, path, program);
         if (feedback.IsStopped() && end != JobWait::End::kSpooled) return StoppedWay();
         if (end == JobWait::End::kSpooled) {
             program.AwaitEnd(kGraceMilliseconds);

@@ -10,6 +10,7 @@ namespace quirepress {
 class DebugLog;
 class EventLoop;
 class Files;
+class PdfPreparation;
 class PrintList;
 class Processes;
 class QueueWatch;
@@ -26,6 +27,7 @@ struct ShellWayServices {
     Files& files;
     EventLoop& loop;
     DebugLog& debugLog;
+    PdfPreparation& preparation;
     const GeneralOptions& options;
     std::string workingFolder;
 };

@@ -44,7 +44,7 @@ public:
     bool Takes(const RunItem& item) override {
         if (item.kind != ItemKind::kDocument) return false;
         m_services.debugLog.Trace("Check for internal printing of file: %s\r\n", item.path);
-        return IsSaidYes(item.printDirect) || IsDirectPrintFile(m_services.options, item.path);
+        return IsSentDirectly(m_services.options, item);
     }
 
     WayResult Process(const RunItem& item, WayFeedback& feedback) override {
@@ -78,7 +78,7 @@ private:
             return !feedback.IsStopped();
         };
         DirectOutcome outcome;
-        const int result = m_services.printer.PrintExtPS(item.printer, item.path, onChunk, outcome);
+        const int result = m_services.printer.PrintExtPS(item.printer, item.Source(), onChunk, outcome);
         if (outcome.stopped) return Stopped(0, 1);
         if (result == -1)
             return DidNotSpool(m_services.spooler, "the printer can't be opened", outcome.systemError);
@@ -102,6 +102,7 @@ private:
         result.end = WayResult::End::kStopped;
         result.status = printed == 0 ? "Error - Stopped, nothing was printed"
                                      : Format("Error - Stopped, printed %d of %d times", printed, times);
+        result.wholeCopies = printed;
         return result;
     }
 
@@ -113,12 +114,13 @@ public:
     SpoolerWay(Spooler& spooler, QueueWatch& watch) : m_spooler(spooler), m_watch(watch) {}
 
     bool Takes(const RunItem& item) override {
-        return item.kind == ItemKind::kDocument && m_spooler.TakesDocument(item.printer, item.path);
+        return item.kind == ItemKind::kDocument && item.range.kind == PageRange::Kind::kNone &&
+               m_spooler.TakesDocument(item.printer, item.Source());
     }
 
     WayResult Process(const RunItem& item, WayFeedback& feedback) override {
         feedback.ShowRowStatus("Spooling");
-        return HandOverDocument(m_spooler, m_watch, item, item.path);
+        return HandOverDocument(m_spooler, m_watch, item, item.Source());
     }
 
 private:
@@ -149,6 +151,10 @@ private:
 
 }  // namespace
 
+bool IsSentDirectly(const GeneralOptions& options, const RunItem& item) {
+    return IsSaidYes(item.printDirect) || IsDirectPrintFile(options, item.Source());
+}
+
 std::unique_ptr<RunWay> MakeSettingsWay(PrinterSelection& selection) {
     return std::make_unique<SettingsWay>(selection);
 }
@@ -172,6 +178,20 @@ WayResult HandOverDocument(Spooler& spooler, const QueueWatch& watch, const RunI
     if (jobId >= 0) return Printed({}, jobId);
     if (jobId == kDocumentUnknown) return Unknown();
     return DidNotSpool(spooler, "the spooler did not take the document", systemError);
+}
+
+WayResult StoppedWay() {
+    WayResult result;
+    result.end = WayResult::End::kStopped;
+    result.status = "Error - Stopped, nothing was printed";
+    return result;
+}
+
+WayResult RefusedDocument(std::string_view reason) {
+    WayResult result;
+    result.remark = "Can't Print - " + std::string(reason);
+    result.status = "Error - " + result.remark;
+    return result;
 }
 
 WayResult NoWayFor(const RunItem& item) {

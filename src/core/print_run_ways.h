@@ -11,7 +11,6 @@ class ColorSplit;
 class DebugLog;
 class DirectPrinter;
 class Files;
-class PdfPages;
 class PrinterSelection;
 class QueueWatch;
 class Spooler;
@@ -29,25 +28,25 @@ struct DirectWayServices {
     const GeneralOptions& options;
 };
 
+// Whether a document is printer-ready, by its name or because its row says so.
+bool IsSentDirectly(const GeneralOptions& options, const RunItem& item);
+
 // Printer-ready files go to the spooler as they are, as often as the row asks for.
 std::unique_ptr<RunWay> MakeDirectWay(const DirectWayServices& services);
 
-struct PdfWayServices {
+struct ColorWayServices {
     Spooler& spooler;
     QueueWatch& watch;
     PrinterSelection& selection;
     ColorSplit& colorSplit;
-    PdfPages& pages;
     Files& files;
-    DebugLog& debugLog;
     const GeneralOptions& options;
     const ColorPrinterOptions& colorOptions;
     std::string workingFolder;
 };
 
-// PDF files of which only some pages are wanted, or whose pages go to two printers. Any other PDF is left to
-// the ways behind.
-std::unique_ptr<RunWay> MakePdfWay(const PdfWayServices& services);
+// PDF files whose pages go to two printers. Any other PDF is left to the ways behind.
+std::unique_ptr<RunWay> MakeColorWay(const ColorWayServices& services);
 
 // Documents that the print system renders, or stores, by itself.
 std::unique_ptr<RunWay> MakeSpoolerWay(Spooler& spooler, QueueWatch& watch);

@@ -111,12 +111,13 @@ RunItem ReadRunItem(const PrintRunServices& services, int row) {
     item.sizeKb = text(kColumnSizeKb);
     item.printDirect = text(kColumnPrintDirect);
     item.processingParameters = text(kColumnProcessingParameters);
-    // A merged file holds just the pages that its rows ask for.
-    const bool takesDefaults = item.kind == ItemKind::kDocument && !IsMergedFile(item.path);
-    if (item.processingParameters.empty() && takesDefaults)
-        item.processingParameters = services.processing.Parameters();
     item.addonParameters = text(kColumnAddonParameters);
     item.extraOptions = text(kColumnExtraOptions);
+    // A merged file holds just the pages that its rows ask for.
+    const bool takesDefaults = item.kind == ItemKind::kDocument && !IsMergedFile(item.path) &&
+                               ReadPageRange(item.extraOptions).kind == PageRange::Kind::kNone;
+    if (item.processingParameters.empty() && takesDefaults)
+        item.processingParameters = services.processing.Parameters();
     item.balancedPrinters = text(kColumnBalancedPrinters);
     return item;
 }

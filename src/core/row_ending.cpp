@@ -20,6 +20,17 @@ namespace {
 
 constexpr int kMostPages = 999'999'999;
 
+// How many came out, or would have; 0 when nobody can tell.
+int PagesOf(const RunItem& item, const WayResult& result, int seenInQueue) {
+    if (result.pages > 0) return result.pages;
+    const auto counted = static_cast<int>(ParseWholeNumber(item.pages, 1, kMostPages).value_or(0));
+    const PageRange range = item.kind == ItemKind::kDocument
+                                ? FindPageRange(item.processingParameters, item.extraOptions)
+                                : PageRange();
+    const int pages = CountPagesIn(range, counted);
+    return pages > 0 ? pages : seenInQueue;
+}
+
 PrintEnd EndOf(const RunMark& mark) {
     if (mark.outcome == RowOutcome::kFailed) return PrintEnd::kFailed;
     return mark.isDoubtful ? PrintEnd::kDoubtful : PrintEnd::kPrinted;
@@ -61,14 +72,12 @@ bool RowEnding::EndRow(const RunItem& item, RowOutcome outcome, const WayResult&
     m_row.UpdatePace();
     RunItem ended = item;
     ended.printer = PrinterOfRun(m_services);
-    const int pages = m_services.watch.TotalPages();
-    const auto counted = ParseWholeNumber(item.pages, 1, kMostPages);
+    const int pages = PagesOf(item, result, m_services.watch.TotalPages());
     std::vector<std::string>& used = m_summary.printers;
     const bool isPrinted = outcome == RowOutcome::kDone && item.kind != ItemKind::kCommand;
     if (isPrinted && std::find(used.begin(), used.end(), ended.printer) == used.end())
         used.push_back(ended.printer);
-    m_services.outcomes.RecordRow(
-        {ended, result, outcome, m_row.Copy(), counted ? static_cast<int>(*counted) : pages});
+    m_services.outcomes.RecordRow({ended, result, outcome, m_row.Copy(), pages});
     if (!m_row.Find()) {
         CountRows(outcome, 1);
         return true;
@@ -90,6 +99,7 @@ void RowEnding::EndAppendedRows(const WayResult& result) {
     const RunMark merged = list.MarkOf(m_row.Index());
     if (merged.outcome == RowOutcome::kNotSelected) return;
     WayResult shared = result;
+    shared.pages = 0;  // each has its own
     if (merged.outcome != OutcomeOf(result)) {
         shared.end = WayResult::End::kFailed;
         shared.status = list.Text(m_row.Index(), kColumnStatus);

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "core/list_item.h"
+#include "core/page_range.h"
 #include "platform/job_ticket.h"
 
 namespace quirepress {
@@ -24,6 +25,10 @@ struct RunItem {
     std::string addonParameters;
     std::string extraOptions;
     std::string balancedPrinters;
+    std::string preparedFile;  // what is printed in place of the file at `path`, which gives it its name
+    PageRange range;           // pages that are still to be chosen from it
+
+    const std::string& Source() const { return preparedFile.empty() ? path : preparedFile; }
 };
 
 struct WayResult {
@@ -34,6 +39,10 @@ struct WayResult {
     std::string remark;
     bool canRetry = false;   // nothing came out, and another attempt may go better
     std::int64_t jobId = 0;  // of the last job, when the print system tells it
+    int pages = 0;           // that were printed, where it is known better than from the row
+    // Those that took it or a part of it, each once, the last of them last; empty: the printer of the item.
+    std::vector<std::string> printers = {};
+    int wholeCopies = 0;  // that came out although the end is no success
 };
 
 // What a way may say and ask while it works.
@@ -56,6 +65,11 @@ public:
 
 // In the order in which a row is offered to them.
 using RunWays = std::vector<std::unique_ptr<RunWay>>;
+
+// Stop came before anything of the row reached a printer.
+WayResult StoppedWay();
+// A document that is refused before anything of it reaches a printer; `reason` is a sentence part.
+WayResult RefusedDocument(std::string_view reason);
 
 // For a row that no way takes.
 WayResult NoWayFor(const RunItem& item);

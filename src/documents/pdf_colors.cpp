@@ -65,11 +65,10 @@ PageColor JudgeSafely(PdfContentColor& content, const Handle& page, const std::f
 PdfResult InspectPdfColors(InputFile& file, std::string_view password, const GreyRule& rule,
                            const std::function<bool()>& isTimeUp, std::vector<PageColor>& pages) {
     try {
-        QPDF pdf;
-        OpenQpdf(pdf, file, password);
+        const std::unique_ptr<QPDF> pdf = OpenQpdf(file, password);
         PdfContentColor content(rule, isTimeUp);
         std::vector<PageColor> colors;
-        for (const Handle& page : pdf.getAllPages()) colors.push_back(JudgeSafely(content, page, isTimeUp));
+        for (const Handle& page : pdf->getAllPages()) colors.push_back(JudgeSafely(content, page, isTimeUp));
         if (colors.empty()) return PdfResult::kUnreadable;
         pages = std::move(colors);
         return PdfResult::kDone;

@@ -43,10 +43,7 @@ PdfResult PdfMerge::Add(std::string_view path, std::string_view password) {
 PdfResult PdfMerge::AddCleaned(std::string_view path, std::string_view password) {
     const std::string cleaned = JoinPath(m_scratchFolder, "cleaned.pdf");
     m_files.MakeFolders(m_scratchFolder);
-    PdfResult result = m_library.ExtractPages(path, password, {kAllPdfPages}, cleaned);
-    // The password is meant for other files: this one may need none.
-    if (result == PdfResult::kWrongPassword && !password.empty())
-        result = m_library.ExtractPages(path, "", {kAllPdfPages}, cleaned);
+    const PdfResult result = m_library.ExtractPages(path, password, {kAllPdfPages}, cleaned);
     if (result != PdfResult::kDone) return result;
     FileResult opened = FileResult::kDone;
     std::unique_ptr<InputFile> file = m_files.OpenForReading(cleaned, opened);

@@ -1,11 +1,9 @@
 #include "documents/pdf_pages.h"
 
 #include <memory>
-#include <qpdf/Pipeline.hh>
 #include <qpdf/QPDF.hh>
 #include <qpdf/QPDFAcroFormDocumentHelper.hh>
 #include <qpdf/QPDFPageDocumentHelper.hh>
-#include <qpdf/QPDFWriter.hh>
 #include <stdexcept>
 
 #include "documents/qpdf_file.h"
@@ -18,30 +16,6 @@ namespace {
 constexpr const char* kForScreens[] = {"/Outlines",  "/StructTreeRoot", "/Names",   "/Dests",
                                        "/Threads",   "/OpenAction",     "/AA",      "/Metadata",
                                        "/PieceInfo", "/PageLabels",     "/PageMode"};
-constexpr std::size_t kBufferSize = std::size_t{256} * 1024;
-
-// The library's destructors may write too, so that a failure is noted, not thrown.
-class FileTarget : public Pipeline {
-public:
-    explicit FileTarget(OutputFile& file) : Pipeline("target", nullptr), m_file(file) {}
-
-    void write(unsigned char const* data, size_t size) override {
-        m_buffer.append(reinterpret_cast<const char*>(data), size);
-        if (m_buffer.size() >= kBufferSize) Flush();
-    }
-    void finish() override { Flush(); }
-    bool HasFailed() const { return m_hasFailed; }
-
-private:
-    void Flush() {
-        m_hasFailed = m_hasFailed || m_file.Write(m_buffer.data(), m_buffer.size()) != FileResult::kDone;
-        m_buffer.clear();
-    }
-
-    OutputFile& m_file;
-    std::string m_buffer;
-    bool m_hasFailed = false;
-};
 
 // A page that is left out may still be named by links and form fields: it stays as an empty one.
 void Strip(QPDFObjectHandle page) {
@@ -87,26 +61,6 @@ bool KeepPages(QPDF& pdf, const std::vector<PdfPageRange>& ranges) {
     return !order.empty();
 }
 
-PdfResult WriteDraft(Files& files, QPDF& pdf, const std::string& draft) {
-    FileResult result = FileResult::kDone;
-    const std::unique_ptr<OutputFile> file =
-        files.OpenForWriting(draft, OpenMode::kReplace, FileAccess::kOwnerOnly, result);
-    if (!file) return PdfResult::kNotWritten;
-    FileTarget target(*file);
-    try {
-        QPDFWriter writer(pdf);
-        writer.setOutputPipeline(&target);
-        writer.setPreserveEncryption(false);
-        writer.setStreamDataMode(qpdf_s_preserve);
-        writer.write();
-    } catch (const std::exception& error) {
-        return ResultOf(error);
-    }
-    const bool isWritten =
-        !target.HasFailed() && file->FlushToDisk() == FileResult::kDone && file->Close() == FileResult::kDone;
-    return isWritten ? PdfResult::kDone : PdfResult::kNotWritten;
-}
-
 }  // namespace
 
 const char* DescribePdfResult(PdfResult result) {
@@ -116,7 +70,7 @@ const char* DescribePdfResult(PdfResult result) {
         case PdfResult::kUnreadable:
             return "the file can't be read as a PDF";
         case PdfResult::kWrongPassword:
-            return "the file is protected by another password";
+            return "the file is protected by a password that is not known (USEOPENPASSWORD)";
         case PdfResult::kNoSuchPages:
             return "the file doesn't have these pages";
         case PdfResult::kNotWritten:
@@ -131,20 +85,12 @@ PdfResult ExtractPdfPages(Files& files, std::string_view path, std::string_view 
     FileResult opened = FileResult::kDone;
     const std::unique_ptr<InputFile> file = files.OpenForReading(path, opened);
     if (!file) return PdfResult::kUnreadable;
-    const std::string draft = std::string(target) + ".part";
-    PdfResult result = PdfResult::kDone;
     try {
-        QPDF pdf;
-        OpenQpdf(pdf, *file, password);
-        result = KeepPages(pdf, ranges) ? WriteDraft(files, pdf, draft) : PdfResult::kNoSuchPages;
+        const std::unique_ptr<QPDF> pdf = OpenQpdf(*file, password);
+        return KeepPages(*pdf, ranges) ? WriteQpdf(files, *pdf, target) : PdfResult::kNoSuchPages;
     } catch (const std::exception& error) {
-        result = ResultOf(error);
+        return ResultOf(error);
     }
-    if (result == PdfResult::kNoSuchPages) return result;
-    if (result == PdfResult::kDone && files.Rename(draft, target, true) != FileResult::kDone)
-        result = PdfResult::kNotWritten;
-    if (result != PdfResult::kDone) files.Erase(draft);
-    return result;
 }
 
 }  // namespace quirepress

@@ -37,14 +37,18 @@ public:
     virtual PdfResult InspectColors(std::string_view path, std::string_view password, int tolerance,
                                     std::vector<PageColor>& pages) = 0;
     // Writes these pages in this order as a PDF of their own, without a password, with all that printing
-    // needs. `target` is replaced by the complete file, or stays as it was; its folder may keep a draft,
-    // "TARGET.part", only where the worker was ended.
+    // needs. `target` is replaced by the complete file, or stays as it was.
     virtual PdfResult ExtractPages(std::string_view path, std::string_view password,
                                    const std::vector<PdfPageRange>& ranges, std::string_view target) = 0;
 };
 
 // All pages, for any file.
 constexpr PdfPageRange kAllPdfPages = {1, 0};
+
+// Where a new PDF is written until it is complete.
+inline std::string DraftOfPdf(std::string_view target) {
+    return std::string(target) + ".part";
+}
 
 // In this process.
 PdfResult ExtractPdfPages(Files& files, std::string_view path, std::string_view password,

@@ -6,6 +6,7 @@
 #include "documents/pdf_worker_messages.h"
 #include "documents/qpdf_library.h"
 #include "platform/event_loop.h"
+#include "platform/files.h"
 #include "platform/processes.h"
 #include "platform/terminal.h"
 
@@ -14,9 +15,11 @@ namespace {
 
 constexpr std::size_t kMostAnswer = 64;
 constexpr std::size_t kMostPages = 10'000'000;
+constexpr std::size_t kMostFilling = std::size_t{1} << 20;
+constexpr long long kTimesForNewFile = 10;
 constexpr int kLongestPause = 20;  // milliseconds between two looks for an answer
 
-std::string AnswerTo(QpdfLibrary& library, const std::string& line) {
+std::string AnswerTo(Files& files, QpdfLibrary& library, const std::string& line) {
     PdfWorkerRequest request;
     if (!ParseRequest(line, request)) return FormatAnswer(-1);
     std::vector<PageColor> pages;
@@ -24,6 +27,11 @@ std::string AnswerTo(QpdfLibrary& library, const std::string& line) {
     switch (request.task) {
         case PdfWorkerRequest::Task::kCount:
             return FormatAnswer(library.CountPages(request.path, request.full, request.password));
+        case PdfWorkerRequest::Task::kFill: {
+            FormFilling filling;
+            result = FillPdfForm(files, request.path, request.password, request.target, filling);
+            return FormatFilling(result, filling);
+        }
         case PdfWorkerRequest::Task::kColors:
             result = library.InspectColors(request.path, request.password, request.tolerance, pages);
             break;
@@ -36,8 +44,9 @@ std::string AnswerTo(QpdfLibrary& library, const std::string& line) {
 
 }  // namespace
 
-PdfWorker::PdfWorker(Processes& processes, EventLoop& loop, std::string program, PdfWorkerLimits limits)
-    : m_processes(processes), m_loop(loop), m_program(std::move(program)), m_limits(limits) {}
+PdfWorker::PdfWorker(Processes& processes, EventLoop& loop, Files& files, std::string program,
+                     PdfWorkerLimits limits)
+    : m_processes(processes), m_loop(loop), m_files(files), m_program(std::move(program)), m_limits(limits) {}
 
 PdfWorker::~PdfWorker() = default;
 
@@ -67,7 +76,26 @@ PdfResult PdfWorker::ExtractPages(std::string_view path, std::string_view passwo
     request.ranges = ranges;
     request.target = target;
     std::vector<PageColor> none;
-    return AskForResult(request, 10LL * m_limits.milliseconds, none);
+    const PdfResult result = AskForResult(request, kTimesForNewFile * m_limits.milliseconds, none);
+    if (result == PdfResult::kGaveUp) EraseDraft(target);
+    return result;
+}
+
+PdfResult PdfWorker::FillForm(std::string_view data, std::string_view password, std::string_view target,
+                              FormFilling& filling) {
+    PdfWorkerRequest request{std::string(data), false, std::string(password), PdfWorkerRequest::Task::kFill};
+    request.target = target;
+    PdfResult result = PdfResult::kGaveUp;
+    const auto read = [&](std::string_view answer) { return ParseFilling(answer, result, filling); };
+    if (Ask(request, kTimesForNewFile * m_limits.milliseconds, kMostFilling, read)) return result;
+    EraseDraft(target);
+    filling.flaw = DescribePdfResult(PdfResult::kGaveUp);
+    return PdfResult::kGaveUp;
+}
+
+// A process that was ended leaves it behind.
+void PdfWorker::EraseDraft(std::string_view target) {
+    m_files.Erase(DraftOfPdf(target));
 }
 
 PdfResult PdfWorker::AskForResult(const PdfWorkerRequest& request, long long milliseconds,
@@ -126,7 +154,7 @@ int RunPdfWorker(Files& files, Terminal& terminal) {
     QpdfLibrary library(files);
     std::string line;
     while (terminal.ReadLine(line))
-        if (!terminal.WriteOutput(AnswerTo(library, line) + "\n")) return 1;
+        if (!terminal.WriteOutput(AnswerTo(files, library, line) + "\n")) return 1;
     return 0;
 }
 

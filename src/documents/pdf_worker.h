@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "documents/pdf_counter.h"
+#include "documents/pdf_forms.h"
 #include "documents/pdf_pages.h"
 
 namespace quirepress {
@@ -26,10 +27,11 @@ struct PdfWorkerLimits {
 // The PDF library in a process of its own, which is started when it is first needed and serves one file
 // after the other. When it hangs, dies, takes too much or answers nonsense, it is ended, that file's count
 // is -1 (its result kGaveUp), and the next file gets a new one.
-class PdfWorker : public PdfLibrary, public PdfPages {
+class PdfWorker : public PdfLibrary, public PdfPages, public PdfForms {
 public:
     // `program` is started with the argument "pdf-worker" and then does RunPdfWorker().
-    PdfWorker(Processes& processes, EventLoop& loop, std::string program, PdfWorkerLimits limits = {});
+    PdfWorker(Processes& processes, EventLoop& loop, Files& files, std::string program,
+              PdfWorkerLimits limits = {});
     ~PdfWorker() override;
 
     // They may pump, and may be called again from there: such a call has a process of its own.
@@ -38,6 +40,8 @@ public:
                             std::vector<PageColor>& pages) override;
     PdfResult ExtractPages(std::string_view path, std::string_view password,
                            const std::vector<PdfPageRange>& ranges, std::string_view target) override;
+    PdfResult FillForm(std::string_view data, std::string_view password, std::string_view target,
+                       FormFilling& filling) override;
 
 private:
     // False when there was no answer that `read` takes.
@@ -45,12 +49,14 @@ private:
              const std::function<bool(std::string_view)>& read);
     PdfResult AskForResult(const PdfWorkerRequest& request, long long milliseconds,
                            std::vector<PageColor>& pages);
+    void EraseDraft(std::string_view target);
     std::unique_ptr<ChildProcess> StartProcess();
     bool WaitForAnswer(ChildProcess& process, long long milliseconds, std::size_t mostAnswer,
                        std::string& answer);
 
     Processes& m_processes;
     EventLoop& m_loop;
+    Files& m_files;
     std::string m_program;
     PdfWorkerLimits m_limits;
     std::unique_ptr<ChildProcess> m_idle;  // a started process that waits for a request

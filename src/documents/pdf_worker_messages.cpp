@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <limits>
+#include <utility>
 #include <vector>
 
 #include "base/numbers.h"
@@ -14,8 +15,10 @@ constexpr std::string_view kQuick = "quick";
 constexpr std::string_view kFull = "full";
 constexpr std::string_view kColors = "colors";
 constexpr std::string_view kExtract = "extract";
+constexpr std::string_view kFill = "fill";
 constexpr std::string_view kPages = "pages ";
 constexpr std::string_view kResult = "result ";
+constexpr std::string_view kFilled = "filled ";
 constexpr std::string_view kColorLetters = "muc";  // in the order of PageColor
 constexpr int kHighestPage = std::numeric_limits<int>::max();
 constexpr std::string_view kHexDigits = "0123456789abcdef";
@@ -49,6 +52,13 @@ bool ReadNumber(std::string_view text, int lowest, int highest, int& number) {
     return value && std::to_string(number) == text;
 }
 
+bool ReadResult(std::string_view text, PdfResult& result) {
+    int number = 0;
+    const bool isRead = ReadNumber(text, 0, static_cast<int>(PdfResult::kGaveUp), number);
+    if (isRead) result = static_cast<PdfResult>(number);
+    return isRead;
+}
+
 // "1-3,7-7"
 std::string FormatRanges(const std::vector<PdfPageRange>& ranges) {
     std::string text;
@@ -80,6 +90,7 @@ std::string FormatRequest(const PdfWorkerRequest& request) {
     if (request.task == Task::kExtract)
         return std::string(kExtract) + file + ' ' + ToHex(request.target) + ' ' +
                FormatRanges(request.ranges);
+    if (request.task == Task::kFill) return std::string(kFill) + file + ' ' + ToHex(request.target);
     return std::string(request.full ? kFull : kQuick) + file;
 }
 
@@ -95,6 +106,10 @@ bool ParseRequest(std::string_view line, PdfWorkerRequest& request) {
     if (words[0] == kExtract && words.size() == 5) {
         request.task = PdfWorkerRequest::Task::kExtract;
         return FromHex(words[3], request.target) && ParseRanges(words[4], request.ranges);
+    }
+    if (words[0] == kFill && words.size() == 4) {
+        request.task = PdfWorkerRequest::Task::kFill;
+        return FromHex(words[3], request.target);
     }
     request.task = PdfWorkerRequest::Task::kCount;
     return words.size() == 3 && (words[0] == kQuick || words[0] == kFull);
@@ -120,14 +135,36 @@ std::string FormatResult(PdfResult result, const std::vector<PageColor>& pages) 
 
 bool ParseResult(std::string_view line, PdfResult& result, std::vector<PageColor>& pages) {
     const std::vector<std::string_view> words = SplitAt(line, ' ');
-    int number = 0;
     if (words.size() != 3 || !StartsWith(line, kResult) ||
-        !ReadNumber(words[1], 0, static_cast<int>(PdfResult::kGaveUp), number) ||
-        words[2].find_first_not_of(kColorLetters) != std::string_view::npos)
+        words[2].find_first_not_of(kColorLetters) != std::string_view::npos || !ReadResult(words[1], result))
         return false;
-    result = static_cast<PdfResult>(number);
     pages.clear();
     for (const char letter : words[2]) pages.push_back(static_cast<PageColor>(kColorLetters.find(letter)));
+    return true;
+}
+
+std::string FormatFilling(PdfResult result, const FormFilling& filling) {
+    std::string line = std::string(kFilled) + std::to_string(static_cast<int>(result)) + ' ' +
+                       ToHex(filling.form) + ' ' + ToHex(filling.flaw) + ' ';
+    for (std::size_t i = 0; i < filling.unknownFields.size(); ++i)
+        line += (i == 0 ? "" : ",") + ToHex(filling.unknownFields[i]);
+    return line;
+}
+
+bool ParseFilling(std::string_view line, PdfResult& result, FormFilling& filling) {
+    const std::vector<std::string_view> words = SplitAt(line, ' ');
+    FormFilling read;
+    PdfResult number = PdfResult::kDone;
+    if (words.size() != 5 || !StartsWith(line, kFilled) || !ReadResult(words[1], number) ||
+        !FromHex(words[2], read.form) || !FromHex(words[3], read.flaw))
+        return false;
+    for (const std::string_view name : SplitAt(words[4], ',')) {
+        std::string bytes;
+        if (!FromHex(name, bytes)) return false;
+        if (!bytes.empty()) read.unknownFields.push_back(std::move(bytes));
+    }
+    result = number;
+    filling = std::move(read);
     return true;
 }
 

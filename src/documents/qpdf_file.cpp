@@ -5,12 +5,15 @@
 #include <memory>
 #include <qpdf/InputSource.hh>
 #include <qpdf/QPDFExc.hh>
+#include <qpdf/QPDFWriter.hh>
 #include <stdexcept>
 
 #include "platform/files.h"
 
 namespace quirepress {
 namespace {
+
+constexpr std::size_t kBufferSize = std::size_t{256} * 1024;
 
 // An open file as libqpdf reads it. A failed read throws, as the library's own sources do.
 class FileSource : public InputSource {
@@ -85,11 +88,74 @@ private:
     std::size_t m_limit;
 };
 
+// The library's destructors may write too, so that a failure is noted, not thrown.
+class FileTarget : public Pipeline {
+public:
+    explicit FileTarget(OutputFile& file) : Pipeline("target", nullptr), m_file(file) {}
+
+    void write(unsigned char const* data, size_t size) override {
+        m_buffer.append(reinterpret_cast<const char*>(data), size);
+        if (m_buffer.size() >= kBufferSize) Flush();
+    }
+    void finish() override { Flush(); }
+    bool HasFailed() const { return m_hasFailed; }
+
+private:
+    void Flush() {
+        m_hasFailed = m_hasFailed || m_file.Write(m_buffer.data(), m_buffer.size()) != FileResult::kDone;
+        m_buffer.clear();
+    }
+
+    OutputFile& m_file;
+    std::string m_buffer;
+    bool m_hasFailed = false;
+};
+
+PdfResult WriteDraft(Files& files, QPDF& pdf, const std::string& draft) {
+    FileResult result = FileResult::kDone;
+    const std::unique_ptr<OutputFile> file =
+        files.OpenForWriting(draft, OpenMode::kReplace, FileAccess::kOwnerOnly, result);
+    if (!file) return PdfResult::kNotWritten;
+    FileTarget target(*file);
+    try {
+        QPDFWriter writer(pdf);
+        writer.setOutputPipeline(&target);
+        writer.setPreserveEncryption(false);
+        writer.setStreamDataMode(qpdf_s_preserve);
+        writer.write();
+    } catch (const std::exception& error) {
+        return ResultOf(error);
+    }
+    const bool isWritten =
+        !target.HasFailed() && file->FlushToDisk() == FileResult::kDone && file->Close() == FileResult::kDone;
+    return isWritten ? PdfResult::kDone : PdfResult::kNotWritten;
+}
+
+std::unique_ptr<QPDF> OpenWith(InputFile& file, std::string_view password) {
+    auto pdf = std::make_unique<QPDF>();
+    pdf->setSuppressWarnings(true);
+    pdf->processInputSource(std::make_shared<FileSource>(file), std::string(password).c_str());
+    return pdf;
+}
+
 }  // namespace
 
-void OpenQpdf(QPDF& pdf, InputFile& file, std::string_view password) {
-    pdf.setSuppressWarnings(true);
-    pdf.processInputSource(std::make_shared<FileSource>(file), std::string(password).c_str());
+std::unique_ptr<QPDF> OpenQpdf(InputFile& file, std::string_view password) {
+    try {
+        return OpenWith(file, password);
+    } catch (const QPDFExc& error) {
+        if (password.empty() || error.getErrorCode() != qpdf_e_password) throw;
+        return OpenWith(file, "");
+    }
+}
+
+PdfResult WriteQpdf(Files& files, QPDF& pdf, std::string_view target) {
+    const std::string draft = DraftOfPdf(target);
+    PdfResult result = WriteDraft(files, pdf, draft);
+    if (result == PdfResult::kDone && files.Rename(draft, target, true) != FileResult::kDone)
+        result = PdfResult::kNotWritten;
+    if (result != PdfResult::kDone) files.Erase(draft);
+    return result;
 }
 
 PdfResult ResultOf(const std::exception& error) {

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <exception>
+#include <memory>
 #include <qpdf/Pipeline.hh>
 #include <qpdf/QPDF.hh>
 #include <string>
@@ -11,10 +12,16 @@
 
 namespace quirepress {
 
+class Files;
 class InputFile;
 
-// Opens `pdf` on a file, which must outlive it. Throws what the library throws.
-void OpenQpdf(QPDF& pdf, InputFile& file, std::string_view password);
+// Opens a file, which must outlive what is answered. A file that needs no password is opened whatever
+// `password` is, which may be meant for others. Throws what the library throws.
+std::unique_ptr<QPDF> OpenQpdf(InputFile& file, std::string_view password);
+
+// Writes the document without a password, its streams as they are. `target` is replaced by the complete file,
+// or stays as it was.
+PdfResult WriteQpdf(Files& files, QPDF& pdf, std::string_view target);
 
 // What an exception of the library means.
 PdfResult ResultOf(const std::exception& error);

@@ -49,9 +49,8 @@ PdfResult QpdfLibrary::InspectColors(std::string_view path, std::string_view pas
 
 long long CountPagesByQpdf(InputFile& file, bool full, std::string_view password) {
     try {
-        QPDF pdf;
-        OpenQpdf(pdf, file, password);
-        return CountPages(pdf, full, file.Size());
+        const std::unique_ptr<QPDF> pdf = OpenQpdf(file, password);
+        return CountPages(*pdf, full, file.Size());
     } catch (const std::exception&) {
         return -1;
     }

@@ -63,10 +63,7 @@ public:
                            std::string_view target) override {
         const std::string title = std::string(target.substr(target.find_last_of("/\\") + 1));
         extracted.push_back(Format("%d-%d %s", ranges[0].first, ranges[0].last, title));
-        if (extracted.size() == failsAt) {
-            m_folder.Write("Temp/" + title + ".part", "half");
-            return PdfResult::kGaveUp;
-        }
+        if (extracted.size() == failsAt) return PdfResult::kGaveUp;
         m_folder.Write("Temp/" + title, "piece");
         return PdfResult::kDone;
     }
@@ -140,7 +137,9 @@ TEST_F(ColorSplitTest, WhatFailsLeavesNothingBehind) {
     EXPECT_EQ(pieces.size(), 1U) << "as they were";
     pdf.result = PdfResult::kWrongPassword;
     EXPECT_EQ(Split("guess"), -1);
-    EXPECT_EQ(message, "Can't split report.v2.pdf by colours: the file is protected by another password.");
+    EXPECT_EQ(message,
+              "Can't split report.v2.pdf by colours: the file is protected by a password that is not known "
+              "(USEOPENPASSWORD).");
     EXPECT_EQ(pdf.extracted.size(), 3U);
 }
 

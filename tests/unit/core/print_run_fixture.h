@@ -18,9 +18,11 @@
 #include "backends/viewer_windows.h"
 #include "base/path.h"
 #include "base/text.h"
+#include "core/pdf_preparation.h"
 #include "core/post_print.h"
 #include "core/print_list.h"
 #include "core/print_run.h"
+#include "core/print_run_documents.h"
 #include "core/print_run_ways.h"
 #include "core/processing_defaults.h"
 #include "core/run_downloads.h"
@@ -30,6 +32,7 @@
 #include "documents/page_colors.h"
 #include "documents/page_renderer.h"
 #include "documents/pdf_counter.h"
+#include "documents/pdf_forms.h"
 #include "fakes/fake_app_windows.h"
 #include "fakes/fake_clock.h"
 #include "fakes/fake_event_loop.h"
@@ -49,9 +52,9 @@
 namespace quirepress {
 
 // One page each; for a splitting, as many as there are letters in `colors`: "c" colour, "m" none.
-class StagePdfs : public PdfLibrary, public PdfPages {
+class StagePdfs : public PdfLibrary, public PdfPages, public PdfForms {
 public:
-    long long CountPages(std::string_view, bool, std::string_view) override { return 1; }
+    long long CountPages(std::string_view, bool, std::string_view) override { return opens ? 1 : -1; }
     PdfResult InspectColors(std::string_view, std::string_view, int, std::vector<PageColor>& pages) override {
         for (const char c : colors) pages.push_back(c == 'c' ? PageColor::kColor : PageColor::kMono);
         return colors.empty() ? PdfResult::kUnreadable : PdfResult::kDone;
@@ -61,10 +64,19 @@ public:
         std::string text;
         for (const PdfPageRange& range : ranges)
             text += std::to_string(range.first) + "-" + std::to_string(range.last);
-        std::ofstream(std::string(target)) << text;
-        return PdfResult::kDone;
+        if (extracted == PdfResult::kDone) std::ofstream(std::string(target)) << text;
+        return extracted;
+    }
+    PdfResult FillForm(std::string_view data, std::string_view, std::string_view target,
+                       FormFilling& filling) override {
+        filling = filled;
+        std::ofstream(std::string(target)) << "filled by " << FileTitle(data);
+        return filled.flaw.empty() ? PdfResult::kDone : PdfResult::kUnreadable;
     }
     std::string colors;
+    bool opens = true;  // without a password
+    PdfResult extracted = PdfResult::kDone;
+    FormFilling filled;
 };
 
 // Also has files that this user may not read, and pipes, by their names.
@@ -188,10 +200,12 @@ public:
         RunWays ways;
         ways.push_back(MakeProcessingWay(processing));
         ways.push_back(MakeSettingsWay(selection));
-        ways.push_back(MakeDirectWay({directPrinter, spooler, watch, debugLog, options}));
-        ways.push_back(MakePdfWay({spooler, watch, selection, colorSplit, pdfs, files, debugLog, options,
-                                   colorOptions, WithTrailingSeparator(folder.Path())}));
-        ways.push_back(MakeSpoolerWay(spooler, watch));
+        RunWays documentWays;
+        documentWays.push_back(MakeDirectWay({directPrinter, spooler, watch, debugLog, options}));
+        documentWays.push_back(MakeColorWay({spooler, watch, selection, colorSplit, files, options,
+                                             colorOptions, WithTrailingSeparator(folder.Path())}));
+        documentWays.push_back(MakeSpoolerWay(spooler, watch));
+        ways.push_back(MakeDocumentWay({preparation, files, debugLog, options}, std::move(documentWays)));
         return ways;
     }
 
@@ -207,6 +221,8 @@ public:
     ErrorLog errorLog{files, clock, folder.PathOf("error.log")};
     StagePdfs pdfs;
     PdfCounter pdfCounter{files, pdfs};
+    PdfPreparation preparation{
+        {files, pdfs, pdfs, pdfs, pdfCounter, debugLog, options, WithTrailingSeparator(folder.Path())}};
     PageRenderer renderer{*services.processes, loop, files};
     PageColors pageColors{pdfs, renderer, loop, files, folder.Path()};
     ColorSplit colorSplit{pageColors, pdfs, files};

@@ -70,7 +70,7 @@ protected:
     PrintCommandFile commands{SettingsPlace{files, prompts, WithTrailingSeparator(folder.Path())}};
     ShellPrinter shellPrinter{{shell, processes, files, spooler, commands, debugLog, options}};
     std::unique_ptr<RunWay> way = MakeShellWay({shellPrinter, list, spooler, watch, processes, files, loop,
-                                                debugLog, options, WithTrailingSeparator(folder.Path())});
+                                                debugLog, preparation, options, WithTrailingSeparator(folder.Path())});
     std::unique_ptr<RunWay> scripts =
         MakeScriptWay({shell, processes, loop, clock, debugLog}, files, commands);
 };

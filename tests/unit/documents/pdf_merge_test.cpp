@@ -192,7 +192,7 @@ TEST_F(PdfMergeTest, TheLibraryOpensWhatIsProtectedOrDamaged) {
                     "secret"),
               PdfResult::kDone);
     EXPECT_EQ(DescribePages(Merged()), "0 0 1 2 0 1 2 0 ");
-    EXPECT_EQ(library.m_calls, 3) << "the first one needs another password than the one given";
+    EXPECT_EQ(library.m_calls, 2);
     EXPECT_EQ(Merge({pdf.substr(0, pdf.rfind("startxref"))}), PdfResult::kDone)
         << "nothing tells where to begin";
     EXPECT_EQ(DescribePages(Merged()), "0 1 2 ");

@@ -82,9 +82,11 @@ class PdfWorkerTest : public testing::Test {
 protected:
     long long Count(std::string_view path = "a.pdf") { return worker.CountPages(path, false, ""); }
 
+    const TemporaryFolder folder;
     StandInProcesses processes;
     FakeEventLoop loop;
-    PdfWorker worker{processes, loop, "/opt/qpr", {5'000, 1 << 20}};
+    Services services = MakeSystemServices();
+    PdfWorker worker{processes, loop, *services.files, "/opt/qpr", {5'000, 1 << 20}};
 };
 
 TEST_F(PdfWorkerTest, OneProcessServesManyFiles) {
@@ -143,9 +145,34 @@ TEST_F(PdfWorkerTest, ColoursAndNewFilesAreAskedForInTheSameWay) {
     }
     const long long start = loop.MonotonicMilliseconds();
     processes.answer = [](const PdfWorkerRequest&) { return ""s; };
-    EXPECT_EQ(worker.ExtractPages("/a.pdf", "", {kAllPdfPages}, "/b.pdf"), PdfResult::kGaveUp);
+    const std::string target = folder.PathOf("b.pdf");
+    folder.Write("b.pdf.part", "half");
+    EXPECT_EQ(worker.ExtractPages("/a.pdf", "", {kAllPdfPages}, target), PdfResult::kGaveUp);
+    EXPECT_FALSE(folder.Has("b.pdf.part")) << "its process is gone";
     EXPECT_LT(loop.MonotonicMilliseconds() - start, 50'100);
     EXPECT_EQ(processes.alive, 0);
+}
+
+TEST_F(PdfWorkerTest, FormsAreFilledInTheSameWay) {
+    FormFilling filling;
+    processes.answer = [](const PdfWorkerRequest&) {
+        FormFilling answer{"a b.pdf", "why\n not", {"x,y", "\xFF"}};
+        return FormatFilling(PdfResult::kUnreadable, answer) + "\n";
+    };
+    EXPECT_EQ(worker.FillForm("/a.fdf", "pw", "/b c.pdf", filling), PdfResult::kUnreadable);
+    EXPECT_EQ(processes.requests[0].target, "/b c.pdf");
+    EXPECT_EQ(processes.requests[0].password, "pw");
+    EXPECT_EQ(filling.form, "a b.pdf");
+    EXPECT_EQ(filling.flaw, "why\n not");
+    EXPECT_EQ(filling.unknownFields, (std::vector<std::string>{"x,y", "\xFF"}));
+    for (const std::string& bad : {"filled 0\n"s, "filled 9   \n"s, "filled 0  6  \n"s, "filled 0   6g\n"s,
+                                   "result 0 \n"s, "filled 0   !"s, ""s}) {
+        processes.answer = [&](const PdfWorkerRequest&) { return bad; };
+        folder.Write("b.pdf.part", "half");
+        EXPECT_EQ(worker.FillForm("/a.fdf", "", folder.PathOf("b.pdf"), filling), PdfResult::kGaveUp) << bad;
+        EXPECT_EQ(filling.flaw, "the file takes too long, or too much memory");
+        EXPECT_FALSE(folder.Has("b.pdf.part"));
+    }
 }
 
 TEST_F(PdfWorkerTest, AHungProcessIsGivenUpInTime) {

@@ -5,12 +5,9 @@
 #include "backends/printer_selection.h"
 #include "backends/queue_watch.h"
 #include "base/format.h"
-#include "core/page_range.h"
 #include "core/print_run_source.h"
 #include "core/print_run_ways.h"
 #include "core/scratch_folder.h"
-#include "documents/pdf_pages.h"
-#include "logs/debug_log.h"
 #include "platform/spooler.h"
 #include "settings/color_printer_options.h"
 #include "settings/general_options.h"
@@ -19,57 +16,35 @@ namespace quirepress {
 
 namespace {
 
-WayResult Refused(const std::string& reason) {
-    WayResult result;
-    result.status = "Error - Can't Print - " + reason;
-    result.remark = "Can't Print - " + reason;
-    return result;
-}
-
-class PdfWay : public RunWay {
+class ColorWay : public RunWay {
 public:
-    explicit PdfWay(const PdfWayServices& services) : m_services(services) {}
+    explicit ColorWay(const ColorWayServices& services) : m_services(services) {}
 
     bool Takes(const RunItem& item) override {
-        if (item.kind != ItemKind::kDocument || !IsPdf(item.path)) return false;
-        m_services.debugLog.Trace("Checking for pre-processing: %s, processing params: '%s'\r\n", item.path,
-                                  item.processingParameters);
-        int first = 0;
-        int last = 0;
-        const bool isWorkedOn =
-            m_services.colorOptions.m_split || ReadPageRange(item.processingParameters, first, last);
-        return isWorkedOn && m_services.spooler.TakesDocument(item.printer, item.path);
+        return item.kind == ItemKind::kDocument && m_services.colorOptions.m_split && IsPdf(item.Source()) &&
+               m_services.spooler.TakesDocument(item.printer, item.Source());
     }
 
     WayResult Process(const RunItem& item, WayFeedback& feedback) override {
-        m_services.debugLog.Trace("PDF - Pre processing file: %s\r\n", item.path);
         feedback.ShowRowStatus("Pre processing file:");
-        const ScratchFolder scratch(m_services.files, m_services.options, m_services.workingFolder, "Pages");
-        std::string path = item.path;
-        PdfPageRange range;
-        if (ReadPageRange(item.processingParameters, range.first, range.last)) {
-            path = scratch.Path() + "/pages.pdf";
-            m_services.files.MakeFolders(scratch.Path());
-            const PdfResult extracted =
-                m_services.pages.ExtractPages(item.path, m_services.options.m_openPassword, {range}, path);
-            if (extracted != PdfResult::kDone) return Refused(DescribePdfResult(extracted));
-        }
+        const ScratchFolder scratch(m_services.files, m_services.options, m_services.workingFolder, "Colors");
         std::vector<ColorPiece> pieces;
         std::string message;
-        if (!m_services.colorOptions.m_split)
-            pieces.push_back({path, true, 1, 1, false});
-        else if (m_services.colorSplit.SplitByColor(path, m_services.options.m_openPassword,
-                                                    m_services.colorOptions, scratch.Path(), pieces,
-                                                    message) != 0)
-            return Refused(message);
+        // What needs a password has been prepared.
+        if (m_services.colorSplit.SplitByColor(item.Source(), "", m_services.colorOptions, scratch.Path(),
+                                               pieces, message) != 0)
+            return RefusedDocument(message);
         // Sets, not each part so many times.
         RunItem once = item;
         const int copies = pieces.size() > 1 ? std::max(1, item.ticket.copies) : 1;
         if (pieces.size() > 1) once.ticket.copies = JobTicket().copies;
         WayResult result;
+        std::vector<std::string> printers;
         for (int copy = 1; copy <= copies; ++copy) {
-            result = PrintPieces(once, pieces, feedback);
+            result = PrintPieces(once, pieces, feedback, printers);
+            result.printers = printers;
             if (result.end == WayResult::End::kPrinted) continue;
+            result.wholeCopies = copy - 1;
             if (copy > 1 && result.status != kStatusUnknown) {
                 result.status = Format("Error - Printed %d of %d times", copy - 1, copies);
                 result.canRetry = false;
@@ -81,7 +56,8 @@ public:
 
 private:
     // A document of which a part has come out is never offered again.
-    WayResult PrintPieces(const RunItem& item, const std::vector<ColorPiece>& pieces, WayFeedback& feedback) {
+    WayResult PrintPieces(const RunItem& item, const std::vector<ColorPiece>& pieces, WayFeedback& feedback,
+                          std::vector<std::string>& printers) {
         WayResult result;
         std::size_t printed = 0;
         for (const ColorPiece& piece : pieces) {
@@ -89,7 +65,7 @@ private:
                 result.end = WayResult::End::kStopped;
                 result.status = "Error - Stopped, nothing was printed";
             } else {
-                result = PrintPiece(item, piece, feedback);
+                result = PrintPiece(item, piece, feedback, printers);
             }
             if (result.end != WayResult::End::kPrinted) break;
             ++printed;
@@ -100,15 +76,20 @@ private:
         return result;
     }
 
-    WayResult PrintPiece(const RunItem& item, const ColorPiece& piece, WayFeedback& feedback) {
+    // Its printer joins those that have got a part.
+    WayResult PrintPiece(const RunItem& item, const ColorPiece& piece, WayFeedback& feedback,
+                         std::vector<std::string>& printers) {
         RunItem part = item;
         std::string message;
-        if (m_services.colorOptions.m_split && !SelectPrinter(piece.isColor, part, message))
-            return Refused(message);
-        if (!m_services.spooler.TakesDocument(part.printer, part.path))
-            return Refused("the printer \"" + part.printer + "\" takes no PDF files");
+        if (!SelectPrinter(piece.isColor, part, message)) return RefusedDocument(message);
+        if (!m_services.spooler.TakesDocument(part.printer, part.Source()))
+            return RefusedDocument("the printer \"" + part.printer + "\" takes no PDF files");
         feedback.ShowRowStatus("Spooling");
-        return HandOverDocument(m_services.spooler, m_services.watch, part, piece.file);
+        WayResult result = HandOverDocument(m_services.spooler, m_services.watch, part, piece.file);
+        if (result.end != WayResult::End::kPrinted && result.status != kStatusUnknown) return result;
+        printers.erase(std::remove(printers.begin(), printers.end(), part.printer), printers.end());
+        printers.push_back(part.printer);
+        return result;
     }
 
     // The run's own printer and settings stay current.
@@ -126,13 +107,13 @@ private:
         return true;
     }
 
-    PdfWayServices m_services;
+    ColorWayServices m_services;
 };
 
 }  // namespace
 
-std::unique_ptr<RunWay> MakePdfWay(const PdfWayServices& services) {
-    return std::make_unique<PdfWay>(services);
+std::unique_ptr<RunWay> MakeColorWay(const ColorWayServices& services) {
+    return std::make_unique<ColorWay>(services);
 }
 
 }  // namespace quirepress
