@@ -20,7 +20,7 @@ constexpr const char* kErrorTitle = "Email Error!";
 constexpr const char* kTestTitle = "Email Test";
 // Longer than a server needs that answers at all.
 constexpr long long kSlowMilliseconds = 5'000;
-constexpr long long kLeftAloneMilliseconds = 5 * 60'000;
+constexpr long long kLeftAloneMilliseconds = 300'000;
 
 struct NoticeKind {
     const char* subject;
