@@ -118,6 +118,7 @@ PdfFormFields::Setting PdfFormFields::Set(const FormData::Field& data, bool isTr
     if (found == m_fields.end()) return Setting::kUnknown;
     Field& field = found->second;
     const std::string type = Helper(field.holder).getFieldType();
+    if (type == "/Btn" && (FlagsOf(field.holder) & kPushButton) != 0) return Setting::kDone;  // it has none
     bool isDone = false;
     if (type == "/Tx")
         isDone = SetText(field, data, flaw);
@@ -167,7 +168,6 @@ bool PdfFormFields::SetChoices(Field& field, const FormData::Field& data, std::s
 
 // Check boxes, and buttons of which one is on.
 bool PdfFormFields::SetButton(Field& field, const FormData::Field& data, std::string& flaw) {
-    if ((FlagsOf(field.holder) & kPushButton) != 0) return true;
     const std::string value = data.values.empty() ? "" : data.values[0];
     const std::vector<Choice> choices = ChoicesOf(field.holder);
     const bool isOff = value.empty() || "/" + value == kOff;
@@ -203,8 +203,7 @@ bool PdfFormFields::Draw(std::string& flaw) {
             return false;
         }
         for (Handle widget : field.widgets) {
-            const QPDFAnnotationObjectHelper helper(widget);
-            const int flags = QPDFAnnotationObjectHelper(helper).getFlags();
+            const int flags = QPDFAnnotationObjectHelper(widget).getFlags();
             if (field.isSet && (flags & (an_invisible | an_hidden)) == 0)
                 widget.replaceKey("/F", Handle::newInteger(flags | an_print));
         }
