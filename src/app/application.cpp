@@ -17,6 +17,7 @@
 #include "core/processing_defaults.h"
 #include "core/run_downloads.h"
 #include "core/run_outcomes.h"
+#include "core/run_separators.h"
 #include "core/run_snapshot.h"
 #include "core/scratch_folder.h"
 #include "documents/page_colors.h"
@@ -27,6 +28,7 @@
 #include "logs/error_log.h"
 #include "logs/hang_log.h"
 #include "logs/print_log.h"
+#include "logs/transfer_logs.h"
 #include "logs/unattended_prompts.h"
 #include "platform/app_windows.h"
 #include "platform/clock.h"
@@ -71,6 +73,8 @@ Application::Application(Services& services, Prompts& userPrompts, ApplicationRe
         m_prompts = m_unattendedPrompts.get();
     }
     m_debugLog = std::make_unique<DebugLog>();
+    m_transferLogs =
+        std::make_unique<TransferLogs>(files, *m_services.clock, *m_debugLog, m_request.workingFolder);
     m_pdfWorker = std::make_unique<PdfWorker>(*m_services.processes, *m_services.loop, files,
                                               m_services.machine->ProgramPath());
     m_pdfCounter = std::make_unique<PdfCounter>(files, *m_pdfWorker);
@@ -85,6 +89,7 @@ Application::Application(Services& services, Prompts& userPrompts, ApplicationRe
     MakeNotifications();
     LoadBalanceOptions(m_balanceOptions, Settings());
     LoadColorPrinterOptions(m_colorOptions, Settings());
+    LoadSeparatorOptions(m_separatorOptions, Settings());
     m_pageRenderer = std::make_unique<PageRenderer>(*m_services.processes, *m_services.loop, files);
     m_pageColors = std::make_unique<PageColors>(*m_pdfWorker, *m_pageRenderer, *m_services.loop, files,
                                                 TemporaryFolderOf(m_options, m_request.workingFolder));

@@ -12,6 +12,7 @@
 #include "settings/email_options.h"
 #include "settings/general_options.h"
 #include "settings/print_to_file_options.h"
+#include "settings/separator_options.h"
 #include "settings/settings_file.h"
 
 namespace quirepress {
@@ -43,10 +44,12 @@ class PrinterSelection;
 class Prompts;
 class QueueWatch;
 class RunDownloads;
+class RunSeparators;
 class RunOutcomes;
 class RunSnapshot;
 class ShellPrinter;
 class Spooler;
+class TransferLogs;
 class ViewerWindows;
 struct TransferPlace;
 
@@ -100,6 +103,7 @@ public:
     Notifications& Notices() { return *m_notifications; }
     // $SSL_CERT_FILE names the certificates that are trusted instead of the system's.
     TransferPlace Transfers();
+    TransferLogs& TransferRecords() { return *m_transferLogs; }
 
     // After OpenSpooler.
     Spooler& PrintSpooler() { return *m_spooler; }
@@ -126,6 +130,7 @@ private:
     std::unique_ptr<Prompts> m_unattendedPrompts;
     Prompts* m_prompts;
     std::unique_ptr<DebugLog> m_debugLog;
+    std::unique_ptr<TransferLogs> m_transferLogs;
     GeneralOptions m_options;
     std::unique_ptr<PdfWorker> m_pdfWorker;
     std::unique_ptr<PdfCounter> m_pdfCounter;
@@ -139,6 +144,7 @@ private:
     std::unique_ptr<DirectPrinter> m_directPrinter;
     BalanceOptions m_balanceOptions;
     ColorPrinterOptions m_colorOptions;
+    SeparatorOptions m_separatorOptions;
     std::unique_ptr<PageRenderer> m_pageRenderer;
     std::unique_ptr<PageColors> m_pageColors;
     std::unique_ptr<ColorSplit> m_colorSplit;
@@ -158,6 +164,7 @@ private:
     std::unique_ptr<RunOutcomes> m_outcomes;
     std::unique_ptr<ProcessingDefaults> m_processing;
     std::unique_ptr<RunDownloads> m_downloads;
+    std::unique_ptr<RunSeparators> m_separators;
     std::unique_ptr<PrintRun> m_run;
 };
 

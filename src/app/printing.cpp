@@ -19,6 +19,7 @@
 #include "core/processing_defaults.h"
 #include "core/run_downloads.h"
 #include "core/run_outcomes.h"
+#include "core/run_separators.h"
 #include "core/run_snapshot.h"
 #include "documents/page_colors.h"
 #include "documents/pdf_worker.h"
@@ -48,7 +49,8 @@ void Application::MakePrinting() {
     m_selection = std::make_unique<PrinterSelection>(PrinterSelectionServices{
         *m_spooler, files, loop, *m_prompts, *m_debugLog, m_options, m_request.workingFolder});
     m_watch = std::make_unique<QueueWatch>(*m_spooler, files, *m_prompts, *m_debugLog, m_options);
-    m_balance = std::make_unique<PrinterBalance>(*m_spooler, loop, *m_prompts, *m_debugLog, m_balanceOptions);
+    m_balance =
+        std::make_unique<PrinterBalance>(*m_spooler, files, loop, *m_prompts, *m_debugLog, m_balanceOptions);
     m_printCommands = std::make_unique<PrintCommandFile>(Settings());
     m_shellPrinter = std::make_unique<ShellPrinter>(
         ShellPrinterServices{*m_services.shell, *m_services.processes, files, *m_spooler, *m_printCommands,
@@ -83,8 +85,11 @@ void Application::MakeOutcomes() {
         RunOutcomeServices{files, clock, loop, *m_services.machine, *m_prompts, *m_printLog, *m_errorLog,
                            *m_postPrint, *m_notifications, m_options, m_request.workingFolder});
     m_processing = std::make_unique<ProcessingDefaults>(files);
-    m_downloads = std::make_unique<RunDownloads>(
-        RunDownloadServices{files, *m_prompts, Transfers(), m_options, m_request.workingFolder});
+    m_downloads = std::make_unique<RunDownloads>(RunDownloadServices{
+        files, clock, *m_prompts, *m_transferLogs, Transfers(), m_options, m_request.workingFolder});
+    m_separators = std::make_unique<RunSeparators>(
+        RunSeparatorServices{*m_list, files, clock, *m_services.machine, loop, *m_debugLog, *m_spooler,
+                             *m_selection, m_options, m_separatorOptions, m_request.workingFolder});
 }
 
 void Application::MakeRun() {
@@ -96,16 +101,15 @@ void Application::MakeRun() {
                       *m_printCommands));
     ways.push_back(MakeProcessingWay(*m_processing));
     ways.push_back(MakeSettingsWay(*m_selection));
-    RunWays documentWays;
-    documentWays.push_back(MakeDirectWay({*m_directPrinter, *m_spooler, *m_watch, *m_debugLog, m_options}));
-    documentWays.push_back(MakeColorWay({*m_spooler, *m_watch, *m_selection, *m_colorSplit, files, m_options,
-                                         m_colorOptions, m_request.workingFolder}));
-    documentWays.push_back(MakeSpoolerWay(*m_spooler, *m_watch));
-    documentWays.push_back(MakeShellWay({*m_shellPrinter, *m_list, *m_spooler, *m_watch, *m_services.processes,
-                                         files, loop, *m_debugLog, *m_preparation, m_options,
-                                         m_request.workingFolder}));
-    ways.push_back(
-        MakeDocumentWay({*m_preparation, files, *m_debugLog, m_options}, std::move(documentWays)));
+    RunWays documents;
+    documents.push_back(MakeDirectWay({*m_directPrinter, *m_spooler, *m_watch, *m_debugLog, m_options}));
+    documents.push_back(MakeColorWay({*m_spooler, *m_watch, *m_selection, *m_colorSplit, files, m_options,
+                                      m_colorOptions, m_request.workingFolder}));
+    documents.push_back(MakeSpoolerWay(*m_spooler, *m_watch));
+    documents.push_back(
+        MakeShellWay({*m_shellPrinter, *m_list, *m_spooler, *m_watch, *m_services.processes, files, loop,
+                      *m_debugLog, *m_preparation, m_options, m_request.workingFolder}));
+    ways.push_back(MakeDocumentWay({*m_preparation, files, *m_debugLog, m_options}, std::move(documents)));
     m_run = std::make_unique<PrintRun>(PrintRunServices{*m_list,
                                                         *m_spooler,
                                                         files,
@@ -119,6 +123,7 @@ void Application::MakeRun() {
                                                         *m_viewers,
                                                         *m_processing,
                                                         *m_downloads,
+                                                        *m_separators,
                                                         *m_outcomes,
                                                         *m_hangLog,
                                                         m_options,

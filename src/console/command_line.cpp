@@ -102,6 +102,7 @@ int RunConsole(Services& services, std::vector<std::string> arguments) {
     DefineShellCommands(commands);
     DefineSettingsCommands(commands);
     DefineMergeCommands(commands);
+    DefineSeparatorCommand(commands);
     DefineLogCommands(commands);
     DefineNotifyCommands(commands);
     DefineInternalCommands(commands);

@@ -34,6 +34,7 @@ void DefineQueueVerdict(CommandSet& commands, CLI::App& queue);  // queue verdic
 void DefineShellCommands(CommandSet& commands);                  // command
 void DefineLogCommands(CommandSet& commands);
 void DefineMergeCommands(CommandSet& commands);
+void DefineSeparatorCommand(CommandSet& commands);
 void DefineNotifyCommands(CommandSet& commands);    // notify, download
 void DefineInternalCommands(CommandSet& commands);  // reference, pdf-worker: not shown in the help
 

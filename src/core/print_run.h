@@ -23,6 +23,7 @@ class PrinterSelection;
 class Prompts;
 class QueueWatch;
 class RunDownloads;
+class RunSeparators;
 class RunOutcomes;
 class RunSnapshot;
 class RunWay;
@@ -79,6 +80,7 @@ struct PrintRunServices {
     ViewerWindows& viewers;
     ProcessingDefaults& processing;
     RunDownloads& downloads;
+    RunSeparators& separators;
     RunOutcomes& outcomes;
     HangLog& hangLog;
     const GeneralOptions& options;
@@ -121,8 +123,10 @@ private:
     RunSummary WalkWithPrinter(const CutOffRun* cutOff);
     void FinishRun(bool wasStopped);
     bool HasWork();
+    RunSummary TellMissedRows();
     void ForgetEarlierRuns();
     AppendOutcome AppendRows();
+    int TellFailedAppends();
     bool MayForgetCutOffRun();
     bool IsBalanced(const CutOffRun* cutOff) const;
     void TakeUpSetUp(const CutOffRun& cutOff);

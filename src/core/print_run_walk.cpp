@@ -9,6 +9,7 @@
 #include "core/print_run_source.h"
 #include "core/processing_defaults.h"
 #include "core/run_outcomes.h"
+#include "core/run_separators.h"
 #include "core/run_snapshot.h"
 #include "logs/debug_log.h"
 #include "platform/event_loop.h"
@@ -96,9 +97,13 @@ long long RunWalk::CountPlannedPrints() const {
 }
 
 bool RunWalk::WalkOnce() {
+    m_services.separators.BeginWalk();
     for (int row = FindNextRow(); row >= 0; row = FindNextRow()) {
         m_row.Begin(row);
-        if (!m_row.KeepGoing()) return false;
+        if (!m_row.KeepGoing()) {
+            m_row.PutBack();
+            return false;
+        }
         if (m_row.Find()) ProcessRow();
     }
     return !m_row.IsStopped();
@@ -163,6 +168,7 @@ void RunWalk::PrintRow(RunItem item, const WayResult& obstacle) {
     if (isGood) {
         if (!m_row.Pause(options.m_pauseBefore, true)) {
             m_row.ShowRowStatus(m_statusBefore);
+            m_row.PutBack();
             return;
         }
         if (!m_row.Find()) return;  // it was taken from the list meanwhile

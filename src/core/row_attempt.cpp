@@ -1,13 +1,18 @@
 #include "core/row_attempt.h"
 
+#include <utility>
+
 #include "backends/balance.h"
 #include "backends/printer_selection.h"
 #include "backends/viewer_windows.h"
+#include "base/format.h"
 #include "base/text.h"
 #include "core/print_list.h"
 #include "core/print_run_source.h"
 #include "core/run_downloads.h"
+#include "core/run_outcomes.h"
 #include "logs/debug_log.h"
+#include "platform/prompts.h"
 #include "settings/general_options.h"
 
 namespace quirepress {
@@ -20,6 +25,7 @@ RowAttempt::RowAttempt(const PrintRunServices& services, const RunWays& ways, Ro
       m_jobWait(services.watch, services.loop, services.debugLog, services.options) {}
 
 WayResult RowAttempt::Print(RunItem& item) {
+    m_separated.clear();
     WayResult result = Attempt(item);
     if (MayRetry(item, result) && m_row.KeepGoing()) {
         m_row.ShowRowStatus("Retrying...");
@@ -59,6 +65,7 @@ WayResult RowAttempt::Download(RunItem& item) {
 
 // A row that names balanced printers goes to one of them even in a run without balancing.
 WayResult RowAttempt::AttemptBalanced(RunItem item) {
+    if (item.kind == ItemKind::kSeparator) return PrintSeparator(RunSeparators::Place::kBefore);
     if (item.kind == ItemKind::kCommand || !(m_isBalanced || !item.balancedPrinters.empty()))
         return AttemptDocument(item);
     m_services.debugLog.Trace("Load balancing\r\n");
@@ -87,6 +94,10 @@ WayResult RowAttempt::AttemptDocument(const RunItem& item) {
     if (!result.status.empty()) return result;
     if (item.kind == ItemKind::kDocument) {
         if (m_row.Find()) m_services.list.MarkOf(m_row.Index()).source = {facts.size, facts.written};
+        // An attempt that goes to another printer needs its own.
+        if (std::exchange(m_separated, item.printer) != item.printer)
+            PrintSeparatorIfDue(RunSeparators::Place::kBefore);
+        if (m_row.IsStopped()) return StoppedWay();
         m_row.ShowRowStatus("Printing file:");
     }
     const bool isSettings = EndsWith(item.path, ".prs") || EndsWith(item.path, ".printer");
@@ -94,9 +105,41 @@ WayResult RowAttempt::AttemptDocument(const RunItem& item) {
     result = OfferToWays(item);
     if (result.status == kStatusDidNotSpool) m_services.debugLog.Trace("Can't Print - did not spool\r\n");
     const bool isPrinted = result.end == WayResult::End::kPrinted;
-    if (isPrinted) m_jobWait.ForAcceptedJob(item.printer, item.path, result.jobId, m_row);
+    const std::string& printer = result.printers.empty() ? item.printer : result.printers.back();
+    if (isPrinted) m_jobWait.ForAcceptedJob(printer, item.path, result.jobId, m_row);
+    if (isPrinted && item.kind == ItemKind::kDocument) {
+        PrintSeparatorIfDue(RunSeparators::Place::kAfter);
+        if (m_row.Find()) m_services.separators.NotePrinted(m_row.Index());
+    }
     m_services.debugLog.Trace("g_didspool: %d and g_bError: %d\r\n", isPrinted, !isPrinted);
     return result;
+}
+
+WayResult RowAttempt::PrintSeparator(RunSeparators::Place place) {
+    RunItem item;
+    std::string message;
+    WayResult result;
+    const int row = m_row.Index();
+    if (m_services.separators.Prepare(place, row, m_row, item, message)) {
+        m_row.ShowRowStatus("Spooling separator:" + item.path);
+        result = FindSourceObstacle(item, InspectSource(m_services.files, item));
+        if (result.status.empty()) result = OfferToWays(item);
+        message = result.remark.empty() ? result.status : result.remark;
+    }
+    if (result.end == WayResult::End::kPrinted) m_services.separators.AwaitClear(item, result.jobId, m_row);
+    if (result.end != WayResult::End::kFailed) return result;
+    result.remark = Format("%s%s %s", kSeparatorFailed, item.path, message);
+    if (result.status != kStatusUnknown) result.status = "Print Error";
+    return result;
+}
+
+// A document is printed without its separator rather than not at all.
+void RowAttempt::PrintSeparatorIfDue(RunSeparators::Place place) {
+    if (!m_row.Find() || !m_services.separators.IsDue(place, m_row.Index())) return;
+    const WayResult result = PrintSeparator(place);
+    if (result.end != WayResult::End::kFailed) return;
+    m_services.outcomes.RecordError(kSeparatorText, PrinterOfRun(m_services), result.remark);
+    if (!std::exchange(m_hasToldSeparator, true)) m_services.prompts.ShowBox("Print Error", result.remark);
 }
 
 WayResult RowAttempt::OfferToWays(const RunItem& item) {

@@ -3,14 +3,17 @@
 #include <memory>
 #include <vector>
 
+#include <string>
+
 #include "core/job_wait.h"
 #include "core/row_at_work.h"
+#include "core/run_separators.h"
 #include "core/run_way.h"
 
 namespace quirepress {
 
-// Prints the row at work: fetches it where it is a download, chooses a balanced printer, offers it to the
-// ways in their order, and waits for its job.
+// Prints the row at work, with the separators around it: fetches it where it is a download, chooses a
+// balanced printer, offers it to the ways in their order, and waits for its job.
 class RowAttempt {
 public:
     RowAttempt(const PrintRunServices& services, const RunWays& ways, RowAtWork& row, bool isBalanced);
@@ -25,6 +28,8 @@ private:
     WayResult Download(RunItem& item);
     WayResult AttemptBalanced(RunItem item);
     WayResult AttemptDocument(const RunItem& item);
+    WayResult PrintSeparator(RunSeparators::Place place);
+    void PrintSeparatorIfDue(RunSeparators::Place place);
     WayResult OfferToWays(const RunItem& item);
 
     const PrintRunServices& m_services;
@@ -32,6 +37,8 @@ private:
     RowAtWork& m_row;
     bool m_isBalanced;
     JobWait m_jobWait;
+    std::string m_separated;          // printer that has got the separator before the row
+    bool m_hasToldSeparator = false;  // that one failed
 };
 
 }  // namespace quirepress

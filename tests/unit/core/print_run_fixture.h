@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <memory>
@@ -28,6 +29,7 @@
 #include "core/run_downloads.h"
 #include "core/run_notices.h"
 #include "core/run_outcomes.h"
+#include "core/run_separators.h"
 #include "core/run_snapshot.h"
 #include "documents/page_colors.h"
 #include "documents/page_renderer.h"
@@ -44,10 +46,12 @@
 #include "logs/error_log.h"
 #include "logs/hang_log.h"
 #include "logs/print_log.h"
+#include "logs/transfer_logs.h"
 #include "platform/files.h"
 #include "platform/services.h"
 #include "settings/color_printer_options.h"
 #include "settings/general_options.h"
+#include "settings/separator_options.h"
 
 namespace quirepress {
 
@@ -144,6 +148,7 @@ public:
                viewers,
                processing,
                downloads,
+               separators,
                outcomes,
                hangLog,
                options,
@@ -180,6 +185,17 @@ public:
         return titles;
     }
     std::string ErrorRecords() const { return folder.Read("error.log"); }
+    // The report of this ending, and that it is the only one.
+    std::string ReportText(std::string_view ending) const {
+        std::string text;
+        for (const auto& entry : std::filesystem::directory_iterator(folder.PathOf("Reports"))) {
+            const std::string name = entry.path().filename().string();
+            if (!EndsWith(name, ending)) continue;
+            EXPECT_TRUE(text.empty()) << "another report: " << name;
+            text = folder.Read("Reports/" + name);
+        }
+        return text;
+    }
     std::string DebugLines() const { return folder.Read("qpr.log"); }
     // Runs `action` once, in the first pump in which `when` holds.
     void InPump(std::function<bool()> when, std::function<void()> action) {
@@ -233,7 +249,7 @@ public:
         {spooler, files, loop, prompts, debugLog, options, WithTrailingSeparator(folder.Path())}};
     QueueWatch watch{spooler, files, prompts, debugLog, options};
     BalanceOptions balanceOptions;
-    PrinterBalance balance{spooler, loop, prompts, debugLog, balanceOptions};
+    PrinterBalance balance{spooler, files, loop, prompts, debugLog, balanceOptions};
     RunSnapshot snapshot{files, WithTrailingSeparator(folder.Path())};
     PrintLog printLog{files, clock, prompts, debugLog, folder.PathOf(kPrintLogName)};
     HangLog hangLog{files, clock, folder.PathOf(kHangLogName)};
@@ -245,7 +261,12 @@ public:
     FakeAppWindows windows;
     ViewerWindows viewers{windows, loop, options};
     ProcessingDefaults processing{files};
-    RunDownloads downloads{{files, prompts, {loop, ""}, options, WithTrailingSeparator(folder.Path())}};
+    TransferLogs transferLogs{files, clock, debugLog, WithTrailingSeparator(folder.Path())};
+    RunDownloads downloads{
+        {files, clock, prompts, transferLogs, {loop, ""}, options, WithTrailingSeparator(folder.Path())}};
+    SeparatorOptions separatorOptions;
+    RunSeparators separators{{list, files, clock, *services.machine, loop, debugLog, spooler, selection,
+                              options, separatorOptions, WithTrailingSeparator(folder.Path())}};
     RunRecorder recorder;
     PrintRun run;
 };

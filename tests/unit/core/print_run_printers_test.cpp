@@ -82,7 +82,10 @@ TEST_F(PrintRunPrintersTest, PdfPagesGoToTheColourPrinterAndTheOtherInTheirOrder
     ItemTexts range;
     range.processingParameters = "-s2|-e3";
     AddFile("b.pdf", "%PDF", range);
-    EXPECT_EQ(run.OnButtonPrint().done, 2);
+    const RunSummary summary = run.OnButtonPrint();
+    EXPECT_EQ(summary.done, 2);
+    EXPECT_THAT(summary.printers, ElementsAre("Laser", "Plotter"));
+    EXPECT_THAT(folder.Read(kPrintLogName), HasSubstr("\tLaser, Plotter "));
     EXPECT_THAT(Sent(), ElementsAre("a.pdf>Plotter", "a.pdf>Laser", "a.pdf>Plotter", "b.pdf>Plotter",
                                     "b.pdf>Laser", "b.pdf>Plotter"));
     EXPECT_EQ(spooler.Sent().at(1).bytes, "2-3");
@@ -149,6 +152,53 @@ TEST_F(PrintRunPrintersTest, ACutOffRunIsTakenUpWhereItWas) {
     EXPECT_EQ(summary.done, 3);
     EXPECT_EQ(summary.failed, 1);
     EXPECT_THAT(ErrorRecords(), HasSubstr("b.ps"));
+}
+
+TEST_F(PrintRunPrintersTest, SeparatorsStandAroundTheirDocuments) {
+    folder.Write("cover.ps", "[FILENAME1]+[FILENAME2]+[FILENAME3];[PAGES]");
+    folder.Write("end.ps", "end");
+    folder.MakeFolder("x");
+    folder.MakeFolder("y");
+    separatorOptions.m_generateOnTheFly = separatorOptions.m_printOnDirChangeOnly = true;
+    separatorOptions.m_templateFileName = "cover.ps";
+    separatorOptions.m_separatorFileName = "made.ps";
+    separatorOptions.m_separatorFileNameAfter = folder.PathOf("end.ps");
+    separatorOptions.m_printOnDirChangeOnlyAfter = true;
+    AddFiles({"x/a.ps", "x/b.ps", "y/c.ps"});
+    std::vector<std::string> made;
+    recorder.onFinished = [&](const RunProgress&) { made.push_back(folder.Read("made.ps")); };
+    EXPECT_EQ(run.OnButtonPrint().done, 3);
+    EXPECT_EQ(Printed(), (TextList{"made.ps", "a.ps", "b.ps", "end.ps", "made.ps", "c.ps", "end.ps"}));
+    EXPECT_EQ(made.at(0), "a.ps+b.ps+[FILENAME3];0");
+    EXPECT_EQ(made.at(2), "c.ps+[FILENAME2]+[FILENAME3];0");
+
+    // Where they are asked for, rows of the list stand for what is below them.
+    separatorOptions.m_requestedOnly = true;
+    list.Clear();
+    AddItem(kSeparatorText);
+    AddFiles({"x/a.ps", "y/c.ps"});
+    AddItem(kSeparatorText);
+    AddFiles({"x/b.ps"});
+    made.clear();
+    EXPECT_EQ(run.OnButtonPrint().done, 5);
+    EXPECT_EQ(made.at(0), "a.ps+c.ps+[FILENAME3];0");
+    EXPECT_EQ(made.at(3), "b.ps+[FILENAME2]+[FILENAME3];0");
+    EXPECT_THAT(folder.Read(kPrintLogName), testing::Not(HasSubstr("eparator")));
+}
+
+TEST_F(PrintRunPrintersTest, ADocumentIsPrintedWithoutTheSeparatorThatFails) {
+    options.m_errorLog = true;
+    separatorOptions.m_generateOnTheFly = true;
+    separatorOptions.m_templateFileName = "none.ps";
+    AddFiles({"a.ps", "b.ps"});
+    AddItem(kSeparatorText);
+    const RunSummary summary = run.OnButtonPrint();
+    EXPECT_EQ(Statuses(), (TextList{"Done", "Done", "Print Error"}));
+    EXPECT_EQ(summary.failed, 1);
+    ASSERT_EQ(prompts.boxes.size(), 1U);
+    EXPECT_THAT(prompts.boxes[0].text, HasSubstr("Error spooling seperator page file:"));
+    EXPECT_THAT(prompts.boxes[0].text, HasSubstr("Can't read template file."));
+    EXPECT_THAT(folder.Read("error.log"), HasSubstr("Error spooling seperator page file:"));
 }
 
 }  // namespace

@@ -1,0 +1,74 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "core/run_way.h"
+
+namespace quirepress {
+
+class Clock;
+class DebugLog;
+class EventLoop;
+class Files;
+class Machine;
+class PrinterSelection;
+class PrintList;
+class Spooler;
+struct GeneralOptions;
+struct SeparatorOptions;
+
+struct RunSeparatorServices {
+    PrintList& list;
+    Files& files;
+    Clock& clock;
+    Machine& machine;
+    EventLoop& loop;
+    DebugLog& debugLog;
+    Spooler& spooler;
+    const PrinterSelection& selection;
+    const GeneralOptions& options;
+    const SeparatorOptions& separators;
+    std::string workingFolder;
+};
+
+// The separators of a run: when one is due, and what it is.
+class RunSeparators {
+public:
+    enum class Place { kBefore, kAfter };
+
+    explicit RunSeparators(RunSeparatorServices services);
+
+    // Each walk over the list begins with a folder that nothing was printed from.
+    void BeginWalk() { m_folder.clear(), m_hasFolder = false; }
+    // Whether the options want one there without a row that asks for it; `row` is a document of the list that
+    // is printed now.
+    bool IsDue(Place place, int row) const;
+    void NotePrinted(int row);
+
+    // Makes `item` the document of the separator of this row, which is a document or a separator row; its
+    // printer and its ticket may be others. False when there is none, with the reason.
+    bool Prepare(Place place, int row, WayFeedback& feedback, RunItem& item, std::string& message);
+    // Until the separator's job has left the queue, so that nothing overtakes it; where the options want it,
+    // and not longer than they allow. May pump.
+    void AwaitClear(const RunItem& item, std::int64_t jobId, const WayFeedback& feedback);
+
+private:
+    struct Set;
+
+    Set SetOf(Place place) const;
+    std::string SeparatorPath(const Set& set) const;
+    std::vector<int> RowsOfSet(Place place, int row, const Set& set) const;
+    int NextDocument(int row, int step) const;
+    bool IsQueued(const std::string& printer, std::int64_t jobId);
+
+    RunSeparatorServices m_services;
+    std::string m_folder;  // of the document that was printed last
+    bool m_hasFolder = false;
+};
+
+constexpr std::string_view kSeparatorFailed = "Error spooling seperator page file:";
+
+}  // namespace quirepress
