@@ -26,8 +26,8 @@ need() {
     as_root apt-get -qq install -y --no-install-recommends "${missing[@]}" >/dev/null
 }
 
-build_packages=(g++ cmake ninja-build ccache libqpdf-dev libarchive-dev libdeflate-dev zlib1g-dev libfmt-dev
-    libcli11-dev nlohmann-json3-dev libcups2-dev libcurl4-openssl-dev ca-certificates pkgconf libglib2.0-dev libx11-dev)
+build_packages=(g++ cmake ninja-build ccache libqpdf-dev libarchive-dev libdeflate-dev libexpat1-dev zlib1g-dev
+    libfmt-dev libcli11-dev nlohmann-json3-dev libcups2-dev libcurl4-openssl-dev ca-certificates pkgconf libglib2.0-dev libx11-dev)
 # The tests start servers of their own; one that the packages would start is not needed.
 test_packages=(libgtest-dev libgmock-dev git cups cups-client cups-ipp-utils cups-filters ghostscript
     python3 python3-aiosmtpd python3-pyftpdlib openssl xvfb dbus at-spi2-core qt6-base-dev libgtk-3-dev)
