@@ -272,34 +272,34 @@ void PrinterSelection::SaveForRun() {
     m_services.debugLog.Trace("Creating temporary prs file\r\n");
     m_change = PrinterChange::kNone;
     m_beforeRun = m_selected;
-    m_defaultBeforeRun = DefaultPrinter();
+    m_defaultBeforeRun = KeepDefault();
     SavePrinterSettings(PathOf(kRunSetupFile));
-    KeepSetupOf(m_defaultBeforeRun, kRunDefaultSetupFile);
+    KeepSetupOf(m_defaultBeforeRun.printer, kRunDefaultSetupFile);
 }
 
 void PrinterSelection::RestoreAfterRun() {
     SetDefaultBack(m_defaultBeforeRun);
     // Not from the file: another program in this working folder may have put its own there meanwhile.
     m_selected = std::exchange(m_beforeRun, {});
-    m_defaultBeforeRun.clear();
 }
 
 int PrinterSelection::KeepDefaultAtStart() {
-    m_defaultAtStart = DefaultPrinter();
-    if (m_defaultAtStart.empty()) {
+    const KeptDefault kept = KeepDefault();
+    if (kept.printer.empty()) {
         m_services.debugLog.Trace("Printer not set! - No Access to printers or no printers installed!\r\n");
         m_services.prompts.ShowBox("Print Error!",
                                    "ERROR! No default printer!\n\nNo printers are installed or Windows isn't "
                                    "allowing access due to permissions issues!");
         return -1;
     }
-    KeepSetupOf(m_defaultAtStart, kStartSetupFile);
-    m_services.prompts.ShowStatus(std::string(kPrinterSetTo) + m_defaultAtStart);
+    m_defaultAtStart = kept;
+    KeepSetupOf(kept.printer, kStartSetupFile);
+    m_services.prompts.ShowStatus(std::string(kPrinterSetTo) + kept.printer);
     return 0;
 }
 
 void PrinterSelection::RestoreOnQuit() {
-    if (m_services.options.m_defaultPrinterOnQuit) SetDefaultBack(m_defaultAtStart);
+    if (m_services.options.m_defaultPrinterOnQuit && m_defaultAtStart) SetDefaultBack(*m_defaultAtStart);
 }
 
 void PrinterSelection::KeepSetupOf(const std::string& printer, std::string_view file) {
@@ -309,10 +309,17 @@ void PrinterSelection::KeepSetupOf(const std::string& printer, std::string_view 
         WritePrintSetup(m_services.files, m_services.debugLog, PathOf(file), setup);
 }
 
-void PrinterSelection::SetDefaultBack(const std::string& printer) {
-    if (printer.empty() || DefaultPrinter() == printer) return;
-    m_services.prompts.ShowStatus("Setting default printer: " + printer);
-    DPSetDefaultPrinter(printer);
+PrinterSelection::KeptDefault PrinterSelection::KeepDefault() {
+    return {DefaultPrinter(), m_services.spooler.DefaultChoice()};
+}
+
+void PrinterSelection::SetDefaultBack(const KeptDefault& kept) {
+    if (!kept.printer.empty() && DefaultPrinter() != kept.printer) {
+        m_services.prompts.ShowStatus("Setting default printer: " + kept.printer);
+        DPSetDefaultPrinter(kept.printer);
+    }
+    if (m_services.spooler.DefaultChoice() != kept.choice)
+        m_services.spooler.RestoreDefaultChoice(kept.choice);
 }
 
 }  // namespace quirepress

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -99,6 +100,10 @@ public:
     void RestoreOnQuit();
 
 private:
+    struct KeptDefault {
+        std::string printer;
+        std::string choice;  // Spooler::DefaultChoice
+    };
     struct Selected {
         std::string printer;
         PrintSetup setup;
@@ -112,7 +117,8 @@ private:
     bool ResetToDefault();
     int ChangePaper(PaperState paper, std::string& message);
     void KeepSetupOf(const std::string& printer, std::string_view file);
-    void SetDefaultBack(const std::string& printer);
+    KeptDefault KeepDefault();
+    void SetDefaultBack(const KeptDefault& kept);
     int FailChange();
     void AwaitChange();
 
@@ -121,8 +127,8 @@ private:
     Selected m_selected;
     PrinterChange m_change = PrinterChange::kNone;
     Selected m_beforeRun;
-    std::string m_defaultBeforeRun;
-    std::string m_defaultAtStart;
+    KeptDefault m_defaultBeforeRun;
+    std::optional<KeptDefault> m_defaultAtStart;
 };
 
 }  // namespace quirepress

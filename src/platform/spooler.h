@@ -103,6 +103,12 @@ public:
     virtual int ListPrinters(std::vector<PrinterInfo>& printers) = 0;
     virtual std::string DefaultPrinter() = 0;  // empty when there is none
     virtual int MakeDefaultPrinter(std::string_view printer) = 0;
+    // What the default printer stands on, so that it can be brought back exactly: where there is more than
+    // its name, the user's own choice, which may be none (empty). May pump.
+    virtual std::string DefaultChoice() { return DefaultPrinter(); }
+    virtual int RestoreDefaultChoice(std::string_view choice) {
+        return choice.empty() ? 0 : MakeDefaultPrinter(choice);
+    }
     // Null when it does not exist or cannot be opened; `systemError` says why.
     virtual std::unique_ptr<RawPrinter> OpenRawPrinter(std::string_view printer, int& systemError) = 0;
     // Whether PrintDocument makes something of a file of this name on this printer; it is not opened. By

@@ -13,6 +13,7 @@
 #include "platform/cups/ipp_media.h"
 #include "platform/cups/ipp_ticket.h"
 #include "platform/cups/open_cups_spooler.h"
+#include "platform/cups/users_default.h"
 #include "platform/event_loop.h"
 #include "platform/files.h"
 
@@ -34,6 +35,16 @@ struct Destinations {
     ~Destinations() { cupsFreeDests(count, list); }
     Destinations(const Destinations&) = delete;
     Destinations& operator=(const Destinations&) = delete;
+
+    // Null: no instance. One that is not known is added: it may have been known for being the default only.
+    void MakeDefault(const std::string& name, const char* instance) {
+        count = cupsAddDest(name.c_str(), instance, count, &list);
+        cupsSetDefaultDest(name.c_str(), instance, count, list);
+    }
+    void MakeNoneDefault() {
+        for (int i = 0; i < count; ++i) list[i].is_default = 0;
+    }
+
     cups_dest_t* list = nullptr;
     int count;
 };
@@ -114,12 +125,38 @@ int CupsSpooler::MakeDefaultPrinter(std::string_view printer) {
     const std::string name(printer);
     int result = -1;
     {
-        const Destinations destinations(connection->Handle());
-        cupsSetDefaultDest(name.c_str(), nullptr, destinations.count, destinations.list);
+        Destinations destinations(connection->Handle());
+        destinations.MakeDefault(name, nullptr);
         result = cupsSetDests2(connection->Handle(), destinations.count, destinations.list);
     }
     m_server.GiveBack(std::move(connection));
     return result == 0 && DefaultPrinter() == printer ? 0 : -1;
+}
+
+std::string CupsSpooler::DefaultChoice() {
+    std::string choice = ReadUsersDefault(m_files);
+    if (!choice.empty()) return choice;
+    // It may also be one for all users of this machine, or of the environment.
+    choice = DefaultPrinter();
+    return choice == ServersDefault() ? std::string() : choice;
+}
+
+int CupsSpooler::RestoreDefaultChoice(std::string_view choice) {
+    if (DefaultChoice() == choice) return 0;
+    CupsFailure failure;
+    std::unique_ptr<CupsConnection> connection = m_server.Take(failure);
+    if (!connection) return Fail(failure);
+    const std::string name(choice.substr(0, choice.find('/')));
+    const std::string instance(choice.substr(std::min(name.size() + 1, choice.size())));
+    int result = -1;
+    {
+        Destinations destinations(connection->Handle());
+        destinations.MakeNoneDefault();
+        if (!name.empty()) destinations.MakeDefault(name, instance.empty() ? nullptr : instance.c_str());
+        result = cupsSetDests2(connection->Handle(), destinations.count, destinations.list);
+    }
+    m_server.GiveBack(std::move(connection));
+    return result == 0 && DefaultChoice() == choice ? 0 : -1;
 }
 
 int CupsSpooler::LookUpFacts(std::string_view printer, CupsPrinterFacts& facts) {

@@ -34,6 +34,9 @@ public:
     // The user's (LPDEST, PRINTER, lpoptions), else the server's.
     std::string DefaultPrinter() override;
     int MakeDefaultPrinter(std::string_view printer) override;  // the user's
+    // "NAME" or "NAME/INSTANCE"; empty: the server's default is his, too.
+    std::string DefaultChoice() override;
+    int RestoreDefaultChoice(std::string_view choice) override;
     // The job comes to be, and gets its id, by Finish.
     std::unique_ptr<RawPrinter> OpenRawPrinter(std::string_view printer, int& systemError) override;
     bool TakesDocument(std::string_view printer, std::string_view path) override;

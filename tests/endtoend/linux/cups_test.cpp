@@ -76,6 +76,17 @@ TEST_F(QprCups, PrintersAndQueuesAreShown) {
     EXPECT_THAT(added.errors, HasSubstr("lpadmin"));
 }
 
+TEST_F(QprCups, ABalancedRunLeavesTheUsersDefaultAsItWas) {
+    m_cups.AddRawQueue("Label");
+    m_cups.AddRawQueue("Other");
+    m_cups.RunTool({"lpadmin", "-d", "Label"});
+    ASSERT_EQ(Run({"settings", "set", "balance", "PRINTER1", "Other"}).exitCode, 0);
+    const std::string file = m_qpr.m_work.Write("a.ps", "%!PS\n");
+    const ProgramResult result = Run({"--json", "--spooler", "cups", "print", "--balance", file});
+    EXPECT_EQ(result.Json()["rows"][0]["columns"][11], "Other");
+    EXPECT_EQ(m_cups.ReadUserOptions(), "");
+}
+
 TEST_F(QprCups, ItIsChosenWhereItHasAPrinter) {
     EXPECT_THAT(Run({"printers"}).errors, HasSubstr("using the embedded spooler"));
     m_cups.AddRawQueue("Label");

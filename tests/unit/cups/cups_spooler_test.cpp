@@ -81,6 +81,29 @@ TEST_F(CupsSpoolerTest, TheUsersDefaultGoesBeforeTheServers) {
     EXPECT_EQ(spooler.DefaultPrinter(), "One");
 }
 
+TEST_F(CupsSpoolerTest, TheUsersChoiceComesBackAsItWas) {
+    cups.AddRawQueue("One");
+    cups.AddRawQueue("Two");
+    cups.RunTool({"lpadmin", "-d", "One"});
+    const std::vector<std::vector<std::string>> choices = {{},
+                                                           {"lpoptions", "-d", "Two"},
+                                                           {"lpoptions", "-p", "Two/draft", "-o", "copies=2"},
+                                                           {"lpoptions", "-d", "Two/draft"}};
+    for (const std::vector<std::string>& choose : choices) {
+        if (!choose.empty()) cups.RunTool(choose);
+        const std::string kept = spooler.DefaultChoice();
+        const std::string options = cups.ReadUserOptions();
+        const std::string standard = spooler.DefaultPrinter();
+        EXPECT_EQ(spooler.MakeDefaultPrinter(standard == "One" ? "Two" : "One"), 0);
+        EXPECT_NE(spooler.DefaultChoice(), kept);
+        EXPECT_EQ(spooler.MakeDefaultPrinter(standard), 0);
+        EXPECT_EQ(spooler.RestoreDefaultChoice(kept), 0);
+        EXPECT_EQ(spooler.DefaultChoice(), kept);
+        EXPECT_EQ(spooler.DefaultPrinter(), standard);
+        EXPECT_EQ(cups.ReadUserOptions(), options);
+    }
+}
+
 TEST_F(CupsSpoolerTest, DocumentsGoOnlyWhereTheyBecomePages) {
     cups.AddRawQueue("Raw");
     cups.AddDriverQueue("Driver");
