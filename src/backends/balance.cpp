@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "backends/printer_selection.h"
+#include "backends/printer_settings_file.h"
 #include "backends/queue_watch.h"
 #include "base/text.h"
 #include "logs/debug_log.h"
@@ -21,9 +22,14 @@ constexpr std::uint32_t kNotReadyBits = printer_status::kPaused | printer_status
 
 }  // namespace
 
-PrinterBalance::PrinterBalance(Spooler& spooler, EventLoop& loop, Prompts& prompts, DebugLog& debugLog,
-                               const BalanceOptions& options)
-    : m_spooler(spooler), m_loop(loop), m_prompts(prompts), m_debugLog(debugLog), m_options(options) {}
+PrinterBalance::PrinterBalance(Spooler& spooler, Files& files, EventLoop& loop, Prompts& prompts,
+                               DebugLog& debugLog, const BalanceOptions& options)
+    : m_spooler(spooler),
+      m_files(files),
+      m_loop(loop),
+      m_prompts(prompts),
+      m_debugLog(debugLog),
+      m_options(options) {}
 
 BalanceChoice PrinterBalance::Choose(BalancedSet allowed) {
     m_prompts.ShowStatus("Load balancing processing");
@@ -35,26 +41,36 @@ BalanceChoice PrinterBalance::Choose(BalancedSet allowed) {
         const std::size_t first = options.m_roundRobin ? static_cast<std::size_t>(m_lastUsed) : 0;
         const std::size_t at = (first + step) % kBalancedPrinters;
         const BalancedPrinter& printer = options.m_printers[at];
-        if (printer.name.empty() || !allowed[at] || !HasRoom(printer)) continue;
-        BalanceChoice choice = {static_cast<int>(at) + 1, printer.name, printer.prs};
-        if (IsReady(printers, printer.name)) return choice;
-        m_debugLog.Trace("Load balancing, printer passed over, it is not ready: %s\r\n", printer.name);
+        if (printer.name.empty() || !allowed[at]) continue;
+        BalanceChoice choice = {static_cast<int>(at) + 1, TargetOf(printer), printer.prs};
+        if (!HasRoom(choice.printer, printer.spool)) continue;
+        if (IsReady(printers, choice.printer)) return choice;
+        m_debugLog.Trace("Load balancing, printer passed over, it is not ready: %s\r\n", choice.printer);
         if (spare.index == 0) spare = std::move(choice);
     }
     return spare;
 }
 
-bool PrinterBalance::HasRoom(const BalancedPrinter& printer) {
+// A settings file may be another printer's, and then it is that one's queue that fills.
+std::string PrinterBalance::TargetOf(const BalancedPrinter& printer) {
+    PrsContent content;
+    DeviceNames names;
+    std::string message;
+    if (printer.prs.empty() || !HasPrintSetup(ReadPrintSetup(m_files, printer.prs, content, message)) ||
+        m_spooler.SetupFormat().ReadNames(content.names.bytes, names, message) != 0)
+        return printer.name;
+    return names.device.empty() ? m_spooler.DefaultPrinter() : names.device;
+}
+
+bool PrinterBalance::HasRoom(const std::string& printer, int limit) {
     std::vector<JobInfo> jobs;
-    if (m_spooler.ListJobs(printer.name, jobs) != 0) {
-        m_debugLog.Trace("Load balancing, printer passed over, its queue can't be read: %s\r\n",
-                         printer.name);
+    if (m_spooler.ListJobs(printer, jobs) != 0) {
+        m_debugLog.Trace("Load balancing, printer passed over, its queue can't be read: %s\r\n", printer);
         return false;
     }
-    const int count =
-        CountWaitingJobs(jobs) + m_unseen.Settle(printer.name, jobs, m_loop.MonotonicMilliseconds());
+    const int count = CountWaitingJobs(jobs) + m_unseen.Settle(printer, jobs, m_loop.MonotonicMilliseconds());
     m_prompts.ShowStatus("Load balancing, spooler queue count: " + std::to_string(count));
-    return printer.spool <= 0 || count < printer.spool;
+    return limit <= 0 || count < limit;
 }
 
 bool PrinterBalance::IsReady(const std::vector<PrinterInfo>& printers, const std::string& name) {

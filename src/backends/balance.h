@@ -13,6 +13,7 @@ namespace quirepress {
 
 class DebugLog;
 class EventLoop;
+class Files;
 class PrinterSelection;
 class Prompts;
 class Spooler;
@@ -20,17 +21,18 @@ struct PrinterInfo;
 
 struct BalanceChoice {
     int index = 0;        // 1 to 10; 0: no printer has room, and what is current stays
-    std::string printer;  // empty for index 0
+    std::string printer;  // where the document goes: with a settings file, as that says; empty for index 0
     std::string prs;      // printer settings file; empty: make the printer the default one
 };
 
 // Spreads the documents of a run over the printers of the options.
 class PrinterBalance {
 public:
-    PrinterBalance(Spooler& spooler, EventLoop& loop, Prompts& prompts, DebugLog& debugLog,
+    PrinterBalance(Spooler& spooler, Files& files, EventLoop& loop, Prompts& prompts, DebugLog& debugLog,
                    const BalanceOptions& options);
 
-    // The printer for the next document: the first of the allowed ones whose queue has room, or in turn. A
+    // The printer for the next document: the first of the allowed ones whose queue has room, or in turn. The
+    // limit is that of the queue before the document; one that becomes several jobs stays together. A
     // printer that is paused, stopped or offline is taken only where no other has room; one whose queue
     // cannot be read never. Changes nothing. May pump.
     BalanceChoice Choose(BalancedSet allowed = BalancedSet().set());
@@ -42,10 +44,12 @@ public:
     void NoteSeen(const BalanceChoice& choice, std::int64_t jobId);
 
 private:
-    bool HasRoom(const BalancedPrinter& printer);
+    std::string TargetOf(const BalancedPrinter& printer);
+    bool HasRoom(const std::string& printer, int limit);
     bool IsReady(const std::vector<PrinterInfo>& printers, const std::string& name);
 
     Spooler& m_spooler;
+    Files& m_files;
     EventLoop& m_loop;
     Prompts& m_prompts;
     DebugLog& m_debugLog;

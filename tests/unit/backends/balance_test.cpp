@@ -69,7 +69,8 @@ protected:
     Surroundings m_around;
     LateSpooler m_spooler{m_around.files, m_around.loop};
     BalanceOptions m_options;
-    PrinterBalance m_balance{m_spooler, m_around.loop, m_around.prompts, m_around.debugLog, m_options};
+    PrinterBalance m_balance{m_spooler,        m_around.files,    m_around.loop,
+                             m_around.prompts, m_around.debugLog, m_options};
 };
 
 TEST_F(PrinterBalanceTest, TakesTheFirstPrinterThatHasRoom) {
@@ -258,6 +259,14 @@ TEST_F(PrinterBalanceTest, TheChoiceBecomesTheDefaultPrinterOrItsSettingsAreLoad
     EXPECT_EQ(m_spooler.DefaultPrinter(), "A");
     EXPECT_THAT(m_around.prompts.statusTexts,
                 ElementsAre("Loading printer settings file: " + prs, "Printer set to: B"));
+    // The queue of the printer that the settings file names counts, whatever the options call it.
+    m_options.m_printers[2] = {"A", prs, 2};
+    const BalancedSet third("0000000100");
+    EXPECT_EQ(m_balance.Choose(third).printer, "B");
+    Queue("A", 5);
+    EXPECT_EQ(m_balance.Choose(third).printer, "B");
+    Queue("B", 2);
+    EXPECT_EQ(m_balance.Choose(third).index, 0);
     EXPECT_EQ(use({}), 0);
     EXPECT_EQ(selection.CurrentPrinter(), "B");
     EXPECT_TRUE(m_around.prompts.statusTexts.empty());
