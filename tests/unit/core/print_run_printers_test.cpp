@@ -33,8 +33,10 @@ TEST_F(PrintRunPrintersTest, CommandItemsChangeThePrinterForTheRowsBelowAndTheRu
     AddItem("x.papersize");
     AddFile("c.ps");
     const RunSummary summary = run.OnButtonPrint();
-    EXPECT_THAT(Statuses(), ElementsAre("Done", "Printer set to: Plotter", "Done", "Set Copies",
-                                        "Error - Printer not set", "Error Size Not Set", "Done"));
+    EXPECT_THAT(Statuses(),
+                ElementsAre("Done", "Printer set to: Plotter", "Done", "Set Copies",
+                            "Error - Printer not set", "Error Size Not Set",
+                            "Done, sent 1 of 12 times: copies are not set for printer-ready files, -r12 is"));
     EXPECT_THAT(Sent(), ElementsAre("a.ps>Laser", "b.ps>Plotter", "c.ps>Plotter"));
     EXPECT_EQ(summary.failed, 2);
     EXPECT_EQ(spooler.DefaultPrinter(), "Laser");
@@ -57,6 +59,20 @@ TEST_F(PrintRunPrintersTest, RowsThatNameBalancedPrintersGoToThoseWithRoom) {
         << "where none has room, the one used last is used again";
     EXPECT_EQ(Text(2, kColumnBalancedPrinterUsed), "Plotter");
     EXPECT_EQ(spooler.DefaultPrinter(), "Laser") << "put back";
+}
+
+TEST_F(PrintRunPrintersTest, EveryJobOfARowCountsForTheNextOne) {
+    spooler.KeepJobs(true);
+    spooler.HideJobs(true);
+    balanceOptions.m_printers[0] = {"Laser", "", 3};
+    balanceOptions.m_printers[1] = {"Plotter", "", 0};
+    ItemTexts thrice;
+    thrice.extraOptions = "-r3";
+    AddFile("a.ps", "bytes", thrice);
+    AddFile("b.ps");
+    run.UseBalancing(true);
+    run.OnButtonPrint();
+    EXPECT_THAT(Sent(), ElementsAre("a.ps>Laser", "a.ps>Laser", "a.ps>Laser", "b.ps>Plotter"));
 }
 
 TEST_F(PrintRunPrintersTest, WaitsForAnEmptyQueue) {
@@ -157,8 +173,6 @@ TEST_F(PrintRunPrintersTest, ACutOffRunIsTakenUpWhereItWas) {
 TEST_F(PrintRunPrintersTest, SeparatorsStandAroundTheirDocuments) {
     folder.Write("cover.ps", "[FILENAME1]+[FILENAME2]+[FILENAME3];[PAGES]");
     folder.Write("end.ps", "end");
-    folder.MakeFolder("x");
-    folder.MakeFolder("y");
     separatorOptions.m_generateOnTheFly = separatorOptions.m_printOnDirChangeOnly = true;
     separatorOptions.m_templateFileName = "cover.ps";
     separatorOptions.m_separatorFileName = "made.ps";

@@ -31,6 +31,23 @@ TEST_F(PrintRunTest, NothingTickedIsSaidInABox) {
     EXPECT_EQ(DebugLines(), "KillTimer(2) 5\r\nNo Files to Print\r\n");
     EXPECT_EQ(prompts.boxes, (std::vector<FakePrompts::Box>{{"Print Error!", "No Files to Print"}}));
     EXPECT_EQ(Statuses(), TextList{"kept"});
+    EXPECT_TRUE(notices.told.empty());
+}
+
+// Missing files come in unticked.
+TEST_F(PrintRunTest, ANightOfMissingFilesLeavesItsTraces) {
+    options.m_errorLog = options.m_generateReports = true;
+    list.InsertFileIntoList(folder.PathOf("gone.ps"), 1, "", {});
+    list.InsertFileIntoList(folder.PathOf("gone.BAT"), 1, "", {});
+    const RunSummary summary = run.OnButtonPrint();
+    EXPECT_EQ(summary.end, RunSummary::End::kNothingToPrint);
+    EXPECT_EQ(summary.failed, 2);
+    EXPECT_EQ(prompts.boxes.back().text, "No Files to Print");
+    for (const char* name : {"gone.ps", "gone.BAT"}) EXPECT_TRUE(Contains(ErrorRecords(), name)) << name;
+    ASSERT_EQ(notices.told.size(), 3U);
+    EXPECT_TRUE(StartsWith(notices.told[0], "2:") && EndsWith(notices.told[0], "gone.ps"));
+    EXPECT_TRUE(Contains(ReportText(".txt"), "Failed                1 ")) << "a script is no document";
+    EXPECT_TRUE(EndsWith(notices.told[2], ".txt")) << notices.told[2];
 }
 
 TEST_F(PrintRunTest, AnUnknownPrinterEndsTheRunBeforeTheFirstRow) {
@@ -94,7 +111,7 @@ TEST_F(PrintRunTest, GivesEveryRowItsStatus) {
     ASSERT_EQ(list.RowCount(), 10);
 
     const RunSummary summary = run.OnButtonPrint();
-    const std::string noItem = "Error - this kind of item can't be applied on this print system yet";
+    const std::string noItem = "Print Error";
     EXPECT_EQ(Statuses(),
               (TextList{"Done", "Done", "Error - this kind of file can't be printed on this print system yet",
                         "No File.", "Empty File", noItem, "Unable to download web file", "Set Orientation",
@@ -408,6 +425,7 @@ TEST_F(PrintRunTest, StopInTheMiddleOfARawFileDropsItsJob) {
 }
 
 TEST_F(PrintRunTest, StopBetweenRepeatsSaysHowManyCameOut) {
+    options.m_errorLog = true;
     ItemTexts often;
     often.extraOptions = "-r1000";
     AddFile("a.ps", "a", often);
@@ -415,6 +433,8 @@ TEST_F(PrintRunTest, StopBetweenRepeatsSaysHowManyCameOut) {
     EXPECT_EQ(run.OnButtonPrint().end, RunSummary::End::kStopped);
     EXPECT_EQ(Statuses(), TextList{"Error - Stopped, printed 3 of 1000 times"});
     EXPECT_EQ(Printed().size(), 3U);
+    EXPECT_TRUE(Contains(folder.Read(kPrintLogName), "a.ps"));
+    EXPECT_TRUE(Contains(ErrorRecords(), "printed 3 of 1000 times"));
 }
 
 TEST_F(PrintRunTest, StopOutsideARunStopsNothing) {
