@@ -12,6 +12,7 @@
 #include "platform/interrupts.h"
 #include "platform/terminal.h"
 #include "transport/download.h"
+#include "transport/download_log.h"
 
 namespace quirepress {
 
@@ -80,6 +81,7 @@ int Fetch(Context& context, const FetchRequest& request) {
         progress.Show((total > 0 ? RenderBar(share, kBarWidth) + " " : "") + Format("%d kB", done / 1000));
     };
     const DownloadResult result = FetchDownload(*context.System().files, application->Transfers(), download);
+    LogFtpDownload(application->TransferRecords(), download, result);
     progress.Clear();
     return PrintDownload(context, result);
 }
