@@ -9,8 +9,11 @@
 #include "base/format.h"
 #include "base/numbers.h"
 #include "core/print_list.h"
+#include "core/print_run_source.h"
 #include "core/print_run_walk.h"
 #include "core/processing_defaults.h"
+#include "core/row_ending.h"
+#include "core/run_downloads.h"
 #include "core/run_outcomes.h"
 #include "core/run_snapshot.h"
 #include "logs/debug_log.h"
@@ -60,7 +63,7 @@ RunSummary PrintRun::RunAlone(const CutOffRun* cutOff) {
 RunSummary PrintRun::RunList(const CutOffRun* cutOff) {
     m_services.loop.StopTimer(kMonitorTimer);
     m_services.debugLog.Trace("KillTimer(2) 5\r\n");
-    if (!HasWork()) return EndedEarly(RunSummary::End::kNothingToPrint);
+    if (!HasWork()) return TellMissedRows();
     if (cutOff == nullptr && !MayForgetCutOffRun()) return EndedEarly(RunSummary::End::kRefused);
     if (cutOff != nullptr) TakeUpSetUp(*cutOff);
     if (cutOff == nullptr) m_services.list.RefreshListStatus();
@@ -69,6 +72,7 @@ RunSummary PrintRun::RunList(const CutOffRun* cutOff) {
     m_services.selection.SaveForRun();
     m_services.processing.Clear();
     if (cutOff == nullptr) ForgetEarlierRuns();
+    m_services.downloads.BeginRun(m_services.list);
     m_appended = {};
     if (cutOff == nullptr && m_isAppending) m_appended = AppendRows();
     if (cutOff != nullptr) m_appended = TakeUpMergedFile(m_services.append, cutOff->mergedFile);
@@ -77,6 +81,7 @@ RunSummary PrintRun::RunList(const CutOffRun* cutOff) {
     m_services.selection.RestoreAfterRun();
     const bool wasStopped = summary.end == RunSummary::End::kStopped;
     if (wasStopped || summary.end == RunSummary::End::kFinished) FinishRun(wasStopped);
+    m_services.downloads.EndRun();
     TickAppendedRows(m_services.list);
     m_appended = {};
     if (wasStopped) m_services.prompts.ShowStatus("Printing stopped && Monitor stopped");
@@ -108,12 +113,31 @@ RunSummary PrintRun::WalkWithPrinter(const CutOffRun* cutOff) {
     RunWalk walk(m_services, {m_ways, m_observer != nullptr ? *m_observer : nobody, m_hangWatch, m_stop,
                               m_printer, m_appended.path, m_passes, IsBalanced(cutOff), cutOff});
     m_services.outcomes.BeginRun(m_printer, m_passes, [this] { return m_stop; });
+    const int notFiled = TellFailedAppends();
     RunSummary summary = walk.WalkList();
+    summary.notFiled += notFiled;
     // Who stops a run that he has taken up may take it up again.
     if (cutOff != nullptr && summary.end != RunSummary::End::kFinished)
         m_services.snapshot.Leave();
     else
         m_services.snapshot.Remove();
+    return summary;
+}
+
+// Files that were not there came in unticked. A night in which all of them are missing leaves its traces.
+RunSummary PrintRun::TellMissedRows() {
+    RunSummary summary = EndedEarly(RunSummary::End::kNothingToPrint);
+    const std::vector<MissedRow> missed = FindMissedRows(m_services.files, m_services.list);
+    if (missed.empty()) return summary;
+    RunOutcomes& outcomes = m_services.outcomes;
+    outcomes.BeginRun(m_chosenPrinter, 1, [this] { return m_stop; });
+    for (const MissedRow& row : missed) {
+        const RowOutcome outcome = OutcomeOf(row.obstacle);
+        ++(outcome == RowOutcome::kSkipped ? summary.skipped : summary.failed);
+        outcomes.RecordRow({row.item, row.obstacle, outcome});
+        if (outcome == RowOutcome::kFailed) outcomes.TellFailure(row.item.path, row.obstacle.status);
+    }
+    outcomes.EndRun(m_services.list, 1, false);
     return summary;
 }
 
@@ -141,19 +165,32 @@ AppendOutcome PrintRun::AppendRows() {
         m_services.prompts.ShowBox("Print Error!", kNotMerged);
         m_services.outcomes.RecordError("", "", kNotMerged);
     }
+    return appended;
+}
+
+// How many of their files could not be filed.
+int PrintRun::TellFailedAppends() {
+    RunOutcomes& outcomes = m_services.outcomes;
+    for (const AppendOutcome::Failure& failure : std::exchange(m_appended.failures, {})) {
+        RunItem item;
+        item.path = failure.path;
+        WayResult result;
+        result.status = failure.error;
+        outcomes.RecordRow({item, result, RowOutcome::kFailed});
+        outcomes.TellFailure(failure.path, failure.error);
+    }
     std::vector<PrintedRow> failed;
     for (int row = 0; row < m_services.list.RowCount(); ++row) {
         RunMark& mark = m_services.list.MarkOf(row);
-        if (!mark.isAppended || mark.outcome != RowOutcome::kFailed) continue;
+        if (!mark.isAppended || mark.outcome != RowOutcome::kFailed || mark.isFiled) continue;
         mark.isFiled = true;
-        failed.push_back(ReadPrintedRow(m_services.list, row, ""));
+        m_services.snapshot.NoteFiled(m_services.list, row);
+        failed.push_back(ReadPrintedRow(m_services.list, row, m_printer));
     }
-    for (const PrintedRow& row : failed) m_services.outcomes.HandleFile(row, PrintEnd::kFailed);
-    for (const AppendOutcome::Failure& failure : appended.failures) {
-        m_services.outcomes.RecordError(failure.path, "", failure.error);
-        m_services.outcomes.TellFailure(failure.path, failure.error);
-    }
-    return appended;
+    const auto isNotFiled = [&](const PrintedRow& row) {
+        return outcomes.HandleFile(row, PrintEnd::kFailed) == RowHandled::kFailed;
+    };
+    return static_cast<int>(std::count_if(failed.begin(), failed.end(), isNotFiled));
 }
 
 // A run that was cut off and still has rows to print is not lost by the next one.

@@ -5,9 +5,9 @@
 #include "backends/printer_selection.h"
 #include "backends/queue_watch.h"
 #include "base/format.h"
-#include "base/path.h"
 #include "core/file_target.h"
 #include "core/print_list.h"
+#include "core/print_run_source.h"
 #include "core/processing_defaults.h"
 #include "core/run_outcomes.h"
 #include "platform/event_loop.h"
@@ -41,6 +41,10 @@ void RowAtWork::Begin(int row) {
     m_progress.bytesDone = m_progress.bytesTotal = 0;
     m_services.outcomes.BeginRow();
     m_services.watch.ForgetPages();
+}
+
+void RowAtWork::PutBack() {
+    if (Find()) m_services.list.MarkOf(m_progress.row).pass = m_progress.copy - 1;
 }
 
 bool RowAtWork::Find() {
@@ -102,9 +106,7 @@ RunItem ReadRunItem(const PrintRunServices& services, int row) {
     const auto text = [&](Column column) { return std::string(list.Text(row, column)); };
     RunItem item;
     item.path = text(kColumnFilename);
-    item.kind = KindOfItem(item.path);
-    // A folder's name makes no command of what lies in it.
-    if (item.kind == ItemKind::kCommand) item.kind = KindOfItem(FileTitle(item.path));
+    item.kind = KindInRun(item.path);
     item.printer = PrinterOfRun(services);
     item.ticket = services.selection.Ticket();
     item.pages = text(kColumnPages);

@@ -23,6 +23,7 @@ public:
     void UpdatePace();
 
     void Begin(int row);
+    void PutBack();  // its turn has not come after all
     // False when it was taken from the list; else `Index` is where it is now.
     bool Find();
     int Index() const { return m_progress.row; }

@@ -59,25 +59,49 @@ void RowEnding::CountRowsOfList() {
 
 void RowEnding::Finish(const RunItem& item, RowOutcome outcome, const WayResult& result,
                        std::string_view statusBefore) {
+    Record(item, outcome, result);
+    if (IsMerged(item)) RecordAppendedRows(outcome, result);
     const bool isNew = EndRow(item, outcome, result, statusBefore);
     if (isNew && outcome == RowOutcome::kFailed && result.end != WayResult::End::kStopped)
         m_services.outcomes.TellFailure(item.path, result.status);
-    const bool isMerged = !m_request.mergedFile.empty() && item.path == m_request.mergedFile;
-    if (isMerged && m_row.Copy() == m_row.Copies() && m_row.Find()) EndAppendedRows(result);
+    if (IsMerged(item) && m_row.Copy() == m_row.Copies() && m_row.Find()) EndAppendedRows(result);
+}
+
+bool RowEnding::IsMerged(const RunItem& item) const {
+    return !m_request.mergedFile.empty() && item.path == m_request.mergedFile;
+}
+
+// In the logs, in the report, and among the printers that the run has used.
+void RowEnding::Record(const RunItem& item, RowOutcome outcome, const WayResult& result) {
+    RunItem ended = item;
+    ended.printer = PrinterOfRun(m_services);
+    const int pages = PagesOf(item, result, m_services.watch.TotalPages());
+    std::vector<std::string> printers = result.printers;
+    const bool isPrinted = outcome == RowOutcome::kDone && item.kind != ItemKind::kCommand;
+    if (isPrinted && printers.empty()) printers.push_back(ended.printer);
+    std::vector<std::string>& used = m_summary.printers;
+    for (const std::string& printer : printers)
+        if (std::find(used.begin(), used.end(), printer) == used.end()) used.push_back(printer);
+    m_services.outcomes.RecordRow({ended, result, outcome, m_row.Copy(), pages, IsMerged(item)});
+}
+
+// Each copy of the merged file is one of every document in it.
+void RowEnding::RecordAppendedRows(RowOutcome outcome, const WayResult& result) {
+    WayResult shared = result;
+    shared.pages = 0;  // each has its own
+    m_services.watch.ForgetPages();
+    for (int row = 0; row < m_services.list.RowCount(); ++row) {
+        const RunMark& mark = m_services.list.MarkOf(row);
+        if (!mark.isAppended || mark.outcome != RowOutcome::kNotSelected) continue;
+        m_services.outcomes.BeginRow();
+        Record(ReadRunItem(m_services, row), outcome, shared);
+    }
 }
 
 // False when an earlier copy of the row has failed already.
 bool RowEnding::EndRow(const RunItem& item, RowOutcome outcome, const WayResult& result,
                        std::string_view statusBefore) {
     m_row.UpdatePace();
-    RunItem ended = item;
-    ended.printer = PrinterOfRun(m_services);
-    const int pages = PagesOf(item, result, m_services.watch.TotalPages());
-    std::vector<std::string>& used = m_summary.printers;
-    const bool isPrinted = outcome == RowOutcome::kDone && item.kind != ItemKind::kCommand;
-    if (isPrinted && std::find(used.begin(), used.end(), ended.printer) == used.end())
-        used.push_back(ended.printer);
-    m_services.outcomes.RecordRow({ended, result, outcome, m_row.Copy(), pages});
     if (!m_row.Find()) {
         CountRows(outcome, 1);
         return true;
@@ -99,7 +123,6 @@ void RowEnding::EndAppendedRows(const WayResult& result) {
     const RunMark merged = list.MarkOf(m_row.Index());
     if (merged.outcome == RowOutcome::kNotSelected) return;
     WayResult shared = result;
-    shared.pages = 0;  // each has its own
     if (merged.outcome != OutcomeOf(result)) {
         shared.end = WayResult::End::kFailed;
         shared.status = list.Text(m_row.Index(), kColumnStatus);

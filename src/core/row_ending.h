@@ -33,6 +33,9 @@ public:
     void FinishCutOffRows();
 
 private:
+    bool IsMerged(const RunItem& item) const;
+    void Record(const RunItem& item, RowOutcome outcome, const WayResult& result);
+    void RecordAppendedRows(RowOutcome outcome, const WayResult& result);
     bool EndRow(const RunItem& item, RowOutcome outcome, const WayResult& result,
                 std::string_view statusBefore);
     void EndAppendedRows(const WayResult& result);

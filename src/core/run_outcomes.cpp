@@ -1,9 +1,13 @@
 #include "core/run_outcomes.h"
 
+#include <algorithm>
+#include <vector>
+
 #include "base/format.h"
 #include "core/file_target.h"
 #include "core/print_list.h"
 #include "core/print_run_shell.h"
+#include "core/print_run_source.h"
 #include "core/run_notices.h"
 #include "logs/error_log.h"
 #include "logs/print_log.h"
@@ -17,9 +21,13 @@ namespace quirepress {
 
 namespace {
 
+ReportedRow::What WhatIs(ItemKind kind) {
+    if (kind == ItemKind::kSeparator) return ReportedRow::What::kSeparator;
+    return kind == ItemKind::kCommand ? ReportedRow::What::kCommand : ReportedRow::What::kDocument;
+}
+
 ReportedRow::What WhatIs(const RowEnd& row) {
-    if (row.isMerged) return ReportedRow::What::kMerged;
-    return row.item.kind == ItemKind::kCommand ? ReportedRow::What::kCommand : ReportedRow::What::kDocument;
+    return row.isMerged ? ReportedRow::What::kMerged : WhatIs(row.item.kind);
 }
 
 ReportedRow::End EndOf(const RowEnd& row) {
@@ -29,7 +37,11 @@ ReportedRow::End EndOf(const RowEnd& row) {
 }
 
 std::string PrintersOf(const RowEnd& row) {
-    return row.item.printer;
+    std::vector<std::string> printers = row.result.printers;
+    std::sort(printers.begin(), printers.end());
+    std::string names;
+    for (const std::string& printer : printers) names += (names.empty() ? "" : ", ") + printer;
+    return names.empty() ? row.item.printer : names;
 }
 
 }  // namespace
@@ -53,17 +65,18 @@ void RunOutcomes::BeginRow() {
 }
 
 void RunOutcomes::RecordRow(const RowEnd& row) {
+    if (row.outcome == RowOutcome::kNotSelected) return;
     const RunItem& item = row.item;
     const WayResult& result = row.result;
     // What was stopped is no failure of the document, and may be printed another time.
-    const bool wasStopped = result.end == WayResult::End::kStopped;
+    const bool wasStopped = result.end == WayResult::End::kStopped && result.wholeCopies == 0;
     const bool hasFlaw = row.outcome == RowOutcome::kFailed || !result.remark.empty();
     if (!row.isMerged && !wasStopped && hasFlaw)
         RecordError(item.path, PrintersOf(row), result.remark.empty() ? result.status : result.remark);
-    const bool cameOut = row.outcome == RowOutcome::kDone;
+    const bool cameOut = row.outcome == RowOutcome::kDone || result.wholeCopies > 0;
     if (cameOut && WhatIs(row) == ReportedRow::What::kDocument)
         m_services.printLog.WritePrintLogRecord(item.path, row.pages, PrintersOf(row));
-    if (row.outcome != RowOutcome::kNotSelected && m_services.options.m_generateReports) ReportRow(row);
+    if (m_services.options.m_generateReports) ReportRow(row);
 }
 
 void RunOutcomes::ReportRow(const RowEnd& row) {
@@ -95,7 +108,7 @@ void RunOutcomes::ReportRowsNotPrinted(PrintList& list, int passes) {
         const int pass = isInMerged ? mergedPass : mark.pass;
         if (!isWanted || IsMergedFile(path) || pass >= passes) continue;
         ReportedRow reported;
-        if (KindOfItem(path) == ItemKind::kCommand) reported.what = ReportedRow::What::kCommand;
+        reported.what = WhatIs(KindInRun(path));
         reported.end = ReportedRow::End::kNotPrinted;
         reported.copy = pass + 1;
         reported.copies = passes - pass;

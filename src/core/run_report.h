@@ -13,7 +13,7 @@ class Files;
 // One attempt at a row in one copy, as it ended; or one whose turn did not come.
 struct ReportedRow {
     // kMerged: the file that carried documents which have rows of their own. Only documents count in totals.
-    enum class What { kDocument, kCommand, kMerged } what = What::kDocument;
+    enum class What { kDocument, kCommand, kSeparator, kMerged } what = What::kDocument;
     // kStopped: at this row; kNotPrinted: before it.
     enum class End { kPrinted, kFailed, kSkipped, kStopped, kNotPrinted } end = End::kPrinted;
     LocalTime startedAt;

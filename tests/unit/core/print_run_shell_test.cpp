@@ -5,6 +5,7 @@
 #include "backends/dialog_rules.h"
 #include "backends/shell_print.h"
 #include "core/print_run_scripts.h"
+#include "core/print_run_source.h"
 #include "fakes/fake_processes.h"
 #include "fakes/fake_shell.h"
 #include "settings/print_to_file_options.h"
@@ -240,7 +241,8 @@ TEST_F(ShellWayTest, StopEndsProgramsOfEveryKind) {
 TEST_F(ShellWayTest, ScriptsAreRunWithTheirParameters) {
     RunItem item;
     item.path = folder.Write("a b.BAT", "x");
-    item.kind = KindOfItem(item.path);
+    item.kind = KindInRun(item.path);
+    EXPECT_EQ(item.kind, ItemKind::kCommand) << "it counts as no document";
     item.addonParameters = "not these";
     item.processingParameters = "\"one word\" $(two)";
     ASSERT_TRUE(scripts->Takes(item));
