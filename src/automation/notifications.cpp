@@ -56,6 +56,8 @@ void Notifications::SendNotification(int kind, std::string_view body, std::strin
     report.isOff = notice == nullptr || (notice->isOn != nullptr && !(email.*notice->isOn));
     const std::string heldBack = kind == kNoticePrintsFinished ? TakeHeldBack() : std::string();
     if (!report.isOff) {
+        if (kind == kNoticePrintError) m_services.prompts.ShowStatus("Sending error email.");
+        if (kind == kNoticePrintsFinished) m_services.prompts.ShowStatus("Sending email.");
         MailMessage message;
         message.subject = std::string("Quirepress ") + notice->subject;
         message.body = body;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "backends/shell_print.h"
 #include "base/format.h"
 #include "base/text.h"
 #include "logs/debug_log.h"
@@ -29,7 +30,10 @@ std::string Quote(std::string_view text) {
 
 DialogWatch::DialogWatch(DialogRules& rules, std::string_view document, ChildProcess& process,
                          int stuckMilliseconds)
-    : m_rules(rules), m_process(process), m_stuckMilliseconds(stuckMilliseconds) {
+    : m_rules(rules),
+      m_process(process),
+      m_isWebPage(IsWebPage(document)),
+      m_stuckMilliseconds(stuckMilliseconds) {
     m_rules.SetDocument(document);
     m_rules.Services().loop.StartTimer(kTimer, kMilliseconds, [this] { Check(); });
 }
@@ -42,6 +46,8 @@ DialogWatch::~DialogWatch() {
 void DialogWatch::Check() {
     const DialogPass pass = m_rules.CheckWindows();
     m_rules.Services().debugLog.Trace("html check if(nIDEvent == 4) returned: %d\r\n", pass.answered);
+    if (m_isWebPage && pass.answered)
+        m_rules.Services().debugLog.Trace("Found and closed print window for html type\r\n");
     Follow(pass.waiting);
 }
 

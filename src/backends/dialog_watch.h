@@ -46,6 +46,7 @@ private:
 
     DialogRules& m_rules;
     ChildProcess& m_process;
+    bool m_isWebPage;
     int m_stuckMilliseconds;
     std::map<std::string, Dialog> m_dialogs;  // of the program, by the window's id
     std::string m_flaw;
