@@ -6,6 +6,7 @@
 #include "base/path.h"
 #include "base/text.h"
 #include "core/file_target.h"
+#include "core/leftovers.h"
 #include "core/page_range.h"
 #include "core/print_list.h"
 #include "core/print_run_source.h"
@@ -21,13 +22,8 @@ namespace quirepress {
 namespace {
 
 constexpr Instant kSecond = 1'000'000'000;
-constexpr Instant kKeptFor = 24 * Instant{3600} * kSecond;  // what a program that died has left
 constexpr std::string_view kDeleteAfterPrint = "qprdelete";
 constexpr const char* kMergedName = "%sQPRMerged_%ld%d.pdf";
-
-std::string LockOf(const std::string& path) {
-    return path + ".lock";
-}
 
 bool IsTicked(const PrintList& list, int row) {
     return list.Text(row, kColumnSelected) == "Yes";
@@ -217,15 +213,6 @@ void Appending::GiveNameBack() {
     m_outcome.path.clear();
 }
 
-void EraseMerged(Files& files, const std::string& path) {
-    FileResult result = FileResult::kDone;
-    std::unique_ptr<FileLock> lock = files.TryLock(LockOf(path), result);
-    if (!lock) return;  // another program prints it
-    files.Erase(path);
-    lock.reset();
-    files.Erase(LockOf(path));
-}
-
 }  // namespace
 
 AppendOutcome AppendPdfs(const AppendServices& services, const std::function<bool()>& keepGoing) {
@@ -257,18 +244,11 @@ void DropMergedRows(const AppendServices& services) {
         const std::string path(list.Text(row, kColumnFilename));
         const bool isOurs = IsMergedFile(path) && StartsWith(path, WithTrailingSeparator(folder));
         if (!isOurs || list.Text(row, kColumnMoveTo) != kDeleteAfterPrint) continue;
-        EraseMerged(services.files, path);
+        EraseUnlessUsed(services.files, path);
         list.RemoveRow(row);
     }
-    std::vector<FolderEntry> entries;
-    services.files.ListFolder(folder, entries);
-    for (const FolderEntry& entry : entries) {
-        const std::string path = JoinPath(folder, entry.name);
-        if (entry.kind != FileKind::kRegular || !IsMergedFile(path)) continue;
-        const FileFacts facts = services.files.Inspect(path);
-        if (facts.written == kNoInstant || services.clock.Now() - facts.written < kKeptFor) continue;
-        EraseMerged(services.files, EndsWith(path, ".lock") ? path.substr(0, path.size() - 5) : path);
-    }
+    EraseLeftovers(services.files, services.clock, folder,
+                   [](const std::string& path) { return IsMergedFile(path); });
 }
 
 }  // namespace quirepress
