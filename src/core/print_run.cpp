@@ -223,8 +223,8 @@ bool PrintRun::IsBalanced(const CutOffRun* cutOff) const {
 
 // As it was when the run began, so that its end leaves the user what he had.
 void PrintRun::TakeUpSetUp(const CutOffRun& cutOff) {
-    if (!cutOff.defaultPrinter.empty() && m_services.spooler.DefaultPrinter() != cutOff.defaultPrinter)
-        m_services.spooler.MakeDefaultPrinter(cutOff.defaultPrinter);
+    if (m_services.spooler.DefaultChoice() != cutOff.defaultPrinter)
+        m_services.spooler.RestoreDefaultChoice(cutOff.defaultPrinter);
 }
 
 // False when a run that is taken up can't be kept track of: it would be printed again.
@@ -235,7 +235,7 @@ bool PrintRun::CreateSnapshot(const CutOffRun* cutOff) {
     m_services.debugLog.Trace("Creating snapshot restore\r\n");
     RunHead head;
     head.printer = m_printer;
-    head.defaultPrinter = m_services.spooler.DefaultPrinter();
+    head.defaultPrinter = m_services.spooler.DefaultChoice();
     head.copies = m_passes;
     head.isBalanced = IsBalanced(cutOff);
     head.mergedFile = m_appended.path;

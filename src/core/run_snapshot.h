@@ -19,7 +19,7 @@ class PrintList;
 // What a run was asked for.
 struct RunHead {
     std::string printer;
-    std::string defaultPrinter;  // of the system, before the run; empty: none
+    std::string defaultPrinter;  // before the run: Spooler::DefaultChoice
     int copies = 1;              // walks over the whole list
     bool isBalanced = false;
     std::string mergedFile = {};  // of the PDFs that were appended; empty: none
