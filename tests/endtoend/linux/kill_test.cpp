@@ -21,11 +21,14 @@
 namespace quirepress {
 namespace {
 
-constexpr int kDocuments = 200;
+constexpr int kDocuments = 100;
+constexpr int kCopies = 2;         // of the whole list
 constexpr int kRounds = 50;        // $QUIREPRESS_KILL_ROUNDS for another number, however long it takes
 constexpr int kFewestRounds = 10;  // where the others would take too long
 constexpr int kLongest = 40'000;   // milliseconds
 constexpr const char* kQueue = "Office";
+constexpr const char* kFurtherQueue = "Cellar";
+constexpr int kRoom = 120;  // of the first queue; what does not fit goes to the other one
 constexpr const char* kUnknown = "Error - Unknown whether";
 
 // When a program, or the server, or both, are ended without a warning.
@@ -36,30 +39,38 @@ struct Moment {
     bool endsServer = false;
 };
 
-// What the queue has of a document, and what was said about it.
+// What the queues have of a document, and what was said about it.
 struct Fate {
     int jobs = 0;
     std::string status;
 };
 
-// Both go on from what they have left on the disk. The queue is paused, so that no job is at work when the
-// server ends: it would print that one again by itself.
+// Both go on from what they have left on the disk. The list is spread over two queues, printed twice, and
+// turns the paper in its middle. The queues are paused, so that no job is at work when the server ends: it
+// would print that one again by itself.
 class KillTest : public testing::Test {
 protected:
     KillTest() {
         m_cups.UseHere();
-        m_cups.AddDriverQueue(kQueue);
-        m_cups.Pause(kQueue);
+        for (const char* queue : {kQueue, kFurtherQueue}) {
+            m_cups.AddDriverQueue(queue);
+            m_cups.Pause(queue);
+        }
+        m_cups.RunTool({"lpadmin", "-d", kQueue});
         for (const char* key : {"SNAPSHOTRESTORE", "ERRORLOG", "ONERRORPRINTONEMORETIME"})
             EXPECT_EQ(Run({"settings", "set", "general", key}).exitCode, 0) << key;
+        for (const auto& [key, value] : std::vector<std::pair<const char*, std::string>>{
+                 {"PRINTER1", kQueue}, {"SPOOL1", std::to_string(kRoom)}, {"PRINTER2", kFurtherQueue}})
+            EXPECT_EQ(Run({"settings", "set", "balance", key, value}).exitCode, 0) << key;
         for (int i = 0; i < kDocuments; ++i) MakeDocument(i);
     }
 
-    static bool IsLarge(int number) { return number == 25 || number == 175; }
+    static bool IsLarge(int number) { return number == 25 || number == 75; }
+    static bool IsPicture(int number) { return number % 4 == 3; }
 
     // Such as go out as they are, and such as the server makes pages of.
     void MakeDocument(int number) {
-        const char* ending = number % 4 == 3 ? ".png" : ".ps";
+        const char* ending = IsPicture(number) ? ".png" : ".ps";
         const std::string name = Format("%3.3d", number) + ending;
         std::string bytes = "%!PS\n" + name;
         if (IsLarge(number)) bytes.append(std::size_t{5} << 20, 'x');
@@ -80,7 +91,7 @@ protected:
 
     Moment ChooseMoment(int round) {
         const auto below = [this](unsigned limit) { return static_cast<int>(m_random() % limit); };
-        Moment moment{1 + below(kDocuments - 10), below(8'000)};
+        Moment moment{1 + below(kCopies * kDocuments - 10), below(8'000)};
         if (round % 4 == 3) moment.documents = below(2) == 0 ? 25 : 175;  // while a large one goes out
         const int victims = round % 5;  // two rounds for each, and one for both
         moment.endsProgram = victims != 1 && victims != 3;
@@ -112,8 +123,13 @@ protected:
 
     // The list is printed, whatever happens meanwhile; answers the last words of the program.
     ProgramResult PrintThrough(const Moment& moment) {
-        std::vector<std::string> arguments = {"print", "--printer", kQueue};
-        arguments.insert(arguments.end(), m_documents.begin(), m_documents.end());
+        std::vector<std::string> arguments = {"print",     "--printer", kQueue,
+                                              "--balance", "--copies",  std::to_string(kCopies)};
+        const auto middle = m_documents.begin() + kDocuments / 2;
+        arguments.emplace_back("landscape.paperorientation");
+        arguments.insert(arguments.end(), m_documents.begin(), middle);
+        arguments.emplace_back("portrait.paperorientation");
+        arguments.insert(arguments.end(), middle, m_documents.end());
         const auto program = Start(std::move(arguments));
         EXPECT_TRUE(EndAt(moment, *program)) << "there was nothing to end any more";
         if (!moment.endsProgram) return m_qpr.Finish(*program);
@@ -139,12 +155,33 @@ protected:
             OpenCupsSpooler(*services.files, *services.loop, *services.clock, CupsNeed::kServer, message);
         std::vector<JobInfo> jobs;
         EXPECT_TRUE(spooler && spooler->ListJobs(kQueue, jobs) == 0) << message;
+        EXPECT_LE(jobs.size(), static_cast<std::size_t>(kRoom));
+        EXPECT_TRUE(spooler && spooler->ListJobs(kFurtherQueue, jobs) == 0) << message;
         for (const JobInfo& job : jobs) {
             ++fates[job.document].jobs;
-            const std::string data = "spool/d" + Format("%5.5d", static_cast<int>(job.id)) + "-001";
-            EXPECT_TRUE(m_cups.Folder().Read(data) == m_contents[job.document]) << job.document;
+            CheckJob(job);
         }
         return fates;
+    }
+
+    // Its bytes and, for a document that the server makes pages of, how they are turned.
+    void CheckJob(const JobInfo& job) {
+        constexpr std::string_view kTurned = "orientation-requested";
+        constexpr std::size_t kBeforeValue = 5;  // two bytes of its length, and the first three of the number
+        constexpr int kPortrait = 3;
+        constexpr int kLandscape = 4;
+        const std::string number = Format("%5.5d", static_cast<int>(job.id));
+        EXPECT_TRUE(m_cups.Folder().Read("spool/d" + number + "-001") == m_contents[job.document])
+            << job.document;
+        const auto place = std::find(m_documents.begin(), m_documents.end(), job.document);
+        const auto row = static_cast<int>(place - m_documents.begin());
+        if (!IsPicture(row)) return;
+        const std::string control = m_cups.Folder().Read("spool/c" + number);
+        const std::size_t at = control.find(kTurned);
+        ASSERT_NE(at, std::string::npos) << job.document;
+        EXPECT_EQ(control.at(at + kTurned.size() + kBeforeValue),
+                  row < kDocuments / 2 ? kLandscape : kPortrait)
+            << job.document;
     }
 
     // Answers how many are known by name only.
@@ -153,8 +190,8 @@ protected:
         for (const std::string& document : m_documents) {
             const Fate& fate = fates[document];
             const bool isUnknown = StartsWith(fate.status, kUnknown);
-            EXPECT_LE(fate.jobs, 1) << document << " came out twice; " << fate.status;
-            EXPECT_TRUE(fate.jobs == 1 || isUnknown) << document << " is missing; " << fate.status;
+            EXPECT_LE(fate.jobs, kCopies) << document << " came out too often; " << fate.status;
+            EXPECT_TRUE(fate.jobs == kCopies || isUnknown) << document << " is missing; " << fate.status;
             EXPECT_TRUE(isUnknown || fate.status == "Done") << document << " came out as " << fate.status;
             unknown += isUnknown ? 1 : 0;
         }
@@ -191,7 +228,8 @@ TEST_F(KillTest, WhateverEndsInTheMiddleOfAListEachDocumentComesOutOnceOrIsNamed
         unknown += now;
         EXPECT_EQ(Run({"restore"}).Json()["message"], "There is no run to restore.");
         m_qpr.m_services.files->Erase(m_qpr.m_home.PathOf("error.log"));
-        m_cups.RunTool({"cancel", "-a", "-x", kQueue});
+        for (const char* queue : {kQueue, kFurtherQueue}) m_cups.RunTool({"cancel", "-a", "-x", queue});
+        EXPECT_EQ(m_cups.ReadUserOptions(), "") << "the user had not chosen a default printer";
     }
     RecordProperty("rounds", round);
     RecordProperty("named_as_unknown", unknown);
