@@ -2,6 +2,7 @@
 #include <nlohmann/json.hpp>
 
 #include "app/application.h"
+#include "backends/balance_check.h"
 #include "backends/color_split.h"
 #include "base/path.h"
 #include "base/text.h"
@@ -12,6 +13,7 @@
 #include "console/run_session.h"
 #include "console/table.h"
 #include "core/file_target.h"
+#include "core/list_commands.h"
 #include "core/print_list.h"
 #include "core/print_run.h"
 #include "core/print_run_source.h"
@@ -20,6 +22,7 @@
 #include "documents/pdf_counter.h"
 #include "platform/files.h"
 #include "platform/interrupts.h"
+#include "platform/prompts.h"
 #include "platform/spooler.h"
 #include "settings/color_printer_options.h"
 
@@ -32,6 +35,8 @@ struct RowOptions {
     std::string moveTo;
     ItemTexts texts;
     bool direct = false;
+    bool applyBalancing = false;
+    bool clearBalancing = false;
     int select = 1;
 };
 
@@ -54,8 +59,17 @@ void DefineRowOptions(CLI::App* command, RowOptions& row) {
     command->add_option("--extra", row.texts.extraOptions, "Extra options, such as -r3")->type_name("TEXT");
     command->add_option("--profile", row.texts.profiling, "Profile of the row")->type_name("TITLE");
     command->add_option("--priority", row.texts.priority, "Priority of the job, 1 to 99")->type_name("N");
-    command->add_option("--balanced-printers", row.texts.balancedPrinters, "Printers to spread over")
+    command
+        ->add_option("--balanced-printers", row.texts.balancedPrinters,
+                     "Printers to spread over, for rows that name none of their own")
         ->type_name("NAMES");
+    CLI::Option* apply = command->add_flag("--apply-balancing", row.applyBalancing,
+                                           "Let all rows, or the ticked ones, be spread over those printers, "
+                                           "else over all of balancedprinters.ini");
+    command
+        ->add_flag("--clear-balancing", row.clearBalancing,
+                   "Take the printers to spread over from all rows, or from the ticked ones")
+        ->excludes(apply);
     command->add_flag("--direct", row.direct, "Send the bytes as they are, whatever the type");
 }
 
@@ -74,6 +88,27 @@ std::string WithFullFolder(Files& files, const std::string& moveTo) {
     if (!isFolder || target.folder.empty() || IsAbsolutePath(target.folder)) return moveTo;
     return (target.action == MoveAction::kCopy ? "copy:" : "") +
            JoinPath(files.ResolvePath("."), target.folder);
+}
+
+// The two commands of the list, for what has been loaded.
+void ChangeBalancing(Application& application, const RowOptions& row) {
+    PrintList& list = application.List();
+    Prompts& prompts = application.UserPrompts();
+    const SelectedRows ticked = [&list] {
+        std::vector<int> rows;
+        for (int i = 0; i < list.RowCount(); ++i)
+            if (list.Text(i, kColumnSelected) == "Yes") rows.push_back(i);
+        return rows;
+    };
+    if (row.clearBalancing) LoadBalancingClearCommand(list, prompts, ticked);
+    if (!row.applyBalancing) return;
+    std::string printers = row.texts.balancedPrinters;
+    if (printers.empty()) printers = TextOfBalancedPrinters(application.BalancedPrinters());
+    if (printers.empty())
+        prompts.ShowBox("Printer Load Balancing",
+                        CheckBalanceOptions(application.BalancedPrinters()).front());
+    else
+        LoadBalancingCommand(list, prompts, ticked, printers);
 }
 
 enum class Loading { kWhole, kIncomplete, kStopped };
@@ -95,6 +130,7 @@ Loading LoadItems(Application& application, const RowOptions& row) {
             list.SetText(i, kColumnPrintDirect, "Yes");
         if (InterruptCount() > 0) return Loading::kStopped;
     }
+    ChangeBalancing(application, row);
     return loading;
 }
 

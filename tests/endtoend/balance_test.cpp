@@ -60,6 +60,26 @@ TEST_F(QprBalance, FillsTheFirstPrinterToItsLimit) {
     EXPECT_EQ(Choose()["printer"], "Second");
 }
 
+TEST_F(QprBalance, AppliesToTheRowsOfAListOrIsTakenFromThem) {
+    m_qpr.m_work.Write("list.aob",
+                       "Yes ;Report (1).ps ;1 ;Ready. ; ; ; ; ; ; ; ; ;7 ; ;\nNo ;Report (1).ps ;1 ;");
+    const auto printersOf = [&](const std::vector<std::string>& options) {
+        std::vector<std::string> arguments = {"--json", "list", "list.aob", "--balanced-printers", "2"};
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        std::vector<std::string> printers;
+        const nlohmann::json listed = m_qpr.Run(arguments).Json();
+        for (const auto& row : listed["rows"]) printers.push_back(row["columns"][12]);
+        return printers;
+    };
+    EXPECT_THAT(printersOf({}), ElementsAre("7", "2"));
+    EXPECT_THAT(printersOf({"--apply-balancing"}), ElementsAre("2", "2"));
+    EXPECT_THAT(printersOf({"--clear-balancing"}), ElementsAre("", "2")) << "nobody says that all are meant";
+    EXPECT_EQ(
+        m_qpr.Run({"--json", "list", "--apply-balancing", "Report (1).ps"}).Json()["rows"][0]["columns"][12],
+        "1,2");
+    EXPECT_EQ(m_qpr.Run({"list", "--apply-balancing", "--clear-balancing", "x.ps"}).exitCode, 2);
+}
+
 TEST_F(QprBalance, ChecksTheSettings) {
     ProgramResult result = m_qpr.Run({"balance", "check"});
     EXPECT_EQ(result.exitCode, 0);
