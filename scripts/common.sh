@@ -4,6 +4,9 @@ top=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 cd "$top"
 export DEBIAN_FRONTEND=noninteractive
 
+# Many tests wait more than they work.
+test_jobs=$(($(nproc) + 1))
+
 say() { printf '== %s\n' "$*"; }
 fail() { printf '== %s\n' "$*" >&2; exit 1; }
 
