@@ -54,7 +54,7 @@ public:
         feedback.ShowRowStatus("Spooling");
         m_services.printer.UsePriority(m_services.watch.RunPriority());
         int printed = 0;
-        std::int64_t jobId = 0;
+        std::vector<std::int64_t> jobs;
         WayResult flaw;  // the last call that was not as it should be
         for (int i = 0; i < times; ++i) {
             if (i > 0 && !feedback.KeepGoing()) return Stopped(printed, times);
@@ -62,16 +62,31 @@ public:
             if (call.end == WayResult::End::kStopped) return Stopped(printed, times);
             if (call.end == WayResult::End::kPrinted) {
                 ++printed;
-                jobId = call.jobId;
+                jobs.push_back(call.jobId);
             }
             if (call.end != WayResult::End::kPrinted || !call.remark.empty()) flaw = call;
         }
         if (printed == 0) return flaw;
-        if (printed == times) return Printed(flaw.remark, jobId);
-        return Printed(Format("Printed %d of %d times: %s", printed, times, flaw.remark), jobId);
+        WayResult result = Printed(flaw.remark, jobs.back());
+        if (printed < times)
+            result.remark = Format("Printed %d of %d times: %s", printed, times, flaw.remark);
+        else if (printed < item.ticket.copies)
+            TellUnsetCopies(printed, item.ticket.copies, result);
+        jobs.pop_back();
+        result.earlierJobs = std::move(jobs);
+        return result;
     }
 
 private:
+    // The bytes themselves say how they are to be printed, and a set-up changes none of them.
+    static void TellUnsetCopies(int printed, int wanted, WayResult& result) {
+        const std::string text =
+            Format("sent %d of %d times: copies are not set for printer-ready files, -r%d is", printed,
+                   wanted, wanted);
+        result.status = std::string(kStatusDone) + ", " + text;
+        if (result.remark.empty()) result.remark = "Printed, " + text;
+    }
+
     WayResult SendOnce(const RunItem& item, WayFeedback& feedback) {
         const auto onChunk = [&feedback](std::int64_t done, std::int64_t total) {
             feedback.ShowBytes(done, total);

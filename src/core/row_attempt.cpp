@@ -83,7 +83,9 @@ WayResult RowAttempt::AttemptBalanced(RunItem item) {
     item.ticket = m_services.selection.Ticket();
     if (m_row.Find()) m_services.list.SetText(m_row.Index(), kColumnBalancedPrinterUsed, item.printer);
     WayResult result = AttemptDocument(item);
-    if (result.end == WayResult::End::kPrinted) m_services.balance.NoteSent(choice, result.jobId);
+    if (result.end != WayResult::End::kPrinted) return result;
+    for (const std::int64_t job : result.earlierJobs) m_services.balance.NoteSent(choice, job);
+    m_services.balance.NoteSent(choice, result.jobId);
     return result;
 }
 

@@ -42,7 +42,8 @@ struct WayResult {
     int pages = 0;           // that were printed, where it is known better than from the row
     // Those that took it or a part of it, each once, the last of them last; empty: the printer of the item.
     std::vector<std::string> printers = {};
-    int wholeCopies = 0;  // that came out although the end is no success
+    int wholeCopies = 0;                         // that came out although the end is no success
+    std::vector<std::int64_t> earlierJobs = {};  // of a row that became several: all but `jobId`
 };
 
 // What a way may say and ask while it works.

@@ -215,7 +215,7 @@ int FakeSpooler::ListJobs(std::string_view printer, std::vector<JobInfo>& jobs) 
     m_calls.push_back(Join("ListJobs", printer));
     const Printer* queue = FindQueue(printer);
     if (queue == nullptr || m_failures.listing) return -1;
-    jobs.insert(jobs.end(), queue->jobs.begin(), queue->jobs.end());
+    if (!m_hideJobs) jobs.insert(jobs.end(), queue->jobs.begin(), queue->jobs.end());
     return 0;
 }
 

@@ -42,7 +42,8 @@ public:
     void SetUntried(std::int64_t id, bool isUntried);
     void TakeJobAway(std::int64_t id);  // it was printed
     void KeepJobs(bool keep) { m_keepJobs = keep; }
-    void DeliverJobs();  // every job of a printer that is not paused
+    void HideJobs(bool hide) { m_hideJobs = hide; }  // they are there, and not listed yet
+    void DeliverJobs();                              // every job of a printer that is not paused
     void SetNow(const LocalTime& now) { m_now = now; }
 
     // Failures, from now on until StopFailing. `error` is what SystemError then tells.
@@ -106,6 +107,7 @@ private:
     std::string m_default;
     std::int64_t m_lastId = 0;
     bool m_keepJobs = false;
+    bool m_hideJobs = false;
     LocalTime m_now{2024, 1, 2, 3, 4, 5};
     Failures m_failures;
     std::vector<SentDocument> m_sent;
