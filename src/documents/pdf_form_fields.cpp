@@ -252,7 +252,7 @@ FormText PdfFormFields::TextOf(Field& field) {
     return text;
 }
 
-FormTextStyle PdfFormFields::StyleOf(Handle widget) {
+FormTextStyle PdfFormFields::StyleOf(const Handle& widget) {
     Helper helper(m_form.getFieldForAnnotation(QPDFAnnotationObjectHelper(widget)));
     FormTextStyle style;
     style.appearance = helper.getDefaultAppearance();

@@ -40,7 +40,7 @@ private:
     bool SetButton(Field& field, const FormData::Field& data, std::string& flaw);
     bool DrawField(Field& field);
     FormText TextOf(Field& field);
-    FormTextStyle StyleOf(QPDFObjectHandle widget);
+    FormTextStyle StyleOf(const QPDFObjectHandle& widget);
 
     QPDF& m_pdf;
     QPDFAcroFormDocumentHelper m_form;

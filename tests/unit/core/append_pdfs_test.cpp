@@ -102,9 +102,18 @@ TEST_F(AppendPdfsTest, OneFailureCostsOneRow) {
 TEST_F(AppendPdfsTest, RangesAndProtectedFilesGoThroughTheLibrary) {
     Insert(m_folder.Write("a.pdf", MakeSmallPdf({"(1)", "(2)", "(3)"})));
     Insert(m_folder.Write("b.pdf", MakeSmallPdf({"(4)"}, true)));
-    Put(0, kColumnProcessingParameters, "-s2|-e3");
-    EXPECT_EQ(Pages(Append()), "(2)(3)(4)");
-    EXPECT_EQ(TextOf(0, kColumnPages), "00003");
+    Put(0, kColumnProcessingParameters, "-s2");
+    Insert(m_folder.Write("last.pro", "-s2|-e2"));
+    Insert(m_folder.PathOf("a.pdf"));
+    Insert(m_folder.PathOf("a.pdf"));
+    Put(4, kColumnExtraOptions, "-e1");
+    Insert(m_folder.PathOf("a.pdf"));
+    Put(5, kColumnProcessingParameters, "-s0");
+    const AppendOutcome outcome = Append();
+    EXPECT_EQ(Pages(outcome), "(2)(3)(4)(2)(1)");
+    ASSERT_EQ(outcome.failures.size(), 1U);
+    EXPECT_EQ(outcome.failures[0].error, "Error appending file: the file doesn't have these pages");
+    EXPECT_EQ(TextOf(0, kColumnPages), "00005");
     EXPECT_EQ(FilesInTemp(), 2) << "the merged file and its lock";
 }
 

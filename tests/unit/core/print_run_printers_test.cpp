@@ -124,6 +124,100 @@ TEST_F(PrintRunPrintersTest, PdfPagesGoToTheColourPrinterAndTheOtherInTheirOrder
     EXPECT_THAT(Text(0, kColumnStatus), HasSubstr("Error - Can't Print - "));
 }
 
+// What a row asks for comes out, or nothing and the row says why.
+TEST_F(PrintRunPrintersTest, PagesAreChosenOrTheRowIsRefused) {
+    options.m_generateReports = true;
+    const std::string impossible = "Error - Can't Print - no document has such pages: ";
+    const struct {
+        const char* name;
+        const char* parameters;
+        const char* extra;
+        std::string status;
+        const char* sent;  // the pages; "": nothing
+        const char* counted;
+    } kRows[] = {
+        {"open.pdf", "-s2", "", "Done", "2-0", ""},
+        {"begin.pdf", "-e3", "", "Done", "1-3", "3"},
+        {"extra.pdf", "-c1", "-r1 -s2|-e5", "Done", "2-5", "4"},
+        {"own.pdf", "-s4|-e4", "-s1|-e2", "Done", "4-4", "1"},
+        {"string.pdf", "-c1|-S2|-E3|-D0|-sText|-p1", "", "Done", "2-3", "2"},
+        {"all.pdf", "-c1|-S0|-E0|-D0|-s", "-silent", "Done", "%PDF", ""},
+        {"turned.pdf", "-s5|-e2", "", impossible + "\"-s5|-e2\"", "", ""},
+        {"zero.pdf", "-s0|-e2", "", impossible + "\"-s0|-e2\"", "", ""},
+        {"words.pdf", "", "-s2-5", impossible + "\"-s2-5\"", "", ""},
+        {"raw.ps", "-s1|-e1", "",
+         "Error - Can't Print - pages can't be chosen of a file that goes to the printer as it is", "", ""}};
+    for (const auto& row : kRows) {
+        ItemTexts texts;
+        texts.processingParameters = row.parameters;
+        texts.extraOptions = row.extra;
+        AddFile(row.name, "%PDF", texts);
+    }
+    list.SetText(1, kColumnPrintDirect, "Yes");
+    list.InsertFileIntoList(folder.Write("first.pro", "-s1|-e1"), 1, "", {});
+    AddFile("below.pdf", "%PDF");
+    options.m_noPdfPages = true;
+    run.OnButtonPrint();
+    std::size_t sent = 0;
+    for (int i = 0; i < static_cast<int>(std::size(kRows)); ++i) {
+        EXPECT_EQ(Text(i, kColumnStatus), kRows[i].status) << kRows[i].name;
+        if (*kRows[i].sent == '\0') continue;
+        EXPECT_EQ(spooler.Sent().at(sent).bytes, kRows[i].sent) << kRows[i].name;
+        EXPECT_THAT(spooler.Sent().at(sent++).name, testing::EndsWith(kRows[i].name));
+        EXPECT_THAT(ReportText(".csv"), testing::ContainsRegex(std::string(kRows[i].name) + ",[0-9.]*," +
+                                                               kRows[i].counted + ",Laser"));
+    }
+    EXPECT_EQ(spooler.Sent().at(sent).bytes, "1-1") << "what an item above has set";
+    EXPECT_EQ(spooler.Sent().size(), sent + 1);
+
+    list.Clear();
+    pdfs.extracted = PdfResult::kNoSuchPages;
+    ItemTexts beyond;
+    beyond.processingParameters = "-s7|-e9";
+    AddFile("beyond.pdf", "%PDF", beyond);
+    run.OnButtonPrint();
+    EXPECT_EQ(Text(0, kColumnStatus), "Error - Can't Print - the file doesn't have these pages: \"-s7|-e9\"");
+    EXPECT_EQ(spooler.Sent().size(), sent + 1);
+}
+
+TEST_F(PrintRunPrintersTest, ProtectedFilesAreOpenedOrRefused) {
+    const std::string encrypted =
+        "%PDF-1.4\n1 0 obj\n<< /Type /Catalog /Pages 2 0 R >>\nendobj\nxref\n0 1\n0000000000 65535 f \n"
+        "trailer\n<< /Root 1 0 R /Size 1 /Encrypt 3 0 R >>\nstartxref\n58\n%%EOF\n";
+    AddFile("a.pdf", encrypted);
+    run.OnButtonPrint();
+    EXPECT_EQ(spooler.Sent().at(0).bytes, encrypted) << "only its owner needs a password";
+    pdfs.opens = false;
+    run.OnButtonPrint();
+    EXPECT_EQ(spooler.Sent().at(1).bytes, "1-0") << "written anew, without a password";
+    for (const PdfResult result : {PdfResult::kWrongPassword, PdfResult::kUnreadable, PdfResult::kGaveUp}) {
+        pdfs.extracted = result;
+        run.OnButtonPrint();
+        EXPECT_EQ(Text(0, kColumnStatus), std::string("Error - Can't Print - ") + DescribePdfResult(result));
+    }
+    list.Clear();
+    AddFile("damaged.pdf", "%PDF");
+    pdfs.extracted = PdfResult::kUnreadable;
+    run.OnButtonPrint();
+    EXPECT_EQ(spooler.Sent().at(2).bytes, "%PDF") << "others may know better";
+}
+
+TEST_F(PrintRunPrintersTest, FormsDataArePrintedAsTheFilledForm) {
+    debugLog.Open(files, folder.PathOf("qpr.log"));
+    const std::string data = AddFile("order.xfdf", "<xfdf/>");
+    pdfs.filled.unknownFields = {"total"};
+    EXPECT_EQ(run.OnButtonPrint().done, 1);
+    EXPECT_EQ(spooler.Sent().at(0).bytes, "filled by order.xfdf");
+    EXPECT_EQ(spooler.Sent().at(0).name, data);
+    EXPECT_THAT(DebugLines(), HasSubstr("found FDF / XDP\r\nForms - Pre processing file: " + data +
+                                        "\r\nForms - the form has no field: total\r\n"));
+    pdfs.filled.flaw = "the form is missing: \"order.pdf\"";
+    EXPECT_EQ(run.OnButtonPrint().failed, 1);
+    EXPECT_EQ(Text(0, kColumnStatus), "Error - Can't Print - the form is missing: \"order.pdf\"");
+    EXPECT_EQ(spooler.Sent().size(), 1U);
+    EXPECT_FALSE(std::filesystem::exists(folder.PathOf("Temp/Pages1")));
+}
+
 TEST_F(PrintRunPrintersTest, AnAnswerThatWasLostIsNeverTriedAgain) {
     options.m_onErrorPrintOneMoreTime = true;
     AddFiles({"a.ps", "b.pdf"});

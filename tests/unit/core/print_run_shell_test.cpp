@@ -90,6 +90,13 @@ TEST_F(ShellWayTest, APdfIsMadeAndPrintedWithTheTicket) {
     EXPECT_EQ(sent.ticket.copies, 2);
     EXPECT_EQ(result.jobId, sent.jobId);
     EXPECT_THAT(feedback.statuses, ElementsAre("Running", "Spooling"));
+    ConvertNext();
+    RunItem some;
+    some.path = path;
+    some.printer = "Laser";
+    some.range = ReadPageRange("-s2|-e4");
+    EXPECT_EQ(way->Process(some, feedback).pages, 3);
+    EXPECT_EQ(spooler.Sent().at(1).bytes, "2-4") << "of what was made of it";
     EXPECT_THAT(DebugLines(), HasSubstr("Getting ready to print file: " + path +
                                         ", printParameters: , retry: 0, action: print, gs.m_waitBat: 0\r\n"));
 }
@@ -185,6 +192,11 @@ TEST_F(ShellWayTest, AProgramThatPrintsIsProvedByItsJob) {
     EXPECT_TRUE(processes.records[0].inputClosed);
     EXPECT_TRUE(processes.records[0].destroyed) << "a program that stays is ended";
     EXPECT_NEAR(static_cast<double>(loop.MonotonicMilliseconds() - start), 5000, 1000);
+
+    RunItem some;
+    some.path = path;
+    some.range.kind = PageRange::Kind::kSome;
+    EXPECT_THAT(way->Process(some, feedback).status, HasSubstr("pages can be chosen only of PDF files"));
 
     // The same job is no proof for the next one.
     const WayResult second = Process(*way, path);

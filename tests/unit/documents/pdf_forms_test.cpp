@@ -171,9 +171,8 @@ TEST_F(PdfFormsTest, FormsLieWhereTheDataSay) {
     EXPECT_EQ(flawOf("lost.pdf"), "the form is missing: \"lost.pdf\"");
     EXPECT_EQ(flawOf("forms"), "the form is missing: \"forms\"");
     EXPECT_EQ(flawOf(""), "the forms data name no form");
-    for (const std::string name :
-         {"http://127.0.0.1:1/form.pdf", "HTTPS:form.pdf", "ftp://host/form.pdf", "//host/share/form.pdf",
-          "\\\\host\\share\\form.pdf", "file://host/f.pdf"})
+    for (const std::string name : {"http://127.0.0.1:1/form.pdf", "HTTPS:form.pdf", "ftp://host/form.pdf",
+                                   "//host/share/form.pdf", "\\\\host\\share\\form.pdf", "file://host/f.pdf"})
         EXPECT_EQ(flawOf(name),
                   "the form is named by an address, and forms are not fetched: \"" + name + "\"");
     folder.Write("form.pdf", "junk");
