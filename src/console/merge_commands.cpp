@@ -27,8 +27,7 @@ struct MergeOptions {
 PdfMergeOutcome MergeWithProgress(Context& context, Application& application, const MergeOptions& options) {
     Services& services = context.System();
     const ScratchFolder scratch(*services.files, application.Options(), application.WorkingFolder(), "Merge");
-    PdfWorker worker(*services.processes, *services.loop, *services.files,
-                     services.machine->ProgramPath());
+    PdfWorker worker(*services.processes, *services.loop, *services.files, services.machine->ProgramPath());
     ProgressLine progress(*services.terminal, application.List(), context.ErrorsHaveColours());
     PdfMergeRequest request;
     request.target = options.target;

@@ -156,8 +156,8 @@ PdfResult Appending::AddPages(int row, PdfMerge& merge, const std::string& scrat
 
 // As the walk would find it: a row without parameters has those of the last item above that sets some.
 PageRange Appending::RangeOf(int row) const {
-    PageRange own = FindPageRange(m_list.Text(row, kColumnProcessingParameters),
-                                  m_list.Text(row, kColumnExtraOptions));
+    PageRange own =
+        FindPageRange(m_list.Text(row, kColumnProcessingParameters), m_list.Text(row, kColumnExtraOptions));
     const bool hasParameters = !m_list.Text(row, kColumnProcessingParameters).empty();
     if (hasParameters || own.kind != PageRange::Kind::kNone) return own;
     ProcessingDefaults defaults(m_services.files);
