@@ -18,6 +18,7 @@ namespace quirepress {
 namespace {
 
 constexpr long long kMillisecondsInSecond = 1000;
+constexpr std::size_t kLongestTitle = 200;
 constexpr std::size_t kMostBytesOfPaths = 16'000;  // a command line has its limits
 
 bool IsSameFile(const FileFacts& left, const FileFacts& right) {
@@ -133,8 +134,9 @@ bool PdfConverter::MakeSource(const PrintCommand& command, const std::string& pa
     if (source.facts.kind != FileKind::kRegular || !source.facts.readable) return false;
     // No name is taken for an option of a program.
     source.taken = IsAbsolutePath(path) ? path : JoinPath(m_files.ResolvePath("."), path);
-    if (IsValidUtf8(path) || command.Uses("%u")) return true;
-    // Many programs do not find a file of such a name.
+    const bool isUsual = IsValidUtf8(path) && FileTitle(path).size() <= kLongestTitle;
+    if (isUsual || command.Uses("%u")) return true;
+    // Many programs do not find a file of such a name, or have no room for what they add to it.
     source.isCopy = true;
     const std::string extension(FileExtension(path));
     source.taken =

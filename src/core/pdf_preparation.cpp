@@ -4,7 +4,6 @@
 
 #include "base/format.h"
 #include "base/path.h"
-#include "base/text.h"
 #include "documents/pdf_counter.h"
 #include "documents/pdf_forms.h"
 #include "documents/pdf_protection.h"
@@ -14,17 +13,6 @@
 
 namespace quirepress {
 
-namespace {
-
-constexpr std::size_t kLongestStem = 200;  // of names of files; what is added to them has room
-
-// Programs name their jobs after it.
-std::string NewName(const std::string& path, std::string_view extension) {
-    return std::string(CutToSize(TitleWithoutExtension(path), kLongestStem)) + std::string(extension);
-}
-
-}  // namespace
-
 PreparedPdf PdfPreparation::Prepare(const std::string& pdf, const PageRange& range) {
     PreparedPdf prepared;
     prepared.file = pdf;
@@ -32,7 +20,7 @@ PreparedPdf PdfPreparation::Prepare(const std::string& pdf, const PageRange& ran
     const PdfProtection protection =
         isWhole ? FindPdfProtection(m_services.files, pdf) : PdfProtection::kUnknown;
     if (isWhole && (protection == PdfProtection::kNone || OpensWithoutPassword(pdf))) return prepared;
-    if (!MakeTarget(NewName(pdf, FileExtension(pdf)), prepared)) return prepared;
+    if (!MakeTarget(ScratchName(pdf, FileExtension(pdf)), prepared)) return prepared;
     const PdfResult result =
         m_services.pages.ExtractPages(pdf, m_services.options.m_openPassword, {range.pages}, prepared.file);
     if (result == PdfResult::kDone) {
@@ -57,7 +45,7 @@ bool PdfPreparation::OpensWithoutPassword(const std::string& pdf) {
 
 PreparedPdf PdfPreparation::FillForm(const std::string& data) {
     PreparedPdf prepared;
-    if (!MakeTarget(NewName(data, ".pdf"), prepared)) return prepared;
+    if (!MakeTarget(ScratchName(data, ".pdf"), prepared)) return prepared;
     FormFilling filling;
     const PdfResult result =
         m_services.forms.FillForm(data, m_services.options.m_openPassword, prepared.file, filling);

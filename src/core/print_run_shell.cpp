@@ -157,7 +157,8 @@ private:
         const ScratchFolder scratch(files, m_services.options, m_services.workingFolder, "MSG/");
         FileResult result = files.MakeFolders(scratch.Path());
         RunItem copy = item;
-        copy.path = JoinPath(files.ResolvePath(scratch.Path()), FileTitle(item.path));
+        copy.path =
+            JoinPath(files.ResolvePath(scratch.Path()), ScratchName(item.path, FileExtension(item.path)));
         if (result == FileResult::kDone)
             result = CopyFileDurably(files, item.path, copy.path, [&] { return feedback.KeepGoing(); });
         if (feedback.IsStopped()) return StoppedWay();

@@ -1,6 +1,7 @@
 #include "core/scratch_folder.h"
 
 #include "base/path.h"
+#include "base/text.h"
 #include "platform/file_tools.h"
 #include "platform/files.h"
 #include "settings/general_options.h"
@@ -10,6 +11,11 @@ namespace quirepress {
 std::string TemporaryFolderOf(const GeneralOptions& options, std::string_view workingFolder) {
     const std::string folder = options.m_tempFolder.empty() ? "Temp" : options.m_tempFolder;
     return IsAbsolutePath(folder) ? folder : JoinPath(workingFolder, folder);
+}
+
+std::string ScratchName(std::string_view path, std::string_view extension) {
+    constexpr std::size_t kLongestStem = 200;
+    return std::string(CutToSize(TitleWithoutExtension(path), kLongestStem)) + std::string(extension);
 }
 
 ScratchFolder::ScratchFolder(Files& files, const GeneralOptions& options, std::string_view workingFolder,

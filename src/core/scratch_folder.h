@@ -30,6 +30,9 @@ private:
     std::unique_ptr<FileLock> m_lock;
 };
 
+// A name like that of `path`, with this ending, and with room for what programs add to it.
+std::string ScratchName(std::string_view path, std::string_view extension);
+
 // The temporary folder of the options; a relative one lies in the working folder.
 std::string TemporaryFolderOf(const GeneralOptions& options, std::string_view workingFolder);
 

@@ -70,8 +70,9 @@ protected:
     Feedback feedback;
     PrintCommandFile commands{SettingsPlace{files, prompts, WithTrailingSeparator(folder.Path())}};
     ShellPrinter shellPrinter{{shell, processes, files, spooler, commands, debugLog, options}};
-    std::unique_ptr<RunWay> way = MakeShellWay({shellPrinter, list, spooler, watch, processes, files, loop,
-                                                debugLog, preparation, options, WithTrailingSeparator(folder.Path())});
+    std::unique_ptr<RunWay> way =
+        MakeShellWay({shellPrinter, list, spooler, watch, processes, files, loop, debugLog, preparation,
+                      options, WithTrailingSeparator(folder.Path())});
     std::unique_ptr<RunWay> scripts =
         MakeScriptWay({shell, processes, loop, clock, debugLog}, files, commands);
 };
@@ -134,6 +135,9 @@ TEST_F(ShellWayTest, SavedMailIsPrintedFromACopy) {
     EXPECT_EQ(spooler.Sent().at(0).bytes, "%PDF of b.eml %%EOF");
     EXPECT_EQ(files.Inspect(words.at(2)).kind, FileKind::kMissing);
     EXPECT_EQ(folder.Read("b.eml"), "Subject: b");
+    const std::string longest = AddFile(std::string(250, 'n') + ".eml", "Subject: c");
+    ConvertNext();
+    EXPECT_EQ(Process(*way, longest).end, End::kPrinted) << "with room for what programs add to a name";
 }
 
 TEST_F(ShellWayTest, SaysWhatIsWrongWithTheAssociation) {
