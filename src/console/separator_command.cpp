@@ -47,10 +47,10 @@ int MakeSeparator(Context& context, const SeparatorRequest& request) {
 }  // namespace
 
 void DefineSeparatorCommand(CommandSet& commands) {
-    CLI::App* command = commands.Add(commands.m_program, "separator",
-                                     "Make a separator page from a template, as a run does",
-                                     {"qpr separator cover.rtf out.rtf report.pdf",
-                                      "qpr separator list.html out.html one.pdf --set one.pdf --set two.pdf"});
+    CLI::App* command =
+        commands.Add(commands.m_program, "separator", "Make a separator page from a template, as a run does",
+                     {"qpr separator cover.rtf out.rtf report.pdf",
+                      "qpr separator list.html out.html one.pdf --set one.pdf --set two.pdf"});
     auto request = std::make_shared<SeparatorRequest>();
     const auto add = [&](const char* name, std::string& value, const char* help) {
         command->add_option(name, value, help)->required()->type_name("");
@@ -59,15 +59,15 @@ void DefineSeparatorCommand(CommandSet& commands) {
     add("OUT", request->separatorPath, "The separator; a file that exists is replaced");
     add("FILE", request->file, "The file that the separator stands for");
     command
-        ->add_option("--set", request->set,
-                     "A file of the set that [FILENAME1], [FILENAME2]... name, in this order; without it FILE "
-                     "alone")
+        ->add_option(
+            "--set", request->set,
+            "A file of the set that [FILENAME1], [FILENAME2]... name, in this order; without it FILE "
+            "alone")
         ->expected(1)
         ->take_all()
         ->type_name("FILE");
-    commands.RunWith(command, [request, &context = commands.m_context] {
-        return MakeSeparator(context, *request);
-    });
+    commands.RunWith(command,
+                     [request, &context = commands.m_context] { return MakeSeparator(context, *request); });
 }
 
 }  // namespace quirepress

@@ -161,9 +161,9 @@ TEST_F(RunSnapshotTest, RefusesWhatIsNotWhole) {
         folder.Write("SnapshotRestore.List", whole.substr(0, size));
         EXPECT_EQ(Load(cutOff), SnapshotResult::kDamaged) << size;
     }
-    folder.Write("SnapshotRestore.List",
-                 whole + "FINISHED\t99\t1\t1\t1\t0\t0\t0\t1\t1\tDone\n"
-                         "FINISHED\t0\t1\t1\t1\t0\t0\t0\t1\t1\tDo");
+    folder.Write("SnapshotRestore.List", whole +
+                                             "FINISHED\t99\t1\t1\t1\t0\t0\t0\t1\t1\tDone\n"
+                                             "FINISHED\t0\t1\t1\t1\t0\t0\t0\t1\t1\tDo");
     folder.Write("SnapshotRestore.Checkpoint", "QUIREPRESS CHECKPOINT 1\t77\t1\t0\t78\t1\n");
     ASSERT_EQ(Load(cutOff), SnapshotResult::kLoaded);
     EXPECT_EQ(cutOff.rowAtWork, -1);
