@@ -4,11 +4,7 @@
 #include <chrono>
 
 #include "base/path.h"
-#include "fakes/both_kinds.h"
 #include "fakes/built_files.h"
-#include "fakes/fake_clock.h"
-#include "fakes/fake_event_loop.h"
-#include "fakes/fake_libraries.h"
 #include "fakes/running_child.h"
 #include "fakes/temporary_folder.h"
 #include "platform/clock.h"
@@ -23,29 +19,16 @@
 namespace quirepress {
 namespace {
 
-int TestValue() {
-    return 42;
-}
-
-class LibrariesContract : public testing::TestWithParam<bool> {
+class LibrariesContract : public testing::Test {
 protected:
-    LibrariesContract() {
-        m_fake.libraries[path] = {{"QuirepressTestValue", FakeLibraries::ToSymbol(&TestValue)}};
-    }
-    Libraries& libraries() { return GetParam() ? static_cast<Libraries&>(m_fake) : *services.libraries; }
-
     Services services = MakeSystemServices();
-    std::string path = TestLibraryPath(*services.machine);
-
-private:
-    FakeLibraries m_fake;
+    Libraries& libraries = *services.libraries;
+    const std::string path = TestLibraryPath(*services.machine);
 };
 
-INSTANTIATE_TEST_SUITE_P(Implementations, LibrariesContract, testing::Bool(), NameOfKind);
-
-TEST_P(LibrariesContract, FindsSymbolsOfALibrary) {
+TEST_F(LibrariesContract, FindsSymbolsOfALibrary) {
     std::string error;
-    const auto library = libraries().Load(path, error);
+    const auto library = libraries.Load(path, error);
     ASSERT_TRUE(library) << error;
     void* const symbol = library->FindSymbol("QuirepressTestValue");
     ASSERT_NE(symbol, nullptr);
@@ -54,14 +37,14 @@ TEST_P(LibrariesContract, FindsSymbolsOfALibrary) {
     EXPECT_EQ(library->FindSymbol(""), nullptr);
 }
 
-TEST_P(LibrariesContract, SaysWhyALibraryCannotBeLoaded) {
+TEST_F(LibrariesContract, SaysWhyALibraryCannotBeLoaded) {
     const TemporaryFolder folder;
     const std::string garbage = folder.Write("garbage.plg", std::string(5'000, '\x7F'));
     const std::string withNul = path + std::string("\0x", 2);
     for (const std::string& name : {garbage, folder.Path(), folder.PathOf("none.plg"), std::string(), withNul,
                                     std::string("no-such-library.plg")}) {
         std::string error;
-        EXPECT_EQ(libraries().Load(name, error), nullptr) << name;
+        EXPECT_EQ(libraries.Load(name, error), nullptr) << name;
         EXPECT_NE(error, "") << name;
     }
 }
@@ -83,21 +66,6 @@ TEST(ClockContract, TellsTheTimeOfTheSystem) {
     const LocalTime later = services.clock->ToLocal(noon + 61 * kSecond + kSecond - 1);
     EXPECT_EQ((later.minute * 60 + later.second - local.minute * 60 - local.second + 3'600) % 3'600, 61);
     EXPECT_EQ(services.clock->ToLocal(-1).year + services.clock->ToLocal(-1).month, 1969 + 12);
-}
-
-TEST(FakeClockContract, GoesWithTheLoopsTime) {
-    FakeEventLoop loop;
-    FakeClock clock(loop);
-    EXPECT_EQ(FormatDateTime(clock.ToLocal(clock.Now())), "2024-03-01 12:00:00");
-    loop.Wait(61'000);
-    EXPECT_EQ(FormatDateTime(clock.ToLocal(clock.Now())), "2024-03-01 12:01:01");
-    clock.SetOffsetMinutes(-90);
-    clock.SetLocal({1999, 12, 31, 23, 59, 59});
-    EXPECT_EQ(FormatDateTime(clock.ToLocal(clock.Now())), "1999-12-31 23:59:59");
-    loop.Wait(1'000);
-    EXPECT_EQ(FormatDateTime(clock.ToLocal(clock.Now())), "2000-01-01 00:00:00");
-    EXPECT_EQ(FormatDateTime(clock.ToLocal(-1'000'000'000)), "1969-12-31 22:29:59");
-    EXPECT_EQ(clock.ToLocal(kNoInstant), LocalTime());
 }
 
 TEST(MachineContract, KnowsItsFolders) {

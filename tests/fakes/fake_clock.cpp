@@ -9,7 +9,6 @@ namespace quirepress {
 namespace {
 
 constexpr Instant kMillisecond = 1'000'000;
-constexpr Instant kMinute = 60'000 * kMillisecond;
 
 }  // namespace
 
@@ -24,7 +23,7 @@ Instant FakeClock::Now() {
 LocalTime FakeClock::ToLocal(Instant instant) {
     if (instant == kNoInstant) return {};
     using namespace std::chrono;
-    const sys_time<nanoseconds> moment{nanoseconds(instant + m_offsetMinutes * kMinute)};
+    const sys_time<nanoseconds> moment{nanoseconds(instant)};
     const auto day = floor<days>(moment);
     const year_month_day date(day);
     const hh_mm_ss time(floor<seconds>(moment - day));
@@ -45,7 +44,7 @@ void FakeClock::SetLocal(const LocalTime& now) {
     const sys_days day(year(now.year) / now.month / now.day);
     const nanoseconds moment =
         day.time_since_epoch() + hours(now.hour) + minutes(now.minute) + seconds(now.second);
-    SetNow(moment.count() - m_offsetMinutes * kMinute);
+    SetNow(moment.count());
 }
 
 }  // namespace quirepress

@@ -6,7 +6,7 @@ namespace quirepress {
 
 class FakeEventLoop;
 
-// Goes with a FakeEventLoop's time, or stands still without one. Local time is UTC and a whole offset.
+// Goes with a FakeEventLoop's time, or stands still without one. Local time is UTC.
 class FakeClock : public Clock {
 public:
     // The moment at which it starts: 2024-03-01 12:00:00 UTC.
@@ -20,12 +20,10 @@ public:
 
     void SetNow(Instant now);
     void SetLocal(const LocalTime& now);  // sets the moment that shows as `now`
-    void SetOffsetMinutes(int minutes) { m_offsetMinutes = minutes; }
 
 private:
     FakeEventLoop* m_loop = nullptr;
     Instant m_base = kStart;  // now, less what the loop has gone
-    int m_offsetMinutes = 0;
 };
 
 }  // namespace quirepress

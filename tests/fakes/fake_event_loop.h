@@ -12,8 +12,6 @@ public:
 
     // Time goes by without a pump, as while a call keeps the program busy.
     void Advance(long long milliseconds) { m_now += milliseconds; }
-    // An interrupt: the innermost wait, and those around it, end at their next pass.
-    void Interrupt() { ++m_interrupts; }
 
     int WaitCount() const { return m_waitCount; }
     int PumpCount() const { return m_pumpCount; }
@@ -22,13 +20,12 @@ protected:
     void DispatchSystemEvents() override { ++m_pumpCount; }
     // A pass that is wanted soon takes a moment, too.
     void SleepUnlessWoken(long long milliseconds) override { m_now += milliseconds > 0 ? milliseconds : 1; }
-    int CountInterrupts() const override { return m_interrupts; }
+    int CountInterrupts() const override { return 0; }
 
 private:
     long long m_now = 1'000;
     int m_waitCount = 0;
     int m_pumpCount = 0;
-    int m_interrupts = 0;
 };
 
 }  // namespace quirepress

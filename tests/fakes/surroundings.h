@@ -8,7 +8,6 @@
 #include "fakes/fake_machine.h"
 #include "fakes/fake_processes.h"
 #include "fakes/fake_prompts.h"
-#include "fakes/fake_registry.h"
 #include "fakes/faulty_files.h"
 #include "fakes/temporary_folder.h"
 #include "logs/debug_log.h"
@@ -26,7 +25,6 @@ struct Surroundings {
     FakeClock clock{loop};
     FakePrompts prompts;
     FakeMachine machine;
-    FakeRegistry registry;
     FakeProcesses processes;
     DebugLog debugLog;  // off until opened
 
