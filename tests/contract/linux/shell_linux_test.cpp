@@ -2,8 +2,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <cstdlib>
-
+#include "fakes/linux/scoped_variable.h"
 #include "fakes/temporary_folder.h"
 #include "platform/services.h"
 #include "platform/shell.h"
@@ -13,38 +12,14 @@ namespace {
 
 using ::testing::ElementsAre;
 
-// An environment variable for the time of a test.
-class WithVariable {
-public:
-    WithVariable(const char* name, const std::string& value) : m_name(name) {
-        const char* const old = std::getenv(name);
-        if (old != nullptr) m_old = old;
-        m_wasSet = old != nullptr;
-        setenv(name, value.c_str(), 1);
-    }
-    ~WithVariable() {
-        if (m_wasSet)
-            setenv(m_name, m_old.c_str(), 1);
-        else
-            unsetenv(m_name);
-    }
-    WithVariable(const WithVariable&) = delete;
-    WithVariable& operator=(const WithVariable&) = delete;
-
-private:
-    const char* m_name;
-    std::string m_old;
-    bool m_wasSet = false;
-};
-
 TEST(LinuxShell, KnowsTypesByTheMimeDatabases) {
     const TemporaryFolder folder;
     folder.Write("user/mime/globs2", "# a comment\n60:Application/X-Mine:*.rtf\n");
     folder.Write("system/mime/globs2",
                  "80:text/x-lead:*.Lead\n50:application/rtf:*.rtf\n50:text/plain:*.txt:cs\n50:x/any:*.t[xy]\n"
                  "50:text/x-readme:readme*\n40:text/x-late:*.lead\nbroken\n");
-    const WithVariable user("XDG_DATA_HOME", folder.PathOf("user"));
-    const WithVariable system("XDG_DATA_DIRS", folder.PathOf("none") + ":" + folder.PathOf("system"));
+    const ScopedVariable user("XDG_DATA_HOME", folder.PathOf("user"));
+    const ScopedVariable system("XDG_DATA_DIRS", folder.PathOf("none") + ":" + folder.PathOf("system"));
     const Services services = MakeSystemServices();
     EXPECT_EQ(services.shell->TypeOfFile("/x/a.RTF"), "application/x-mine");
     EXPECT_EQ(services.shell->TypeOfFile("a.txt"), "text/plain");
@@ -60,7 +35,7 @@ TEST(LinuxShell, FindsProgramsThatCanBeStarted) {
     const std::string data = folder.Write("bin/data", "x");
     chmod(data.c_str(), 0644);
     folder.Write("bin/folder/x", "x");
-    const WithVariable path("PATH", "/no/such:" + folder.PathOf("bin"));
+    const ScopedVariable path("PATH", "/no/such:" + folder.PathOf("bin"));
     const Services services = MakeSystemServices();
     EXPECT_EQ(services.shell->FindProgram("tool"), program);
     EXPECT_EQ(services.shell->FindProgram(program), program);

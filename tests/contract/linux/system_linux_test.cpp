@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 #include <signal.h>
-#include <stdlib.h>
 #include <sys/wait.h>
 #include <time.h>
 #include <unistd.h>
@@ -8,6 +7,7 @@
 #include <chrono>
 
 #include "base/path.h"
+#include "fakes/linux/scoped_variable.h"
 #include "fakes/running_child.h"
 #include "fakes/temporary_folder.h"
 #include "platform/clock.h"
@@ -22,33 +22,6 @@
 
 namespace quirepress {
 namespace {
-
-// Sets a variable for one test.
-class ScopedVariable {
-public:
-    ScopedVariable(const char* name, const std::string& value) : m_name(name) {
-        const char* const before = getenv(name);
-        if (before != nullptr) m_before = before;
-        m_wasSet = before != nullptr;
-        setenv(name, value.c_str(), 1);
-        tzset();
-    }
-    ~ScopedVariable() {
-        if (m_wasSet) {
-            setenv(m_name, m_before.c_str(), 1);
-        } else {
-            unsetenv(m_name);
-        }
-        tzset();
-    }
-    ScopedVariable(const ScopedVariable&) = delete;
-    ScopedVariable& operator=(const ScopedVariable&) = delete;
-
-private:
-    const char* m_name;
-    std::string m_before;
-    bool m_wasSet = false;
-};
 
 TEST(LinuxInterruptsTest, EndsWaitsAndThenTheProgram) {
     // In a process of its own: the second interrupt is its end.
