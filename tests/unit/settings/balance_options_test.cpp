@@ -30,19 +30,6 @@ TEST_F(BalanceOptionsTest, KeepsTenPrintersInTheirOrder) {
     EXPECT_TRUE(read.m_roundRobin);
 }
 
-TEST_F(BalanceOptionsTest, ReadsWhatOthersWrote) {
-    m_folder.Write("balancedprinters.ini",
-                   "ROUNDROBIN;x\r\nSPOOL2;abc\r\nSPOOL3;-4\r\nPRINTER1;\r\nPRINTER2;A\r\n"
-                   "PRINTER11;B\r\nPRINTER2;C\r\n");
-    BalanceOptions options;
-    EXPECT_EQ(LoadBalanceOptions(options, m_place), kSettingsDone);
-    EXPECT_TRUE(options.m_roundRobin);
-    EXPECT_EQ(options.m_printers[0].name, "");
-    EXPECT_EQ(options.m_printers[1].name, "C");
-    EXPECT_EQ(options.m_printers[1].spool, 0);
-    EXPECT_EQ(options.m_printers[2].spool, -4);
-}
-
 TEST_F(BalanceOptionsTest, AFailedSaveNamesTheFileOfTheColourSplit) {
     m_folder.Write("balancedprinters.ini", "PRINTER1;A\n");
     m_files.FailAlways(FaultyFiles::Call::kOpenForWriting, FileResult::kNoAccess);

@@ -33,17 +33,6 @@ TEST_F(EmailOptionsTest, SurvivesASaveInTheOrderOfItsWriter) {
     EXPECT_TRUE(read.m_printsFinished && read.m_attachType);
 }
 
-TEST_F(EmailOptionsTest, KeysThatBeginLikeOthersStandForThemselves) {
-    m_folder.Write("email_setup.ini", "JOBATTACHTYPE\r\nPRINTERROR;x\r\nEMAILTO;\r\nSMTP\r\n");
-    EmailOptions options;
-    ASSERT_EQ(LoadEmailOptions(options, m_place), kSettingsDone);
-    EXPECT_TRUE(options.m_attachType && options.m_printerAlert);
-    EXPECT_FALSE(options.m_attach || options.m_printsFinished || options.m_scheduledJob ||
-                 options.m_printError || options.m_printsReady);
-    EXPECT_TRUE(options.m_recipients.empty());
-    EXPECT_EQ(options.m_server, "");
-}
-
 TEST_F(EmailOptionsTest, NobodyElseReadsThePassword) {
     namespace fs = std::filesystem;
     const fs::path path = m_folder.Write("email_setup.ini", "EMAILPASSWORD;old\n");
@@ -64,6 +53,7 @@ TEST_F(EmailOptionsTest, RecipientsAreChangedTogether) {
     std::string message;
     std::vector<std::string> notes;
     EXPECT_EQ(document->ChangeKey("EMAILTO", {"a@example.org", "b@example.org"}, message, notes), 0);
+    EXPECT_EQ(document->ChangeKey("EMAILTO", {}, message, notes), 1);
     ASSERT_EQ(document->Save(), kSettingsDone);
     EXPECT_TRUE(Contains(m_folder.Read("email_setup.ini"),
                          AsWritten("EMAILTO;a@example.org\nEMAILTO;b@example.org\n")));

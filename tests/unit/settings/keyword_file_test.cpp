@@ -73,6 +73,7 @@ TEST_F(KeywordFileTest, AMissingValueLeavesTheFieldAndAWordIsZero) {
     EXPECT_EQ(Load("NUMBER; ").m_number, 0);
     EXPECT_EQ(Load("NUMBER;;;8").m_number, 8);
     EXPECT_EQ(Load("TEXT;").m_text, "default");
+    EXPECT_TRUE(Load("EMAILTO;").m_recipients.empty());
     const Sample sample = Load("PAIR;3");
     EXPECT_EQ(sample.m_first, 3);
     EXPECT_EQ(sample.m_second, 0);
