@@ -208,6 +208,20 @@ TEST_F(EmbeddedSpoolerTest, AnUnwritableOutputFolderKeepsTheJobUntilItIsMended) 
     EXPECT_TRUE(m_folder.Has("file/out/00000002-b.ps"));
 }
 
+TEST_F(EmbeddedSpoolerTest, AFullOutputVolumeKeepsTheJobUntilThereIsRoom) {
+    const std::string large(400'000, 'L');
+    Spool("Quirepress", "large", large);
+    m_files.FailOnce(Call::kRename, FileResult::kOtherVolume);
+    m_files.FailOnce(Call::kWrite, FileResult::kNoSpace);
+    ASSERT_TRUE(Deliver());
+    EXPECT_THAT(FirstJob("Quirepress").statusText, HasSubstr("no space"));
+    EXPECT_EQ(Printer("Quirepress").statusBits, printer_status::kError);
+    EXPECT_THAT(Output(), IsEmpty());
+    m_loop.Wait(2'000);
+    EXPECT_THAT(Output(), ElementsAre(Pair("00000001-large", large)));
+    EXPECT_THAT(Jobs("Quirepress"), IsEmpty());
+}
+
 TEST_F(EmbeddedSpoolerTest, AProgramThatOnlyJustStartedIsNotToldOldTroubles) {
     MakePrinter("Blocked", "folder:" + m_folder.PathOf("file/out"));
     m_folder.Write("file", "in the way");

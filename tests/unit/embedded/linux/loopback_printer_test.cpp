@@ -4,7 +4,6 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include "fakes/fake_lpd_server.h"
 #include "platform/event_loop.h"
 #include "unit/embedded/spooler_bench.h"
 
@@ -55,7 +54,6 @@ public:
             received.append(bytes, static_cast<std::size_t>(count));
         }
     }
-    void Say(const std::string& bytes) { send(m_peer, bytes.data(), bytes.size(), MSG_NOSIGNAL); }
     void EndSending() { shutdown(m_peer, SHUT_WR); }
     void Drop(bool reset) {
         const linger atOnce = {1, 0};
@@ -156,42 +154,6 @@ TEST_F(LoopbackDelivery, AResetLeavesTheJobAsUnknown) {
         EXPECT_FALSE(m_printer.Accept());
         EXPECT_EQ(m_spooler.CancelJob("Net", FirstJob().id), 0);
     }
-}
-
-TEST_F(LoopbackDelivery, ALinePrinterDaemonGetsTheJobOnce) {
-    std::string message;
-    const std::string port = "lpd://127.0.0.1:" + std::to_string(m_printer.Port()) + "/raw";
-    ASSERT_EQ(m_spooler.CreatePrinterQueue("Queue", port, message), 0) << message;
-    FakeLpdServer server;
-    const auto serve = [&](std::size_t end) {
-        m_printer.received.clear();
-        m_printer.Read();
-        m_printer.Say(server.Take(m_printer.received));
-        return server.dataBytes >= end;
-    };
-    std::vector<JobInfo> jobs;
-    const auto isEmpty = [&] {
-        jobs.clear();
-        serve(0);
-        return m_spooler.ListJobs("Queue", jobs) == 0 && jobs.empty();
-    };
-    SpoolDocument(m_spooler, "Queue", "a", m_large);
-    ASSERT_TRUE(PumpUntil([&] { return m_printer.Accept(); }));
-    EXPECT_TRUE(PumpUntil(isEmpty));
-    ASSERT_EQ(server.jobs.size(), 1U);
-    EXPECT_TRUE(server.jobs[0].data == m_large);
-    m_printer.Drop(false);
-    server.Begin();
-    server.dataBytes = 0;
-    SpoolDocument(m_spooler, "Queue", "b", m_large);
-    ASSERT_TRUE(PumpUntil([&] { return m_printer.Accept(); }));
-    ASSERT_TRUE(PumpUntil([&] { return serve(1'000'000); }));
-    m_printer.Drop(true);
-    ASSERT_TRUE(PumpUntil([&] { return m_spooler.IsIdle(); }));
-    EXPECT_FALSE(isEmpty());
-    EXPECT_EQ(jobs[0].statusBits, job_status::kError | job_status::kUserIntervention);
-    m_system.loop->Wait(1'500);
-    EXPECT_FALSE(m_printer.Accept());
 }
 
 // The whole job fits into the buffers of the system, which has acknowledged it.
