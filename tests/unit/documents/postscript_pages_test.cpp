@@ -84,18 +84,6 @@ TEST(PostScriptPages, AgreesWithTheRuleOffsetByOffset) {
     }
 }
 
-TEST(PostScriptPages, AtEndAtEveryOffsetOfShortAndLongFiles) {
-    for (std::size_t size = 20; size < 200; size += 7) {
-        for (std::size_t offset = 4; offset < size; ++offset) {
-            std::string bytes = "%!PS";
-            bytes.resize(size, '.');
-            bytes.replace(size / 2, 11, "%%Pages: 88");
-            bytes.replace(offset, 16, "%%Pages: (atend)");
-            ASSERT_EQ(Count(bytes), CountSlowly(bytes)) << size << " " << offset;
-        }
-    }
-}
-
 TEST(PostScriptPages, ReadsTwoShortPartsOfALongFile) {
     MemoryFile file(kHeader + "%%Pages: (atend)\n" + std::string(1 << 20, 'x') + "\n%%Pages: 12\n%%EOF\n");
     EXPECT_EQ(CountPostScriptPages(file), 12);
