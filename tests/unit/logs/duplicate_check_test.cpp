@@ -71,15 +71,6 @@ TEST_F(DuplicateCheckTest, AFileThatFailedIsNotTriedAgain) {
         EXPECT_EQ(Check({other, 0, "", ""}), HandledBy::kNothing) << other;
 }
 
-TEST_F(DuplicateCheckTest, WithEverySwitchAnyWholeRecordCounts) {
-    SetSwitches("NOFILENAME\nNOFILESIZE\nNOCREATEDDATE\nNOMODIFIEDDATE\n");
-    EXPECT_EQ(Check({"x", 1, "", ""}), HandledBy::kNothing);
-    m_around.folder.Write("print.log", "short\r\n" + std::string(237, ' ') + "\r\n");
-    EXPECT_EQ(Check({"x", 1, "", ""}), HandledBy::kNothing);
-    Print("/nowhere");
-    EXPECT_EQ(Check({"x", 1, "", ""}), HandledBy::kPrintLog);
-}
-
 TEST_F(DuplicateCheckTest, TheLogIsReadOnceAndThenWhatIsAppended) {
     for (int i = 0; i < 50; ++i) Print("/in/" + std::to_string(i));
     EXPECT_EQ(Check({"/in/49", 0, "", ""}), HandledBy::kPrintLog);

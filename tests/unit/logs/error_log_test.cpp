@@ -116,13 +116,5 @@ TEST_F(ErrorLogTest, NobodyIsAskedUnattended) {
     EXPECT_EQ(records[2][4], "Open File: Now ? No");
 }
 
-TEST(FixedRecordTest, TabsAndCutsAreTheLayouts) {
-    const RecordLayout layout = {{{"Time", 0, 4}, {"Size", 5, 3}, {"Next", 8, 2}, {"Name", 11, 3, true}}};
-    EXPECT_EQ(FormatRecord(layout, {"a", "12345", "b", "printer"}), "a   \t12345b \tpri\r\n");
-    EXPECT_EQ(FormatRecord(layout, {"a"}), "a   \t     \t   \r\n");
-    EXPECT_EQ(CutRecord(layout, "a   \t12 b \tpri"), (Fields{"a", "12", "b", "pri"}));
-    EXPECT_EQ(CutRecord(layout, "a   \t1"), (Fields{"a", "1", "", ""}));
-}
-
 }  // namespace
 }  // namespace quirepress
