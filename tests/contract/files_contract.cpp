@@ -23,9 +23,7 @@ namespace quirepress {
 namespace {
 
 using testing::Contains;
-using testing::ElementsAre;
 using testing::Pair;
-using testing::UnorderedElementsAre;
 
 // The system's own files, and the same seen through a fake that has no faults.
 class FilesContract : public testing::TestWithParam<bool> {

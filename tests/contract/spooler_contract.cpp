@@ -235,35 +235,6 @@ TEST_P(SpoolerContract, PausedPrintersKeepTheirJobsInOrder) {
     EXPECT_GT(Spool("Paused", "d"), c);
 }
 
-TEST_P(SpoolerContract, PrintSetupsComeBackAsTheyWereWritten) {
-    std::vector<PrinterInfo> printers;
-    ASSERT_EQ(System().ListPrinters(printers), 0);
-    ASSERT_FALSE(printers.empty());
-    PrintSetupFormat& format = System().SetupFormat();
-    JobTicket ticket;
-    ticket.orientation = JobTicket::Orientation::kLandscape;
-    ticket.copies = 3;
-    ticket.paperSize = 9;
-    PrintSetup setup;
-    std::string message;
-    ASSERT_EQ(format.WriteSetup(printers[0], ticket, setup, message), 0) << message;
-    DeviceNames names;
-    ASSERT_EQ(format.ReadNames(setup.deviceNames, names, message), 0) << message;
-    EXPECT_EQ(names.device, printers[0].name);
-    EXPECT_EQ(names.port, printers[0].port);
-    JobTicket read;
-    ASSERT_EQ(format.ReadTicket(setup.deviceMode, read, message), 0) << message;
-    EXPECT_EQ(read.orientation, ticket.orientation);
-    EXPECT_EQ(read.copies, 3);
-    EXPECT_EQ(read.paperSize, 9);
-    read.copies = 4;
-    ASSERT_EQ(format.ChangeTicket(setup.deviceMode, read, message), 0) << message;
-    ASSERT_EQ(format.ReadTicket(setup.deviceMode, ticket, message), 0) << message;
-    EXPECT_EQ(ticket, read);
-    EXPECT_EQ(format.ReadTicket(std::string(40, '?'), ticket, message), -1);
-    EXPECT_EQ(format.ReadNames("?", names, message), -1);
-}
-
 TEST_P(SpoolerContract, WholeFilesAreHandedOver) {
     MakePaused("Paused");
     const std::string document = m_stage->WriteDocument("a.pdf", std::string(300'000, 'p'));

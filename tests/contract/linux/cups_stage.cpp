@@ -4,13 +4,7 @@
 #include "platform/cups/open_cups_spooler.h"
 #include "platform/event_loop.h"
 #include "platform/files.h"
-#include "platform/libraries.h"
-#include "platform/machine.h"
-#include "platform/network.h"
-#include "platform/registry.h"
 #include "platform/services.h"
-#include "platform/shell.h"
-#include "platform/terminal.h"
 #include "rig/private_cups.h"
 
 namespace quirepress {

@@ -251,25 +251,21 @@ TEST_F(FailingPrinterTest, AConnectionThatIsResetLeavesTheJobInTheQueue) {
     EXPECT_TRUE(received == kManyBytes);
 }
 
-TEST(CupsLimits, TooManyJobsAreSentLater) {
-    // The fixture's server has no limit; this one takes three at a time.
-    Services services = MakeSystemServices();
-    PrivateCups cups(services, {3});
+class LimitedServerTest : public CupsFixture {
+protected:
+    PrivateCups cups{services, {3}};
+};
+
+TEST_F(LimitedServerTest, TooManyJobsAreSentLater) {
     cups.UseHere();
     cups.AddRawQueue("Raw");
     cups.Pause("Raw");
-    CupsSpooler spooler(*services.files, *services.loop, *services.clock);
-    int error = 0;
-    const auto print = [&] {
-        const auto raw = spooler.OpenRawPrinter("Raw", error);
-        return raw->StartDocument({"a"}) == 0 && raw->WriteChunk("a", 1) == 0 ? raw->Finish() : -2;
-    };
-    for (int i = 0; i < 3; ++i) ASSERT_EQ(print(), 0);
+    for (int i = 0; i < 3; ++i) ASSERT_EQ(PrintRaw("Raw", "a", "a"), 0);
     services.loop->StartTimer(1, 500, [&] {
         services.loop->StopTimer(1);
         cups.Resume("Raw");
     });
-    EXPECT_EQ(print(), 0);
+    EXPECT_EQ(PrintRaw("Raw", "a", "a"), 0);
     EXPECT_TRUE(cups.AwaitCaptured(4));
     EXPECT_EQ(cups.Captured().size(), 4U);
 }
