@@ -53,7 +53,7 @@ int PrepareWorkingFolder(Services& services, std::string_view named, std::string
     std::string chosen(named);
     if (chosen.empty() && !services.machine->ReadEnvironment("QUIREPRESS_HOME", chosen)) chosen.clear();
     if (chosen.empty()) chosen = services.machine->DataFolder();
-    const FileResult made = services.files->MakeFolders(chosen);
+    const FileResult made = services.files->MakePrivateFolders(chosen);
     if (made != FileResult::kDone) {
         message = "The working folder " + chosen + " can't be made: " + DescribeFileResult(made) + ".";
         return -1;

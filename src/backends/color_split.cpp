@@ -58,7 +58,7 @@ int ColorSplit::SplitByColor(std::string_view path, std::string_view password,
         return 0;
     }
     const std::string stem(CutToSize(TitleWithoutExtension(path), kLongestStem));
-    if (m_files.MakeFolders(folder) != FileResult::kDone) result = PdfResult::kNotWritten;
+    if (m_files.MakePrivateFolders(folder) != FileResult::kDone) result = PdfResult::kNotWritten;
     for (std::size_t i = 0; i < runs.size() && result == PdfResult::kDone; ++i) {
         const ColorRun& run = runs[i];
         const std::string name = Format("%s (%d-%d).pdf", stem, run.firstPage, run.lastPage);

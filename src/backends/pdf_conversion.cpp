@@ -141,14 +141,14 @@ bool PdfConverter::MakeSource(const PrintCommand& command, const std::string& pa
     const std::string extension(FileExtension(path));
     source.taken =
         JoinPath(m_folder, "copy" + std::to_string(++m_calls) + (IsValidUtf8(extension) ? extension : ""));
-    m_files.MakeFolders(m_folder);
+    m_files.MakePrivateFolders(m_folder);
     return CopyFileDurably(m_files, path, source.taken) == FileResult::kDone;
 }
 
 std::string PdfConverter::OwnFolderOf(const PrintCommand& command) {
     std::string& folder = m_ownFolders[command.name];
     if (folder.empty()) folder = JoinPath(m_folder, "own" + std::to_string(++m_calls));
-    m_files.MakeFolders(folder);
+    m_files.MakePrivateFolders(folder);
     return folder;
 }
 
@@ -156,7 +156,7 @@ bool PdfConverter::RunCall(const PrintCommand& command, const std::vector<Source
                            const std::function<bool()>& isStopped) {
     const std::string folder = JoinPath(m_folder, "call" + std::to_string(++m_calls));
     const std::string ownFolder = OwnFolderOf(command);
-    const FileResult prepared = m_files.MakeFolders(folder);
+    const FileResult prepared = m_files.MakePrivateFolders(folder);
     if (prepared != FileResult::kDone) {
         m_made[sources[0].path] = {
             command.name,

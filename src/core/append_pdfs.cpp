@@ -87,7 +87,7 @@ AppendOutcome Appending::Run() {
 bool Appending::TakeName() {
     constexpr int kMostNames = 1000;
     const std::string folder = TemporaryFolderOf(m_services.options, m_services.workingFolder);
-    m_services.files.MakeFolders(folder);
+    m_services.files.MakePrivateFolders(folder);
     const auto seconds = static_cast<long>(m_services.clock.Now() / kSecond);
     for (int number = 1; number <= kMostNames; ++number) {
         const std::string path = Format(kMergedName, WithTrailingSeparator(folder), seconds, number);
@@ -145,7 +145,7 @@ PdfResult Appending::AddPages(int row, PdfMerge& merge, const std::string& scrat
     if (range.kind == PageRange::Kind::kNone) return merge.Add(path, password);
     if (range.kind == PageRange::Kind::kImpossible) return PdfResult::kNoSuchPages;
     const std::string part = JoinPath(scratchFolder, "pages.pdf");
-    m_services.files.MakeFolders(scratchFolder);
+    m_services.files.MakePrivateFolders(scratchFolder);
     PdfResult result = m_services.pdfPages.ExtractPages(path, password, {range.pages}, part);
     // Its own file is none that other rows wait for.
     if (result == PdfResult::kNotWritten) return PdfResult::kGaveUp;

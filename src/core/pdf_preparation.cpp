@@ -68,7 +68,7 @@ int PdfPreparation::CountPages(const std::string& pdf) {
 bool PdfPreparation::MakeTarget(const std::string& name, PreparedPdf& prepared) {
     prepared.folder = std::make_unique<ScratchFolder>(m_services.files, m_services.options,
                                                       m_services.workingFolder, "Pages");
-    const FileResult result = m_services.files.MakeFolders(prepared.folder->Path());
+    const FileResult result = m_services.files.MakePrivateFolders(prepared.folder->Path());
     prepared.file = JoinPath(prepared.folder->Path(), name);
     if (result != FileResult::kDone)
         prepared.flaw =

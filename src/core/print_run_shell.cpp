@@ -155,7 +155,7 @@ private:
     WayResult PrintMail(const RunItem& item, WayFeedback& feedback) {
         Files& files = m_services.files;
         const ScratchFolder scratch(files, m_services.options, m_services.workingFolder, "MSG/");
-        FileResult result = files.MakeFolders(scratch.Path());
+        FileResult result = files.MakePrivateFolders(scratch.Path());
         RunItem copy = item;
         copy.path =
             JoinPath(files.ResolvePath(scratch.Path()), ScratchName(item.path, FileExtension(item.path)));
@@ -199,7 +199,7 @@ private:
             m_scratch = std::make_unique<ScratchFolder>(m_services.files, m_services.options,
                                                         m_services.workingFolder, "Print");
             // Programs are told of paths that hold wherever they go.
-            m_services.files.MakeFolders(m_scratch->Path());
+            m_services.files.MakePrivateFolders(m_scratch->Path());
             const std::string folder = m_services.files.ResolvePath(m_scratch->Path());
             m_converter = std::make_unique<PdfConverter>(m_services.processes, m_services.files,
                                                          m_services.loop, m_services.debugLog,

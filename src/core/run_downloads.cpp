@@ -67,6 +67,7 @@ WayResult RunDownloads::Fetch(const std::string& entry, WayFeedback& feedback, s
     feedback.ShowRowStatus("Downloading file");
     m_services.prompts.ShowStatus("Downloading file:" + HideCredentials(request.address));
     bool canRetry = true;
+    m_services.files.MakePrivateFolders(Folder());
     DownloadResult fetched = FetchDownload(m_services.files, m_services.place, request);
     if (fetched.end == TransferEnd::kDone && !IsDocumentName(FileTitle(fetched.path))) {
         m_services.files.Erase(fetched.path);

@@ -113,7 +113,7 @@ std::string RunSeparators::SeparatorPath(const Set& set) const {
     if (!set.fileName.empty() && IsAbsolutePath(set.fileName)) return set.fileName;
     if (!set.fileName.empty()) return JoinPath(m_services.workingFolder, set.fileName);
     const std::string folder = TemporaryFolderOf(m_services.options, m_services.workingFolder);
-    m_services.files.MakeFolders(folder);
+    m_services.files.MakePrivateFolders(folder);
     return JoinPath(folder, std::string(set.name) + std::string(FileExtension(set.templateName)));
 }
 

@@ -23,7 +23,7 @@ ScratchFolder::ScratchFolder(Files& files, const GeneralOptions& options, std::s
     : m_files(files) {
     constexpr int kMostFolders = 1000;
     const std::string folder = TemporaryFolderOf(options, workingFolder);
-    m_files.MakeFolders(FolderOf(JoinPath(folder, std::string(purpose) + "1")));
+    m_files.MakePrivateFolders(FolderOf(JoinPath(folder, std::string(purpose) + "1")));
     for (int i = 1; i <= kMostFolders && !m_lock; ++i) {
         m_path = JoinPath(folder, std::string(purpose) + std::to_string(i));
         m_lockPath = m_path + ".lock";

@@ -39,7 +39,7 @@ PdfResult PageColors::Judge(std::string_view path, std::string_view password, in
     if (HasUndecided(colors) && password.empty()) Render(path, rule, colors);
     if (HasUndecided(colors) && !password.empty()) {
         // On a command line everybody on this machine could read the password.
-        m_files.MakeFolders(m_temporaryFolder);
+        m_files.MakePrivateFolders(m_temporaryFolder);
         const std::string copy =
             JoinPath(m_temporaryFolder, Format("colors-%x.pdf", m_loop.MonotonicMilliseconds()));
         if (m_pdf.ExtractPages(path, password, {kAllPdfPages}, copy) == PdfResult::kDone)

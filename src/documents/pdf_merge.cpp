@@ -42,7 +42,7 @@ PdfResult PdfMerge::Add(std::string_view path, std::string_view password) {
 
 PdfResult PdfMerge::AddCleaned(std::string_view path, std::string_view password) {
     const std::string cleaned = JoinPath(m_scratchFolder, "cleaned.pdf");
-    m_files.MakeFolders(m_scratchFolder);
+    m_files.MakePrivateFolders(m_scratchFolder);
     const PdfResult result = m_library.ExtractPages(path, password, {kAllPdfPages}, cleaned);
     if (result != PdfResult::kDone) return result;
     FileResult opened = FileResult::kDone;

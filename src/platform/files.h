@@ -84,6 +84,8 @@ public:
     // Appends the entries in the system's order; `entries` stays untouched on failure.
     virtual FileResult ListFolder(std::string_view path, std::vector<FolderEntry>& entries) = 0;
     virtual FileResult MakeFolders(std::string_view path) = 0;  // parents too; done when it exists
+    // The same; what is made is for its owner only, where the folders around it do not say so already.
+    virtual FileResult MakePrivateFolders(std::string_view path) { return MakeFolders(path); }
     // Within one volume; kExists when `to` exists unless `replace`. Survives a power failure.
     virtual FileResult Rename(std::string_view from, std::string_view to, bool replace) = 0;
     // A file, a link itself, or an empty folder; kExists for a folder that is not empty.

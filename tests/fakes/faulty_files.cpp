@@ -94,6 +94,11 @@ FileResult FaultyFiles::MakeFolders(std::string_view path) {
     return fault == FileResult::kDone ? m_real.MakeFolders(path) : fault;
 }
 
+FileResult FaultyFiles::MakePrivateFolders(std::string_view path) {
+    const FileResult fault = Begin(Call::kMakeFolders, path);
+    return fault == FileResult::kDone ? m_real.MakePrivateFolders(path) : fault;
+}
+
 FileResult FaultyFiles::Rename(std::string_view from, std::string_view to, bool replace) {
     const FileResult fault = Begin(Call::kRename, from);
     return fault == FileResult::kDone ? m_real.Rename(from, to, replace) : fault;

@@ -51,6 +51,10 @@ FileResult HaltingFiles::ListFolder(std::string_view path, std::vector<FolderEnt
     return HasHalted() ? FileResult::kFailed : m_real.ListFolder(path, entries);
 }
 
+FileResult HaltingFiles::MakePrivateFolders(std::string_view path) {
+    return TakeChange() ? m_real.MakePrivateFolders(path) : FileResult::kFailed;
+}
+
 FileResult HaltingFiles::MakeFolders(std::string_view path) {
     return TakeChange() ? m_real.MakeFolders(path) : FileResult::kFailed;
 }

@@ -27,6 +27,7 @@ public:
                                                FileResult& result) override;
     FileResult ListFolder(std::string_view path, std::vector<FolderEntry>& entries) override;
     FileResult MakeFolders(std::string_view path) override;
+    FileResult MakePrivateFolders(std::string_view path) override;
     FileResult Rename(std::string_view from, std::string_view to, bool replace) override;
     FileResult Erase(std::string_view path) override;
     FileResult CopyAttributes(std::string_view from, std::string_view to) override;

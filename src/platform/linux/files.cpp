@@ -202,14 +202,24 @@ bool IsDotName(const char* name) {
     return name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0'));
 }
 
-FileResult MakeOneFolder(std::string_view path) {
+FileResult MakeOneFolder(std::string_view path, mode_t mode) {
     const PlacedPath place(path);
     if (!place.IsValid()) return LastResult();
-    if (mkdirat(place.Folder(), place.Name(), 0777) == 0) return FileResult::kDone;
+    if (mkdirat(place.Folder(), place.Name(), mode) == 0) return FileResult::kDone;
     const int error = errno;
     struct stat status;
     const bool exists = error == EEXIST && fstatat(place.Folder(), place.Name(), &status, 0) == 0;
     return exists && S_ISDIR(status.st_mode) ? FileResult::kDone : ToFileResult(error);
+}
+
+FileResult MakeFolderAndParents(std::string_view path, mode_t mode) {
+    FileResult result = MakeOneFolder(path, mode);
+    if (result != FileResult::kMissing || path.empty()) return result;
+    for (std::size_t end = path.find('/', 1); end != std::string_view::npos; end = path.find('/', end + 1)) {
+        result = MakeOneFolder(path.substr(0, end), mode);
+        if (result != FileResult::kDone) return result;
+    }
+    return MakeOneFolder(path, mode);
 }
 
 // For file systems that do not know the flag: a second name is refused when it exists. A folder has only one
@@ -301,16 +311,8 @@ public:
         return result;
     }
 
-    FileResult MakeFolders(std::string_view path) override {
-        FileResult result = MakeOneFolder(path);
-        if (result != FileResult::kMissing || path.empty()) return result;
-        for (std::size_t end = path.find('/', 1); end != std::string_view::npos;
-             end = path.find('/', end + 1)) {
-            result = MakeOneFolder(path.substr(0, end));
-            if (result != FileResult::kDone) return result;
-        }
-        return MakeOneFolder(path);
-    }
+    FileResult MakeFolders(std::string_view path) override { return MakeFolderAndParents(path, 0777); }
+    FileResult MakePrivateFolders(std::string_view path) override { return MakeFolderAndParents(path, 0700); }
 
     FileResult Rename(std::string_view from, std::string_view to, bool replace) override {
         const PlacedPath source(from);

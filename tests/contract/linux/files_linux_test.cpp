@@ -167,6 +167,10 @@ TEST_F(LinuxFilesTest, KeepsSecretsFromOthers) {
     EXPECT_EQ(ReplaceFileDurably(files(), PathOf("replaced"), "x", FileAccess::kOwnerOnly),
               FileResult::kDone);
     EXPECT_EQ(ModeOf(PathOf("replaced")), 0600U);
+
+    ASSERT_EQ(files().MakePrivateFolders(PathOf("outer/inner")), FileResult::kDone);
+    EXPECT_EQ(ModeOf(PathOf("outer")), 0700U);
+    EXPECT_EQ(ModeOf(PathOf("outer/inner")), 0700U);
     ASSERT_TRUE(files().OpenForWriting(PathOf("shared"), OpenMode::kReplace, FileAccess::kShared, result));
     EXPECT_EQ(ModeOf(PathOf("shared")), 0666U);
     umask(before);
