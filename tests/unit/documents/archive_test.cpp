@@ -2,7 +2,6 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <zlib.h>
 
 #include <clocale>
 #include <filesystem>
@@ -11,6 +10,7 @@
 #include "base/text.h"
 #include "fakes/archive_writer.h"
 #include "fakes/faulty_files.h"
+#include "fakes/golden.h"
 #include "fakes/temporary_folder.h"
 #include "platform/file_tools.h"
 #include "platform/files.h"
@@ -78,73 +78,21 @@ TEST_F(ArchiveTest, UnpacksEveryKindInTheArchivesOrder) {
     }
 }
 
-std::string LittleEndian(std::uint64_t value, int bytes) {
-    std::string text;
-    for (int i = 0; i < bytes; ++i) text += static_cast<char>(value >> (8 * i));
-    return text;
-}
-
-std::uint64_t Checksum(std::string_view bytes) {
-    return crc32(0, reinterpret_cast<const Bytef*>(bytes.data()), static_cast<uInt>(bytes.size()));
-}
-
-std::string Rar4Block(const std::string& block) {
-    return LittleEndian(Checksum(block) & 0xFFFF, 2) + block;
-}
-
-std::string StoredRar4(const std::string& name, const std::string& data) {
-    const auto headSize = static_cast<std::uint64_t>(32 + name.size());
-    std::string head = "\x74" + LittleEndian(0x8000, 2) + LittleEndian(headSize, 2);
-    head += LittleEndian(data.size(), 4) + LittleEndian(data.size(), 4) + "\x03";
-    head += LittleEndian(Checksum(data), 4) + LittleEndian(0x58210000, 4) + "\x14\x30";
-    head += LittleEndian(name.size(), 2) + LittleEndian(0100644, 4) + name;
-    const std::string archiveHead = "\x73" + LittleEndian(0, 2) + LittleEndian(13, 2) + std::string(6, '\0');
-    const std::string end = "\x7B" + LittleEndian(0x4000, 2) + LittleEndian(7, 2);
-    return std::string("Rar!\x1A\x07\0", 7) + Rar4Block(archiveHead) + Rar4Block(head) + data +
-           Rar4Block(end);
-}
-
-// All numbers here are below 128, so that each takes one byte.
-std::string Rar5Block(const std::string& block) {
-    const std::string sized = LittleEndian(block.size(), 1) + block;
-    return LittleEndian(Checksum(sized), 4) + sized;
-}
-
-std::string StoredRar5(const std::string& name, const std::string& data) {
-    std::string head = LittleEndian(2, 1) + LittleEndian(2, 1) + LittleEndian(data.size(), 1);
-    head += LittleEndian(4, 1) + LittleEndian(data.size(), 1) + LittleEndian(0x20, 1);
-    head += LittleEndian(Checksum(data), 4) + LittleEndian(0, 1) + LittleEndian(0, 1);
-    head += LittleEndian(name.size(), 1) + name;
-    return std::string("Rar!\x1A\x07\x01\0", 8) + Rar5Block(std::string("\x01\0\0", 3)) + Rar5Block(head) +
-           data + Rar5Block(std::string("\x05\0\0", 3));
-}
-
 TEST_F(ArchiveTest, UnpacksBothKindsOfRar) {
-    const ArchiveOutcome four = Unpack(StoredRar4("four.txt", "stored in four"));
+    const ArchiveOutcome four = Unpack(ReadGolden("archives/stored4.rar"));
     EXPECT_EQ(four.result, 0) << four.message;
     EXPECT_EQ(Read("four.txt"), "stored in four");
-    const ArchiveOutcome five = Unpack(StoredRar5("five.txt", "stored in five"));
+    const ArchiveOutcome five = Unpack(ReadGolden("archives/stored5.rar"));
     EXPECT_EQ(five.result, 0) << five.message;
     EXPECT_EQ(Read("five.txt"), "stored in five");
-}
-
-// A zip of one file that holds "x", whose name is marked as UTF-8.
-std::string ZipOfUtf8Name(const std::string& name) {
-    const std::string sizes = LittleEndian(0x8CDC1683, 4) + LittleEndian(1, 4) + LittleEndian(1, 4);
-    const std::string facts = LittleEndian(20, 2) + LittleEndian(0x800, 2) + std::string(6, '\0') + sizes +
-                              LittleEndian(static_cast<std::uint32_t>(name.size()), 2) + std::string(2, '\0');
-    const std::string entry = "PK\x03\x04" + facts + name + "x";
-    const std::string directory = "PK\x01\x02" + LittleEndian(20, 2) + facts + std::string(14, '\0') + name;
-    return entry + directory + "PK\x05\x06" + std::string(4, '\0') + LittleEndian(1, 2) + LittleEndian(1, 2) +
-           LittleEndian(static_cast<std::uint32_t>(directory.size()), 4) +
-           LittleEndian(static_cast<std::uint32_t>(entry.size()), 4) + std::string(2, '\0');
 }
 
 TEST_F(ArchiveTest, KeepsUtf8NamesAndBytesThatAreNone) {
     const std::string name =
         "gr\xC3\xB6\xC3\x9F"
         "e \xE2\x82\xAC.txt";
-    EXPECT_THAT(NamesOf(Unpack(ZipOfUtf8Name(name))), ElementsAre(name));
+    // Its name is marked as UTF-8.
+    EXPECT_THAT(NamesOf(Unpack(ReadGolden("archives/utf8_name.zip"))), ElementsAre(name));
     // The library writes such names only where the system has a locale for them.
     const std::string localeBefore = std::setlocale(LC_CTYPE, nullptr);
     const bool canWrite = std::setlocale(LC_CTYPE, "C.UTF-8") != nullptr;

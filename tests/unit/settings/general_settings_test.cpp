@@ -1,9 +1,8 @@
 #include "settings/general_settings.h"
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 
+#include "fakes/golden.h"
 #include "settings/misc_options.h"
 #include "settings_fixture.h"
 
@@ -12,11 +11,6 @@ namespace {
 
 constexpr const char* kFile = "general_setup.ini";
 constexpr SystemFamily kModern = SystemFamily::kWindowsXpOrLater;
-
-std::string ReadGolden(const std::string& name) {
-    std::ifstream in(std::string(QUIREPRESS_TEST_DATA "/") + name, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
-}
 
 class GeneralSettingsTest : public SettingsTest {
 protected:

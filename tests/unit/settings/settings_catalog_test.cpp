@@ -1,9 +1,8 @@
 #include "settings/settings_catalog.h"
 
 #include <algorithm>
-#include <fstream>
-#include <iterator>
 
+#include "fakes/golden.h"
 #include "settings_fixture.h"
 
 namespace quirepress {
@@ -162,9 +161,8 @@ TEST_F(SettingsCatalogTest, AFileThatCannotBeReadIsLeftAlone) {
 }
 
 TEST(SettingsReferenceTest, ThePageInDocsIsTheTables) {
-    std::ifstream in(QUIREPRESS_TEST_DATA "/../../docs/settings.md", std::ios::binary);
-    const std::string page{std::istreambuf_iterator<char>(in), {}};
-    EXPECT_EQ(page, RenderSettingsReference()) << "make it anew: qpr reference settings > docs/settings.md";
+    EXPECT_EQ(ReadGolden("../../docs/settings.md"), RenderSettingsReference())
+        << "make it anew: qpr reference settings > docs/settings.md";
 }
 
 }  // namespace
