@@ -136,6 +136,10 @@ void RowEnding::EndAppendedRows(const WayResult& result) {
         EndRow(ReadRunItem(m_services, row), merged.outcome, shared, list.Text(row, kColumnStatus));
         if (m_row.Find()) row = m_row.Index();
     }
+    // The walk goes on below the merged file.
+    int row = list.RowCount() - 1;
+    while (row >= 0 && list.Text(row, kColumnFilename) != m_request.mergedFile) --row;
+    list.SetCurrentRow(row);
 }
 
 // In the list and on the disk.

@@ -189,7 +189,7 @@ RunSnapshot::~RunSnapshot() = default;
 bool RunSnapshot::Create(PrintList& list, const RunHead& head, int copy) {
     if (!TakeLock()) return false;
     m_head = head;
-    m_first = m_finished = -1;
+    m_first = m_begun = m_finished = -1;
     // Never that of an earlier run, whose checkpoint may still lie there.
     CutOffRun earlier;
     std::string text;
@@ -239,7 +239,7 @@ bool RunSnapshot::WriteList(PrintList& list, int copy) {
     FileResult result = FileResult::kDone;
     m_journal = m_files.OpenForWriting(PathOf(kListName), OpenMode::kAppend, FileAccess::kShared, result);
     m_listVersion = list.Version();
-    m_first = m_finished = -1;
+    m_first = m_begun = m_finished = -1;
     m_copy = copy;
     const bool isWritten = m_journal != nullptr && WriteCheckpoint({-1, copy, -1, -1, m_generation});
     // The list on the disk is that of this run from here on.
@@ -270,12 +270,14 @@ bool RunSnapshot::NoteBegun(PrintList& list, int row, int copy) {
         if (!isWritten) return GiveUp();
     }
     if (m_first < 0) m_first = row;
+    m_begun = row;
     return WriteCheckpoint({m_finished, copy, m_first, row, m_generation}) || GiveUp();
 }
 
 bool RunSnapshot::NoteFinished(PrintList& list, int row) {
     if (!IsOn() || list.Version() != m_listVersion) return true;  // the next list will hold it
-    m_finished = row;
+    // One that shares the lot of another says nothing of the rows above it.
+    if (row == m_begun) m_finished = row;
     return WriteJournal(JoinFields({"FINISHED", std::to_string(row), MarkText(list.MarkOf(row)),
                                     EscapeControls(list.Text(row, kColumnStatus))}));
 }

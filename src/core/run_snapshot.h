@@ -103,7 +103,8 @@ private:
     std::uint64_t m_listVersion = 0;        // of the print list at that time
     int m_copy = 1;                         // that was under way then
     int m_first = -1;                       // index of the first row that has begun since then
-    int m_finished = -1;                    // index of the last finished row
+    int m_begun = -1;                       // index of the last row that has begun since then
+    int m_finished = -1;                    // index of the last of them that is finished
 };
 
 }  // namespace quirepress

@@ -210,32 +210,36 @@ TEST_F(PrintRunOutcomesTest, MergedDocumentsAreFiledAndLoggedByThemselves) {
     AddRow("between.ps", "");
     const std::string second = AddRow("b.pdf", "qprdelete", "", MakeSmallPdf({"b", "c"}));
     const std::string junk = AddRow("junk.pdf", "qprdelete", folder.PathOf("bad"), "junk");
+    AddRow("after.ps", "");
     options.m_generateReports = options.m_errorLog = true;
     run.UseAppending(true);
     run.SetCopies(2);
     const RunSummary summary = run.OnButtonPrint();
     EXPECT_EQ(summary.failed, 1);
     // Each document once a copy, and what carried them never.
-    EXPECT_EQ(CountLogLines(), 6U);
+    EXPECT_EQ(CountLogLines(), 8U);
     EXPECT_THAT(folder.Read(kPrintLogName), testing::Not(HasSubstr("QPRMerged")));
     const std::string report = ReportText(".txt");
-    EXPECT_THAT(report, HasSubstr("Printed               6           6\r\nFailed                1 "));
+    EXPECT_THAT(report, HasSubstr("Printed               8           6\r\nFailed                1 "));
     EXPECT_THAT(report, HasSubstr("junk.pdf\r\n    Error appending file:"));
     EXPECT_THAT(report, HasSubstr("Merged       " + folder.PathOf("Temp/QPRMerged_")));
-    ASSERT_THAT(Printed(), SizeIs(4));
-    EXPECT_THAT(Printed()[0], StartsWith("QPRMerged_"));
-    EXPECT_EQ(Printed()[1], "between.ps");
+    ASSERT_THAT(Printed(), SizeIs(6));
+    for (const std::size_t at : {0, 3}) {
+        EXPECT_THAT(Printed()[at], StartsWith("QPRMerged_"));
+        EXPECT_EQ(Printed()[at + 1], "between.ps");
+        EXPECT_EQ(Printed()[at + 2], "after.ps");
+    }
     EXPECT_FALSE(IsThere(first) || IsThere(second));
     EXPECT_TRUE(IsThere(folder.PathOf("out/a.pdf")));
     EXPECT_FALSE(IsThere(junk));
     EXPECT_TRUE(IsThere(folder.PathOf("bad/junk.pdf")));
     EXPECT_THAT(folder.Read(kPrintLogName), testing::AllOf(HasSubstr("a.pdf"), HasSubstr("b.pdf")));
-    ASSERT_EQ(list.RowCount(), 5);
+    ASSERT_EQ(list.RowCount(), 6);
     EXPECT_EQ(Text(0, kColumnStatus), "Deleted");
     EXPECT_EQ(Text(1, kColumnStatus), "Done");
     EXPECT_EQ(Text(3, kColumnStatus), "Deleted");
     EXPECT_THAT(Text(4, kColumnStatus), StartsWith("Error appending file:"));
-    for (int row = 0; row < 5; ++row) EXPECT_EQ(Text(row, kColumnSelected), "Yes") << row;
+    for (int row = 0; row < 6; ++row) EXPECT_EQ(Text(row, kColumnSelected), "Yes") << row;
 
     // What the merging took is not lost when the spooler refuses the whole.
     list.Clear();

@@ -123,6 +123,25 @@ TEST_F(RunSnapshotTest, WhereverItIsCutOffNoRowIsDoneTwiceOrForgotten) {
     EXPECT_GT(halts, 60);
 }
 
+// Documents whose pages are in a merged file end with it, before the rows between them.
+TEST_F(RunSnapshotTest, ARowThatEndsOutOfItsTurnFinishesNoOther) {
+    MakeRows();
+    RunSnapshot written(files, WithTrailingSeparator(folder.Path()));
+    ASSERT_TRUE(written.Create(list, {"Laser", "", 1}, 1));
+    ASSERT_TRUE(written.NoteBegun(list, 0, 1));
+    for (const int row : {0, 2}) {
+        FinishAt(row, 1, "Done", RowOutcome::kDone);
+        ASSERT_TRUE(written.NoteFinished(list, row));
+    }
+    ASSERT_TRUE(written.NoteBegun(list, 3, 1));
+    written.Leave();
+    CutOffRun cutOff;
+    ASSERT_EQ(Load(cutOff), SnapshotResult::kLoaded);
+    EXPECT_EQ(cutOff.rows[1].mark.pass, 0);
+    EXPECT_EQ(cutOff.rows[2].mark.pass, 1);
+    EXPECT_EQ(cutOff.rowAtWork, 3);
+}
+
 TEST_F(RunSnapshotTest, WhatNobodyCanTellStaysSoWhenTheRestoredRunIsCutOffToo) {
     MakeRows();
     const std::string here = WithTrailingSeparator(folder.Path());
