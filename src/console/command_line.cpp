@@ -27,6 +27,15 @@ void HideSeparators(std::vector<std::string>& arguments) {
         if (argument == kSeparatorText) argument = kSeparatorStandIn;
 }
 
+// "--name=" is an empty value; the parser would take the next argument for it.
+void SplitEmptyValues(std::vector<std::string>& arguments) {
+    for (std::size_t i = 0; i < arguments.size() && arguments[i] != "--"; ++i) {
+        if (!StartsWith(arguments[i], "--") || !EndsWith(arguments[i], "=")) continue;
+        arguments[i].pop_back();
+        arguments.insert(arguments.begin() + static_cast<std::ptrdiff_t>(i) + 1, "");
+    }
+}
+
 void DefineGlobalOptions(CLI::App& program, GlobalOptions& global) {
     program.add_option("--home", global.home, "The working folder: settings, logs, printers and jobs")
         ->type_name("DIR");
@@ -108,6 +117,7 @@ int RunConsole(Services& services, std::vector<std::string> arguments) {
     DefineInternalCommands(commands);
 
     HideSeparators(arguments);
+    SplitEmptyValues(arguments);
     std::reverse(arguments.begin(), arguments.end());  // the parser takes them from the back
     try {
         program.parse(std::move(arguments));

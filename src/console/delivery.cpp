@@ -34,6 +34,16 @@ std::string JobTrouble(Spooler& spooler, const PrinterInfo& printer) {
                   FileTitle(jobs.front().document));
 }
 
+// Somebody has to look for each of them at the printer.
+void ListJobsOfUnknownOutcome(Spooler& spooler, const PrinterInfo& printer, std::vector<std::string>& lines) {
+    std::vector<JobInfo> jobs;
+    spooler.ListJobs(printer.name, jobs);
+    for (const JobInfo& job : jobs)
+        if (job.isOfUnknownOutcome)
+            lines.push_back(
+                Format("%s, job %d (%s): %s", printer.name, job.id, FileTitle(job.document), job.statusText));
+}
+
 std::string WaitingLine(Spooler& spooler, const PrinterInfo& printer) {
     const std::string why = printer.statusText.empty() ? JobTrouble(spooler, printer) : printer.statusText;
     return Format("%s keeps %u waiting: %s", printer.name, static_cast<std::uint64_t>(printer.jobs), why);
@@ -71,13 +81,30 @@ DeliveryReport DeliverJobs(Context& context, Application& application, ProgressL
     spooler.ListPrinters(printers);
     for (const PrinterInfo& printer : printers) {
         report.jobsLeft += static_cast<int>(printer.jobs);
-        if (printer.jobs > 0) report.lines.push_back(WaitingLine(spooler, printer));
+        if (printer.jobs == 0) continue;
+        report.lines.push_back(WaitingLine(spooler, printer));
+        ListJobsOfUnknownOutcome(spooler, printer, report.lines);
     }
     if (report.hasStalled)
         report.lines.push_back(Format("%d jobs remain in the queue: nothing was taken for %d s. ",
                                       report.jobsLeft, context.m_global.stallLimit) +
                                std::string(kWayOn));
+    report.unknown = CountJobsOfUnknownOutcome(application);
     return report;
+}
+
+int CountJobsOfUnknownOutcome(Application& application) {
+    if (application.Administration() == nullptr) return 0;
+    std::vector<PrinterInfo> printers;
+    Spooler& spooler = application.PrintSpooler();
+    spooler.ListPrinters(printers);
+    int count = 0;
+    for (const PrinterInfo& printer : printers) {
+        std::vector<JobInfo> jobs;
+        if (printer.jobs > 0) spooler.ListJobs(printer.name, jobs);
+        for (const JobInfo& job : jobs) count += job.isOfUnknownOutcome ? 1 : 0;
+    }
+    return count;
 }
 
 std::string OutputFolderOf(Application& application, const std::string& printer) {

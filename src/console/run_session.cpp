@@ -70,7 +70,8 @@ void PrintSummary(Context& context, Application& application, const std::string&
                            {"not_filed", summary.notFiled},
                            {"seconds", summary.seconds},
                            {"queued", delivery.jobsLeft},
-                           {"stalled", delivery.hasStalled}});
+                           {"stalled", delivery.hasStalled},
+                           {"unknown", delivery.unknown}});
         return;
     }
     const bool colours = context.OutputHasColours();
@@ -108,6 +109,7 @@ int RunAndReport(Context& context, Application& application, const std::string& 
     PrintRun& run = application.Run();
     const StopOnInterrupt stop(*context.System().loop, run);
     run.UseObserver(&progress);
+    const int unknownBefore = CountJobsOfUnknownOutcome(application);
     const RunSummary summary = start(run);
     run.UseObserver(nullptr);
     const DeliveryReport delivery = DeliverJobs(context, application, progress);
@@ -115,7 +117,8 @@ int RunAndReport(Context& context, Application& application, const std::string& 
     PrintSummary(context, application, printer, summary, delivery);
     if (delivery.wasStopped) return kExitStopped;
     const int exitCode = ExitCodeOf(summary);
-    return exitCode == kExitDone && delivery.hasStalled ? kExitNotAllDone : exitCode;
+    const bool isLeft = delivery.hasStalled || delivery.unknown > unknownBefore;
+    return exitCode == kExitDone && isLeft ? kExitNotAllDone : exitCode;
 }
 
 }  // namespace quirepress

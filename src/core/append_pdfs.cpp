@@ -228,6 +228,13 @@ AppendOutcome TakeUpMergedFile(const AppendServices& services, const std::string
     return outcome;
 }
 
+void ReleaseMergedFile(Files& files, AppendOutcome& outcome) {
+    const bool isLocked = outcome.lock != nullptr;
+    outcome.lock.reset();
+    if (isLocked) files.Erase(LockOf(outcome.path));
+    outcome = {};
+}
+
 void TickAppendedRows(PrintList& list) {
     for (int row = 0; row < list.RowCount(); ++row) {
         if (!std::exchange(list.MarkOf(row).isAppended, false)) continue;

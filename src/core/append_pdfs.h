@@ -56,6 +56,9 @@ AppendOutcome AppendPdfs(const AppendServices& services, const std::function<boo
 // The merged file of a run that is taken up; empty when it had none.
 AppendOutcome TakeUpMergedFile(const AppendServices& services, const std::string& path);
 
+// At the end of a run; a file that is still there waits for the next run, or for "qpr restore".
+void ReleaseMergedFile(Files& files, AppendOutcome& outcome);
+
 // At the end of a run: the rows that AppendPdfs has unticked are ticked again, for the next run.
 void TickAppendedRows(PrintList& list);
 

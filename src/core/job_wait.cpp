@@ -44,7 +44,7 @@ void JobWait::ForAcceptedJob(const std::string& printer, const std::string& path
 }
 
 bool JobWait::IsHeld(const std::string& printer, const QueueScan& scan) {
-    if (!scan.found) return false;
+    if (!scan.found || scan.job.isOfUnknownOutcome) return false;
     // The verdict of a job that does not spool is that of spooling only for the sake of the printer.
     const bool wantsAttention = scan.verdict == queue_verdict::kSpooling &&
                                 VerdictOnStatus(scan.job.statusBits) != queue_verdict::kSpooling;

@@ -83,7 +83,7 @@ RunSummary PrintRun::RunList(const CutOffRun* cutOff) {
     if (wasStopped || summary.end == RunSummary::End::kFinished) FinishRun(wasStopped);
     m_services.downloads.EndRun();
     TickAppendedRows(m_services.list);
-    m_appended = {};
+    ReleaseMergedFile(m_services.append.files, m_appended);
     if (wasStopped) m_services.prompts.ShowStatus("Printing stopped && Monitor stopped");
     return summary;
 }

@@ -36,7 +36,7 @@ PrintEnd EndOf(const RunMark& mark) {
     return mark.isDoubtful ? PrintEnd::kDoubtful : PrintEnd::kPrinted;
 }
 
-// What was stopped, passed over or has an unknown outcome stays where it is.
+// What was stopped, has an unknown outcome, or was passed over in one of its copies stays where it is.
 bool IsToBeFiled(RowOutcome outcome, const WayResult& result) {
     if (result.end == WayResult::End::kStopped || result.status == kStatusUnknown) return false;
     return outcome == RowOutcome::kDone || outcome == RowOutcome::kFailed;
@@ -150,7 +150,7 @@ void RowEnding::MarkRow(RowOutcome outcome, const WayResult& result, std::string
     CountRows(mark.outcome, -1);
     CountRows(worst, 1);
     mark.outcome = worst;
-    mark.isFiled = m_row.Copy() == m_row.Copies() && !IsToBeFiled(outcome, result);
+    mark.isFiled = mark.isFiled || (m_row.Copy() == m_row.Copies() && !IsToBeFiled(worst, result));
     if (outcome == RowOutcome::kDone) {
         ++mark.printed;
         mark.isDoubtful = mark.isDoubtful || !result.remark.empty();
@@ -195,6 +195,11 @@ void RowEnding::FinishCutOffRows() {
         // Its job file may be to be deleted at the end of the run.
         if (list.MarkOf(row).isFiled)
             m_services.outcomes.NoteJobFile(ReadPrintedRow(list, row, ""), EndOf(list.MarkOf(row)));
+        // One that is gone was filed, just not noted as such.
+        if (m_services.files.Inspect(list.Text(row, kColumnFilename)).kind == FileKind::kMissing) {
+            list.MarkOf(row).isFiled = true;
+            m_services.snapshot.NoteFiled(list, row);
+        }
         FileRow();
         if (m_row.Find()) row = m_row.Index();
     }

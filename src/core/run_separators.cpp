@@ -8,6 +8,7 @@
 #include "base/credentials.h"
 #include "base/numbers.h"
 #include "base/path.h"
+#include "core/file_target.h"
 #include "core/print_list.h"
 #include "core/scratch_folder.h"
 #include "logs/debug_log.h"
@@ -25,8 +26,19 @@ namespace {
 constexpr int kQueuePollMilliseconds = 100;
 constexpr int kMostPages = 999'999'999;
 
-std::string FolderOfRow(const PrintList& list, int row) {
-    return std::string(FolderOf(list.Text(row, kColumnFilename)));
+// The documents that the row prints: of a merged file those whose pages are in it.
+std::vector<int> DocumentsOfRow(PrintList& list, int row) {
+    std::vector<int> rows;
+    if (IsMergedFile(list.Text(row, kColumnFilename)))
+        for (int other = 0; other < list.RowCount(); ++other)
+            if (list.MarkOf(other).isAppended && list.MarkOf(other).outcome != RowOutcome::kFailed)
+                rows.push_back(other);
+    if (rows.empty()) rows.push_back(row);
+    return rows;
+}
+
+std::string FolderOfRow(PrintList& list, int row) {
+    return std::string(FolderOf(list.Text(DocumentsOfRow(list, row).front(), kColumnFilename)));
 }
 
 bool IsDocument(const PrintList& list, int row) {
@@ -92,7 +104,7 @@ void RunSeparators::NotePrinted(int row) {
 // A separator row stands for what is below it, up to the next one; else the documents of one folder belong
 // together where the separator is printed for the folder, in list order.
 std::vector<int> RunSeparators::RowsOfSet(Place place, int row, const Set& set) const {
-    const PrintList& list = m_services.list;
+    PrintList& list = m_services.list;
     std::vector<int> rows;
     if (IsSeparatorRow(list, row)) {
         for (int next = NextDocument(row, 1); next >= 0; next = NextDocument(next, 1)) rows.push_back(next);
@@ -119,7 +131,7 @@ std::string RunSeparators::SeparatorPath(const Set& set) const {
 
 bool RunSeparators::Prepare(Place place, int row, WayFeedback& feedback, RunItem& item,
                             std::string& message) {
-    const PrintList& list = m_services.list;
+    PrintList& list = m_services.list;
     const Set set = SetOf(place);
     message = "there is no separator file in the settings";
     if (set.fileName.empty() && !(set.isGenerated && !set.templateName.empty())) return false;
@@ -132,7 +144,9 @@ bool RunSeparators::Prepare(Place place, int row, WayFeedback& feedback, RunItem
     item.ticket = selection.Ticket();
     if (!set.isGenerated) return true;
     feedback.ShowRowStatus("Generating separator:" + item.path);
-    const std::vector<int> rows = RowsOfSet(place, row, set);
+    std::vector<int> rows;
+    for (const int member : RowsOfSet(place, row, set))
+        for (const int document : DocumentsOfRow(list, member)) rows.push_back(document);
     const int subject = rows.empty() ? -1 : place == Place::kBefore ? rows.front() : rows.back();
     const std::string path(subject < 0 ? "" : list.Text(subject, kColumnFilename));
     SeparatorFacts facts = FindSeparatorFacts(m_services.files, m_services.clock, m_services.machine, path);
@@ -148,9 +162,11 @@ bool RunSeparators::Prepare(Place place, int row, WayFeedback& feedback, RunItem
 
 void RunSeparators::AwaitClear(const RunItem& item, std::int64_t jobId, const WayFeedback& feedback) {
     if (m_services.separators.m_dontCheckClearSeparator || jobId == 0) return;
+    if (m_slowPrinters.count(item.printer) > 0) return;
     const long long deadline = m_services.loop.MonotonicMilliseconds() + m_services.options.m_timeAllow;
     while (!feedback.IsStopped() && IsQueued(item.printer, jobId)) {
         if (m_services.loop.MonotonicMilliseconds() >= deadline) {
+            m_slowPrinters.insert(item.printer);
             m_services.debugLog.Trace("Separator has not cleared the queue: %s\r\n", item.path);
             return;
         }

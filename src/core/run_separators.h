@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -67,6 +68,7 @@ private:
     RunSeparatorServices m_services;
     std::string m_folder;  // of the document that was printed last
     bool m_hasFolder = false;
+    std::set<std::string> m_slowPrinters;  // that a separator did not leave in time: nobody waits there again
 };
 
 constexpr std::string_view kSeparatorFailed = "Error spooling seperator page file:";

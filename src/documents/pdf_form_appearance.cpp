@@ -16,6 +16,7 @@ namespace {
 using Handle = QPDFObjectHandle;
 
 constexpr double kLeastSize = 4;
+constexpr double kLargestSize = 1000;
 constexpr double kUsualSize = 12;
 constexpr double kShrinking = 0.95;
 constexpr double kLeading = 1.15;
@@ -155,8 +156,8 @@ private:
 
     // The size that it has, or the largest one at which everything can be seen.
     void Fit() {
-        m_size = m_style.size;
-        if (m_size <= 0)
+        m_size = std::min(m_style.size, kLargestSize);
+        if (!(m_size > 0))
             m_size = HasManyLines() ? kUsualSize : (m_box.height - 2 * m_box.border) / kRoomForLine;
         for (m_size = std::max(m_size, kLeastSize);; m_size = std::max(m_size * kShrinking, kLeastSize)) {
             m_lines = {m_bytes};

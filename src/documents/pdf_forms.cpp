@@ -107,7 +107,11 @@ private:
             if (m_filling.unknownFields.size() < kMostUnknownFields)
                 m_filling.unknownFields.emplace_back(CutToSize(field.name, kLongestName));
         }
-        if (unknown == 0 || unknown < data.fields.size()) return true;
+        if (data.fields.empty()) {
+            m_filling.flaw = "the forms data holds no field";
+            return false;
+        }
+        if (unknown < data.fields.size()) return true;
         m_filling.flaw = Format("%s has none of the %d fields of the forms data", Form(), unknown);
         return false;
     }

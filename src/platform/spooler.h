@@ -59,6 +59,8 @@ struct JobInfo {
     std::int64_t size = 0;  // bytes
     // This program delivers it by itself, and has not found out yet whether the printer takes anything.
     bool isUntried = false;
+    // Its printer may have taken it or not: it stays as it is until somebody decides.
+    bool isOfUnknownOutcome = false;
     LocalTime submitted;
 };
 

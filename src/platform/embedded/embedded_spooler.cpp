@@ -231,6 +231,7 @@ JobInfo EmbeddedSpooler::DescribeJob(const PrinterFolder& printer, const JobFile
         delivery.DescribeJob(job, trouble, info.statusBits, info.statusText);
         const bool isWell = info.statusBits == 0 || info.statusBits == job_status::kPrinting;
         info.isUntried = isWell && delivery.IsUntried();
+        info.isOfUnknownOutcome = job.isBegun && (info.statusBits & job_status::kUserIntervention) != 0;
     }
     return info;
 }

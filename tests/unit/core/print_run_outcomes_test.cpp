@@ -299,6 +299,20 @@ TEST_F(PrintRunOutcomesTest, ARunThatIsTakenUpFilesWhatWasPrinted) {
     EXPECT_THAT(prompts.boxes.back().text, HasSubstr("has changed since it was printed"));
 }
 
+TEST_F(PrintRunOutcomesTest, WhatIsOfUnknownOutcomeInOneCopyStaysAfterTheOthers) {
+    const std::string unknown = AddRow("a.ps", "qprdelete", folder.PathOf("bad"));
+    {
+        RunSnapshot cut(files, WithTrailingSeparator(folder.Path()));
+        ASSERT_TRUE(cut.Create(list, {"Laser", "Laser", 2, false}, 1));
+        ASSERT_TRUE(cut.NoteBegun(list, 0, 1));
+    }
+    CutOffRun cutOff;
+    ASSERT_EQ(snapshot.Load(cutOff), SnapshotResult::kLoaded);
+    EXPECT_EQ(run.FinishCutOffRun(cutOff).failed, 1);
+    EXPECT_THAT(Printed(), SizeIs(1));
+    EXPECT_TRUE(IsThere(unknown));
+}
+
 // Somebody must decide about what was cut off before another run takes its place.
 TEST_F(PrintRunOutcomesTest, ACutOffRunIsNotForgottenByTheNext) {
     options.m_snapshotRestore = true;

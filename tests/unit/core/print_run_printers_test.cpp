@@ -2,6 +2,8 @@
 
 #include <filesystem>
 
+#include "fakes/small_pdf.h"
+
 #include "unit/core/print_run_fixture.h"
 
 namespace quirepress {
@@ -279,6 +281,16 @@ TEST_F(PrintRunPrintersTest, SeparatorsStandAroundTheirDocuments) {
     EXPECT_EQ(Printed(), (TextList{"made.ps", "a.ps", "b.ps", "end.ps", "made.ps", "c.ps", "end.ps"}));
     EXPECT_EQ(made.at(0), "a.ps+b.ps+[FILENAME3];0");
     EXPECT_EQ(made.at(2), "c.ps+[FILENAME2]+[FILENAME3];0");
+
+    // A merged file stands for the documents in it.
+    list.Clear();
+    AddFile("x/one.pdf", MakeSmallPdf({"a"}));
+    AddFile("x/two.pdf", MakeSmallPdf({"b"}));
+    made.clear();
+    run.UseAppending(true);
+    run.OnButtonPrint();
+    run.UseAppending(false);
+    EXPECT_EQ(made.at(0), "one.pdf+two.pdf+[FILENAME3];1");
 
     // Where they are asked for, rows of the list stand for what is below them.
     separatorOptions.m_requestedOnly = true;
