@@ -48,7 +48,7 @@ private:
     int CountRows() const;
     bool AppendRow(int row, PdfMerge& merge, const std::string& scratchFolder);
     PdfResult AddPages(int row, PdfMerge& merge, const std::string& scratchFolder);
-    PageRange RangeOf(int row) const;
+    PageRange RangeOf(int row);
     void Untick(int row, std::string_view status);
     void InsertMerged();
     AppendOutcome GiveUp(AppendOutcome::End end);
@@ -58,6 +58,9 @@ private:
     PrintList& m_list;
     const std::function<bool()>& m_keepGoing;
     AppendOutcome m_outcome;
+    ProcessingDefaults m_defaults{m_services.files};
+    std::string m_settings;  // the item that they are from; empty: none
+    std::string m_flaw;      // of an item that can't be read; the walk tells it
 };
 
 AppendOutcome Appending::Run() {
@@ -155,20 +158,22 @@ PdfResult Appending::AddPages(int row, PdfMerge& merge, const std::string& scrat
 }
 
 // As the walk would find it: a row without parameters has those of the last item above that sets some.
-PageRange Appending::RangeOf(int row) const {
+PageRange Appending::RangeOf(int row) {
     PageRange own =
         FindPageRange(m_list.Text(row, kColumnProcessingParameters), m_list.Text(row, kColumnExtraOptions));
     const bool hasParameters = !m_list.Text(row, kColumnProcessingParameters).empty();
     if (hasParameters || own.kind != PageRange::Kind::kNone) return own;
-    ProcessingDefaults defaults(m_services.files);
-    for (int above = 0; above < row; ++above) {
-        const std::string item(m_list.Text(above, kColumnFilename));
-        std::string message;
-        if (IsTicked(m_list, above) && KindOfItem(FileTitle(item)) == ItemKind::kCommand &&
-            ProcessingDefaults::TakesItem(item))
-            defaults.ApplyItem(item, message);
+    for (int above = row - 1; above >= 0; --above) {
+        const std::string_view item = m_list.Text(above, kColumnFilename);
+        const bool isSettings = ProcessingDefaults::TakesItem(item) && IsTicked(m_list, above) &&
+                                KindOfItem(FileTitle(item)) == ItemKind::kCommand;
+        if (!isSettings) continue;
+        // The rows below it share what it says: it is read once.
+        const bool isRead = item == m_settings || m_defaults.ApplyItem(item, m_flaw);
+        m_settings = isRead ? item : std::string_view();
+        if (isRead) return ReadPageRange(m_defaults.Parameters());
     }
-    return ReadPageRange(defaults.Parameters());
+    return {};
 }
 
 void Appending::Untick(int row, std::string_view status) {

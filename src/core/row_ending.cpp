@@ -192,14 +192,15 @@ void RowEnding::FinishCutOffRows() {
     for (int row = 0; row < list.RowCount() && !m_row.IsStopped(); ++row) {
         if (!isEnded(row)) continue;
         list.SetCurrentRow(row);
-        // Its job file may be to be deleted at the end of the run.
-        if (list.MarkOf(row).isFiled)
-            m_services.outcomes.NoteJobFile(ReadPrintedRow(list, row, ""), EndOf(list.MarkOf(row)));
+        RunMark& mark = list.MarkOf(row);
         // One that is gone was filed, just not noted as such.
-        if (m_services.files.Inspect(list.Text(row, kColumnFilename)).kind == FileKind::kMissing) {
-            list.MarkOf(row).isFiled = true;
+        if (!mark.isFiled &&
+            m_services.files.Inspect(list.Text(row, kColumnFilename)).kind == FileKind::kMissing) {
+            mark.isFiled = true;
             m_services.snapshot.NoteFiled(list, row);
         }
+        // Its job file may be to be deleted at the end of the run.
+        if (mark.isFiled) m_services.outcomes.NoteJobFile(ReadPrintedRow(list, row, ""), EndOf(mark));
         FileRow();
         if (m_row.Find()) row = m_row.Index();
     }
