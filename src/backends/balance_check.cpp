@@ -89,13 +89,22 @@ std::string_view TrimBlanks(std::string_view text) {
     return start == std::string_view::npos ? std::string_view() : TrimTrailingBlanks(text.substr(start));
 }
 
-void AllowPrinter(std::string_view word, const BalanceOptions& options, BalancedSet& allowed) {
-    if (const auto number = ParseWholeNumber(word, 1, kLast)) {
-        allowed.set(static_cast<std::size_t>(*number - 1));
-        return;
-    }
+// The numbers and names of the text.
+std::vector<std::string_view> WordsOf(std::string_view text) {
+    std::vector<std::string_view> words;
+    for (const std::string_view part : SplitAt(text, ','))
+        for (const std::string_view word : SplitAt(part, ';'))
+            if (!TrimBlanks(word).empty()) words.push_back(TrimBlanks(word));
+    return words;
+}
+
+BalancedSet PrintersOf(std::string_view word, const BalanceOptions& options) {
+    BalancedSet printers;
+    if (const auto number = ParseWholeNumber(word, 1, kLast))
+        return printers.set(static_cast<std::size_t>(*number - 1));
     for (std::size_t i = 0; i < kBalancedPrinters; ++i)
-        if (!word.empty() && options.m_printers[i].name == word) allowed.set(i);
+        if (options.m_printers[i].name == word) printers.set(i);
+    return printers;
 }
 
 }  // namespace
@@ -112,10 +121,23 @@ std::vector<std::string> CheckBalanceOptions(const BalanceOptions& options) {
 BalancedSet ParseBalancedPrinters(std::string_view text, const BalanceOptions& options) {
     BalancedSet allowed;
     if (TrimBlanks(text).empty()) return allowed.set();
-    for (const std::string_view part : SplitAt(text, ','))
-        for (const std::string_view word : SplitAt(part, ';'))
-            AllowPrinter(TrimBlanks(word), options, allowed);
+    for (const std::string_view word : WordsOf(text)) allowed |= PrintersOf(word, options);
     return allowed;
+}
+
+std::string FindUnknownBalancedPrinter(std::string_view text, const BalanceOptions& options) {
+    for (const std::string_view word : WordsOf(text))
+        if (!HasBalancedPrinter(PrintersOf(word, options), options))
+            return "\"" + std::string(word) + "\" is no printer of balancedprinters.ini.";
+    if (!TrimBlanks(text).empty() && WordsOf(text).empty())
+        return "\"" + std::string(text) + "\" names no printer.";
+    return "";
+}
+
+bool HasBalancedPrinter(BalancedSet printers, const BalanceOptions& options) {
+    for (std::size_t i = 0; i < kBalancedPrinters; ++i)
+        if (printers[i] && !options.m_printers[i].name.empty()) return true;
+    return false;
 }
 
 std::string TextOfBalancedPrinters(const BalanceOptions& options) {

@@ -7,6 +7,7 @@
 #include "base/text.h"
 #include "console/commands.h"
 #include "console/context.h"
+#include "console/run_session.h"
 
 namespace quirepress {
 
@@ -15,6 +16,7 @@ namespace {
 int ChoosePrinter(Context& context, const std::string& allowed) {
     Application* application = context.OpenApplicationWithSpooler();
     if (application == nullptr) return kExitNoPrinter;
+    if (!CheckBalancedPrinters(context, *application, allowed)) return kExitUsage;
     const BalanceChoice choice =
         application->Balance().Choose(ParseBalancedPrinters(allowed, application->BalancedPrinters()));
     if (context.WantsJson()) {
@@ -100,7 +102,9 @@ void DefineBalanceCommands(CommandSet& commands) {
     CLI::App* choose =
         commands.Add(*balance, "choose", "Show the printer that the next document would go to",
                      {"qpr balance choose", "qpr --json balance choose --balanced-printers 1,3"});
-    choose->add_option("--balanced-printers", *allowed, "Only these, by their numbers or names: \"1,3\"")
+    choose
+        ->add_option("--balanced-printers", *allowed,
+                     "Only these, by their numbers (1 to 10) or names, with , or ; between")
         ->type_name("LIST");
     commands.RunWith(choose, [allowed, &context] { return ChoosePrinter(context, *allowed); });
 

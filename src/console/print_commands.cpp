@@ -61,8 +61,9 @@ void DefineRowOptions(CLI::App* command, RowOptions& row) {
     command->add_option("--priority", row.texts.priority, "Priority of the job, 1 to 99")->type_name("N");
     command
         ->add_option("--balanced-printers", row.texts.balancedPrinters,
-                     "Printers to spread over, for rows that name none of their own")
-        ->type_name("NAMES");
+                     "Printers of balancedprinters.ini to spread over, by their numbers (1 to 10) or names "
+                     "with , or ; between; for rows that name none of their own")
+        ->type_name("LIST");
     CLI::Option* apply = command->add_flag("--apply-balancing", row.applyBalancing,
                                            "Let all rows, or the ticked ones, be spread over those printers, "
                                            "else over all of balancedprinters.ini");
@@ -142,6 +143,7 @@ int ExitCodeOf(Loading loading) {
 int RunList(Context& context, const RowOptions& row) {
     Application* application = context.OpenApplication();
     if (application == nullptr) return kExitNotAllDone;
+    if (!CheckBalancedPrinters(context, *application, row.texts.balancedPrinters)) return kExitUsage;
     const Loading loading = LoadItems(*application, row);
     if (context.WantsJson())
         context.PrintJson({{"rows", RowsToJson(application->List())}});
@@ -165,6 +167,7 @@ int RunPrint(Context& context, const PrintOptions& options) {
     const std::string printer =
         options.printer.empty() ? application->PrintSpooler().DefaultPrinter() : options.printer;
     if (!CheckPrinterExists(context, *application, printer)) return kExitNoPrinter;
+    if (!CheckBalancedPrinters(context, *application, options.row.texts.balancedPrinters)) return kExitUsage;
     ProgressLine progress(*context.System().terminal, application->List(), context.ErrorsHaveColours());
     progress.Show("Loading the list ...");
     const Loading loading = LoadItems(*application, options.row);

@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include "app/application.h"
+#include "backends/balance_check.h"
 #include "base/format.h"
 #include "base/text.h"
 #include "console/context.h"
@@ -102,6 +103,12 @@ bool CheckPrinterExists(Context& context, Application& application, const std::s
     context.PrintResult(kExitNoPrinter, printer.empty() ? "There is no printer."
                                                         : "There is no printer \"" + printer + "\".");
     return false;
+}
+
+bool CheckBalancedPrinters(Context& context, Application& application, const std::string& names) {
+    const std::string message = FindUnknownBalancedPrinter(names, application.BalancedPrinters());
+    if (!message.empty()) context.PrintResult(kExitUsage, "--balanced-printers: " + message);
+    return message.empty();
 }
 
 int RunAndReport(Context& context, Application& application, const std::string& printer,

@@ -69,8 +69,15 @@ WayResult RowAttempt::AttemptBalanced(RunItem item) {
     if (item.kind == ItemKind::kCommand || !(m_isBalanced || !item.balancedPrinters.empty()))
         return AttemptDocument(item);
     m_services.debugLog.Trace("Load balancing\r\n");
-    const BalanceChoice choice =
-        m_services.balance.Choose(ParseBalancedPrinters(item.balancedPrinters, m_services.balanceOptions));
+    const BalancedSet allowed = ParseBalancedPrinters(item.balancedPrinters, m_services.balanceOptions);
+    if (!item.balancedPrinters.empty() && !HasBalancedPrinter(allowed, m_services.balanceOptions)) {
+        WayResult result;
+        result.status = "Error - Can't Print - no such balanced printer";
+        result.remark =
+            "Can't Print - " + FindUnknownBalancedPrinter(item.balancedPrinters, m_services.balanceOptions);
+        return result;
+    }
+    const BalanceChoice choice = m_services.balance.Choose(allowed);
     std::string message;
     if (UseBalancedPrinter(choice, m_services.selection, m_services.prompts, message) != 0) {
         WayResult result;

@@ -50,11 +50,16 @@ TEST_F(QprBalance, FillsTheFirstPrinterToItsLimit) {
     }
     EXPECT_THAT(chosen, ElementsAre(1, 1, 1, 2, 2));
     EXPECT_EQ(Choose()["printer"], "Second");
-    EXPECT_EQ(Choose({"--balanced-printers", "1,3"}),
+    EXPECT_EQ(Choose({"--balanced-printers", "1;First"}),
               (nlohmann::json{{"printer", nullptr}, {"index", 0}, {"prs", ""}}));
     m_qpr.Run({"queue", "cancel", "First", "1"});
     EXPECT_EQ(Choose()["printer"], "First");
     EXPECT_EQ(m_qpr.Run({"balance", "choose"}).output, "First\n");
+    for (const char* command : {"print", "list"}) {
+        const ProgramResult result = m_qpr.Run({command, "--balanced-printers", "1,Frist", "Report (1).ps"});
+        EXPECT_EQ(result.exitCode, 2);
+        EXPECT_THAT(result.errors, HasSubstr("\"Frist\" is no printer of balancedprinters.ini"));
+    }
     // One that prints comes before one that keeps its jobs.
     m_qpr.Run({"printers", "resume", "Second"});
     EXPECT_EQ(Choose()["printer"], "Second");

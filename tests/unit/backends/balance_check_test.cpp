@@ -112,6 +112,11 @@ TEST(ParseBalancedPrinters, TakesNumbersAndNames) {
     options.m_printers[9].name = "a, b";
     EXPECT_EQ(TextOfBalancedPrinters(options), "1,2,3,5,6,10");
     EXPECT_EQ(TextOfBalancedPrinters({}), "");
+    for (const char* text : {"", " ", "1", "P2;3 , Big Plotter"})
+        EXPECT_EQ(FindUnknownBalancedPrinter(text, options), "") << text;
+    EXPECT_EQ(FindUnknownBalancedPrinter("1,9", options), "\"9\" is no printer of balancedprinters.ini.");
+    EXPECT_EQ(FindUnknownBalancedPrinter("p2", options), "\"p2\" is no printer of balancedprinters.ini.");
+    EXPECT_EQ(FindUnknownBalancedPrinter(",;", options), "\",;\" names no printer.");
 }
 
 }  // namespace

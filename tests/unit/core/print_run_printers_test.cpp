@@ -54,8 +54,12 @@ TEST_F(PrintRunPrintersTest, RowsThatNameBalancedPrintersGoToThoseWithRoom) {
     ItemTexts onlyFirst;
     onlyFirst.balancedPrinters = "1";
     AddFile("e.ps", "bytes", onlyFirst);
+    ItemTexts nowhere;
+    nowhere.balancedPrinters = "7,Cellar";
+    AddFile("f.ps", "bytes", nowhere);
     run.UseBalancing(true);
     run.OnButtonPrint();
+    EXPECT_EQ(Text(5, kColumnStatus), "Error - Can't Print - no such balanced printer");
     EXPECT_THAT(Sent(),
                 ElementsAre("a.ps>Laser", "b.ps>Laser", "c.ps>Plotter", "d.ps>Plotter", "e.ps>Plotter"))
         << "where none has room, the one used last is used again";
