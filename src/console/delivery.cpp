@@ -1,5 +1,7 @@
 #include "console/delivery.h"
 
+#include <algorithm>
+
 #include "app/application.h"
 #include "backends/status_words.h"
 #include "base/format.h"
@@ -7,9 +9,11 @@
 #include "base/text.h"
 #include "console/context.h"
 #include "console/progress.h"
+#include "logs/error_log.h"
 #include "platform/event_loop.h"
 #include "platform/interrupts.h"
 #include "platform/spooler.h"
+#include "settings/general_options.h"
 
 namespace quirepress {
 
@@ -26,22 +30,15 @@ std::string JobTrouble(Spooler& spooler, const PrinterInfo& printer) {
     std::vector<JobInfo> jobs;
     spooler.ListJobs(printer.name, jobs);
     for (const JobInfo& job : jobs)
-        if (!job.statusText.empty())
+        if (!job.statusText.empty() && !job.isOfUnknownOutcome)
             return Format("job %d (%s): %s", job.id, FileTitle(job.document), job.statusText);
     const std::string_view word = PrinterStatusWord(printer.statusBits, 0);
     if (!word.empty() || jobs.empty()) return std::string(word);
-    return Format("it takes no more for the moment; job %d (%s) is the next", jobs.front().id,
-                  FileTitle(jobs.front().document));
-}
-
-// Somebody has to look for each of them at the printer.
-void ListJobsOfUnknownOutcome(Spooler& spooler, const PrinterInfo& printer, std::vector<std::string>& lines) {
-    std::vector<JobInfo> jobs;
-    spooler.ListJobs(printer.name, jobs);
-    for (const JobInfo& job : jobs)
-        if (job.isOfUnknownOutcome)
-            lines.push_back(
-                Format("%s, job %d (%s): %s", printer.name, job.id, FileTitle(job.document), job.statusText));
+    const auto next =
+        std::find_if(jobs.begin(), jobs.end(), [](const JobInfo& job) { return !job.isOfUnknownOutcome; });
+    if (next == jobs.end()) return "somebody has to look at the printer whether they came out";
+    return Format("it takes no more for the moment; job %d (%s) is the next", next->id,
+                  FileTitle(next->document));
 }
 
 std::string WaitingLine(Spooler& spooler, const PrinterInfo& printer) {
@@ -83,26 +80,43 @@ DeliveryReport DeliverJobs(Context& context, Application& application, ProgressL
         report.jobsLeft += static_cast<int>(printer.jobs);
         if (printer.jobs == 0) continue;
         report.lines.push_back(WaitingLine(spooler, printer));
-        ListJobsOfUnknownOutcome(spooler, printer, report.lines);
     }
+    report.unknown = ListJobsOfUnknownOutcome(application);
+    for (const UnknownJob& job : report.unknown)
+        report.lines.push_back(
+            Format("%s, job %d (%s): %s", job.printer, job.id, FileTitle(job.document), job.statusText));
     if (report.hasStalled)
         report.lines.push_back(Format("%d jobs remain in the queue: nothing was taken for %d s. ",
                                       report.jobsLeft, context.m_global.stallLimit) +
                                std::string(kWayOn));
-    report.unknown = CountJobsOfUnknownOutcome(application);
     return report;
 }
 
-int CountJobsOfUnknownOutcome(Application& application) {
-    if (application.Administration() == nullptr) return 0;
+std::vector<UnknownJob> ListJobsOfUnknownOutcome(Application& application) {
+    std::vector<UnknownJob> unknown;
+    if (application.Administration() == nullptr) return unknown;
     std::vector<PrinterInfo> printers;
     Spooler& spooler = application.PrintSpooler();
     spooler.ListPrinters(printers);
-    int count = 0;
     for (const PrinterInfo& printer : printers) {
         std::vector<JobInfo> jobs;
         if (printer.jobs > 0) spooler.ListJobs(printer.name, jobs);
-        for (const JobInfo& job : jobs) count += job.isOfUnknownOutcome ? 1 : 0;
+        for (const JobInfo& job : jobs)
+            if (job.isOfUnknownOutcome)
+                unknown.push_back({printer.name, job.id, job.document, job.statusText});
+    }
+    return unknown;
+}
+
+int RecordUnknownJobs(Application& application, const std::vector<UnknownJob>& jobs,
+                      const std::vector<UnknownJob>& known) {
+    int count = 0;
+    for (const UnknownJob& job : jobs) {
+        if (std::find(known.begin(), known.end(), job) != known.end()) continue;
+        ++count;
+        const std::string error = Format("job %d: %s", job.id, job.statusText);
+        if (application.Options().m_errorLog)
+            application.Errors().Append({job.document, "", error, job.printer});
     }
     return count;
 }

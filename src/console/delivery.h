@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -9,12 +10,22 @@ class Application;
 class Context;
 class ProgressLine;
 
+// A job of which nobody knows whether it came out, until somebody has looked at the printer and decided.
+struct UnknownJob {
+    std::string printer;
+    std::int64_t id;
+    std::string document;
+    std::string statusText;  // what is known
+
+    bool operator==(const UnknownJob& other) const { return printer == other.printer && id == other.id; }
+};
+
 struct DeliveryReport {
-    int jobsLeft = 0;                // still in the queues
-    bool wasStopped = false;         // by Ctrl-C
-    bool hasStalled = false;         // given up, since nothing moved any more
-    int unknown = 0;                 // of those left: jobs of which nobody knows whether they came out
-    std::vector<std::string> lines;  // for people: what waits, and why
+    int jobsLeft = 0;                 // still in the queues
+    bool wasStopped = false;          // by Ctrl-C
+    bool hasStalled = false;          // given up, since nothing moved any more
+    std::vector<UnknownJob> unknown;  // of those left
+    std::vector<std::string> lines;   // for people: what waits, and why
 };
 
 // The embedded spooler delivers while its program runs: pumps until its queues are empty, or only hold jobs
@@ -22,8 +33,13 @@ struct DeliveryReport {
 // and all delivering, too. Nothing to do for a print system with a server of its own.
 DeliveryReport DeliverJobs(Context& context, Application& application, ProgressLine& progress);
 
-// Of all printers, and as long as nobody has decided about them.
-int CountJobsOfUnknownOutcome(Application& application);
+// Of all printers.
+std::vector<UnknownJob> ListJobsOfUnknownOutcome(Application& application);
+
+// Writes those of `jobs` that are not among `known` into the error log, as far as errors are logged. How many
+// they are.
+int RecordUnknownJobs(Application& application, const std::vector<UnknownJob>& jobs,
+                      const std::vector<UnknownJob>& known);
 
 // The folder into which a printer of the embedded spooler has put all its jobs; empty for any other printer,
 // and while jobs wait.

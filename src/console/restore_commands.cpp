@@ -51,9 +51,10 @@ void ShowCutOffRun(Context& context, Application& application, const CutOffRun& 
         return;
     }
     context.Print(RenderRows(list, context.OutputHasColours()));
-    context.Print(
-        Format("Cut off in copy %d of %d on %s, %d rows wait; \"qpr restore --print\" prints them.\n",
-               run.copy, run.copies, ToPrintableLine(run.printer), waiting));
+    std::string waits = waiting == 1 ? "1 row waits" : Format("%d rows wait", waiting);
+    if (run.copy < run.copies) waits += Format(", and copies %d to %d of all", run.copy + 1, run.copies);
+    context.Print(Format("Cut off in copy %d of %d on %s, %s; \"qpr restore --print\" prints what waits.\n",
+                         run.copy, run.copies, ToPrintableLine(run.printer), waits));
 }
 
 // False when there is nothing to show or print; the reason is the command's result then.

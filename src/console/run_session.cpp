@@ -72,7 +72,7 @@ void PrintSummary(Context& context, Application& application, const std::string&
                            {"seconds", summary.seconds},
                            {"queued", delivery.jobsLeft},
                            {"stalled", delivery.hasStalled},
-                           {"unknown", delivery.unknown}});
+                           {"unknown", delivery.unknown.size()}});
         return;
     }
     const bool colours = context.OutputHasColours();
@@ -116,15 +116,16 @@ int RunAndReport(Context& context, Application& application, const std::string& 
     PrintRun& run = application.Run();
     const StopOnInterrupt stop(*context.System().loop, run);
     run.UseObserver(&progress);
-    const int unknownBefore = CountJobsOfUnknownOutcome(application);
+    const std::vector<UnknownJob> known = ListJobsOfUnknownOutcome(application);
     const RunSummary summary = start(run);
     run.UseObserver(nullptr);
     const DeliveryReport delivery = DeliverJobs(context, application, progress);
     progress.Clear();
     PrintSummary(context, application, printer, summary, delivery);
+    const int unknown = RecordUnknownJobs(application, delivery.unknown, known);
     if (delivery.wasStopped) return kExitStopped;
     const int exitCode = ExitCodeOf(summary);
-    const bool isLeft = delivery.hasStalled || delivery.unknown > unknownBefore;
+    const bool isLeft = delivery.hasStalled || unknown > 0;
     return exitCode == kExitDone && isLeft ? kExitNotAllDone : exitCode;
 }
 

@@ -14,14 +14,17 @@ TEST(QprDelivery, APrinterThatTakesNothingIsNotWaitedForForEver) {
     QprProgram qpr;
     LoopbackServer printer(LoopbackServer::Stall);
     ASSERT_EQ(qpr.Run({"printers", "add", "Net", "--port", "socket://" + printer.Address()}).exitCode, 0);
+    ASSERT_EQ(qpr.Run({"settings", "set", "general", "ERRORLOG"}).exitCode, 0);
     qpr.m_work.Write("a.ps", std::string(20'000'000, 'a'));
     qpr.m_work.Write("b.ps", "b");
     ProgramResult result = qpr.Run({"--stall-limit", "1", "print", "--printer", "Net", "a.ps", "b.ps"});
     EXPECT_EQ(result.exitCode, 1) << result.errors;
     EXPECT_THAT(result.output, AllOf(HasSubstr("2 done, 0 failed"),
-                                     HasSubstr("Net keeps 2 waiting: job 1 (a.ps): Unknown: "),
+                                     HasSubstr("Net keeps 2 waiting: it takes no more for the moment; job 2"),
+                                     HasSubstr("Net, job 1 (a.ps): Unknown: "),
                                      HasSubstr("2 jobs remain in the queue: nothing was taken for 1 s. "),
                                      HasSubstr("qpr queue restart PRINTER JOB")));
+    EXPECT_EQ(qpr.Run({"--json", "log", "show", "error"}).Json()["records"].size(), 1U);
     // The small one goes out before the new one.
     result = qpr.Run({"--json", "--stall-limit", "1", "print", "--printer", "Net", "a.ps"});
     EXPECT_EQ(result.exitCode, 1);
