@@ -42,6 +42,7 @@ RunSummary RunWalk::WalkList() {
         }
     }
     m_row.Expect(CountPlannedPrints());
+    m_services.separators.BeginWalk();
     bool isWhole = true;
     for (const int first = copy; isWhole && copy <= m_request.passes; ++copy) {
         // Every copy of the list begins with the same set-up.
@@ -78,6 +79,7 @@ bool RunWalk::TakeUpCutOffRun() {
 bool RunWalk::ApplyAgain(int row, const std::string& path) {
     ItemResult result{true, {}, {}};
     if (PrinterSelection::TakesItem(path)) result = m_services.selection.ApplyItem(path);
+        if (wasApplied) m_services.separators.NotePrinted(row);
     if (ProcessingDefaults::TakesItem(path))
         result.isApplied = m_services.processing.ApplyItem(path, result.message);
     if (result.isApplied) return true;
@@ -97,7 +99,6 @@ long long RunWalk::CountPlannedPrints() const {
 }
 
 bool RunWalk::WalkOnce() {
-    m_services.separators.BeginWalk();
     for (int row = FindNextRow(); row >= 0; row = FindNextRow()) {
         m_row.Begin(row);
         if (!m_row.KeepGoing()) {
@@ -123,6 +124,7 @@ int RunWalk::FindNextRow() {
     const int count = list.RowCount();
     const int start = list.CurrentRow() + 1;
     const auto findFrom = [&](int row, int end) {
+    m_services.separators.BeginWalk();
         while (row < end && list.MarkOf(row).pass == m_row.Copy()) ++row;
         return row < end ? row : -1;
     };
@@ -188,6 +190,7 @@ WayResult RunWalk::FindPagesObstacle(const RunItem& item) {
                               options.m_dontPrintPdfZero);
     WayResult result;
     if (IsPassedOverPdf(options, item)) result.status = kStatusSkipped;
+    m_attempt.PrintSeparatorAfter(result);
     return result;
 }
 

@@ -104,8 +104,7 @@ WayResult RowAttempt::AttemptDocument(const RunItem& item) {
     if (item.kind == ItemKind::kDocument) {
         if (m_row.Find()) m_services.list.MarkOf(m_row.Index()).source = {facts.size, facts.written};
         // An attempt that goes to another printer needs its own.
-        if (std::exchange(m_separated, item.printer) != item.printer)
-            PrintSeparatorIfDue(RunSeparators::Place::kBefore);
+        if (std::exchange(m_separated, item.printer) != item.printer) PrintSeparatorBefore();
         if (m_row.IsStopped()) return StoppedWay();
         m_row.ShowRowStatus("Printing file:");
     }
@@ -116,10 +115,6 @@ WayResult RowAttempt::AttemptDocument(const RunItem& item) {
     const bool isPrinted = result.end == WayResult::End::kPrinted;
     const std::string& printer = result.printers.empty() ? item.printer : result.printers.back();
     if (isPrinted) m_jobWait.ForAcceptedJob(printer, item.path, result.jobId, m_row);
-    if (isPrinted && item.kind == ItemKind::kDocument) {
-        PrintSeparatorIfDue(RunSeparators::Place::kAfter);
-        if (m_row.Find()) m_services.separators.NotePrinted(m_row.Index());
-    }
     m_services.debugLog.Trace("g_didspool: %d and g_bError: %d\r\n", isPrinted, !isPrinted);
     return result;
 }
@@ -142,10 +137,21 @@ WayResult RowAttempt::PrintSeparator(RunSeparators::Place place) {
     return result;
 }
 
+void RowAttempt::PrintSeparatorBefore() {
+    if (m_row.Find() && m_services.separators.IsDueBefore(m_row.Index()))
+        TellSeparator(PrintSeparator(RunSeparators::Place::kBefore));
+}
+
+void RowAttempt::PrintSeparatorAfter(const WayResult& result) {
+    if (!m_row.Find() || result.end == WayResult::End::kStopped) return;
+    const bool isPrinted = result.end == WayResult::End::kPrinted;
+    if (isPrinted) m_services.separators.NotePrinted(m_row.Index());
+    if (m_services.separators.IsDueAfter(m_row.Index(), isPrinted))
+        TellSeparator(PrintSeparator(RunSeparators::Place::kAfter));
+}
+
 // A document is printed without its separator rather than not at all.
-void RowAttempt::PrintSeparatorIfDue(RunSeparators::Place place) {
-    if (!m_row.Find() || !m_services.separators.IsDue(place, m_row.Index())) return;
-    const WayResult result = PrintSeparator(place);
+void RowAttempt::TellSeparator(const WayResult& result) {
     if (result.end != WayResult::End::kFailed) return;
     m_services.outcomes.RecordError(kSeparatorText, PrinterOfRun(m_services), result.remark);
     if (!std::exchange(m_hasToldSeparator, true)) m_services.prompts.ShowBox("Print Error", result.remark);

@@ -1,8 +1,6 @@
 #pragma once
 
 #include <memory>
-#include <vector>
-
 #include <string>
 
 #include "core/job_wait.h"
@@ -21,6 +19,8 @@ public:
     // Once more where nothing came out and the options say so. `item` becomes the document that a download
     // has brought. May pump.
     WayResult Print(RunItem& item);
+    // What follows the row, which has ended so, however it did. May pump.
+    void PrintSeparatorAfter(const WayResult& result);
 
 private:
     bool MayRetry(const RunItem& item, const WayResult& result) const;
@@ -29,7 +29,8 @@ private:
     WayResult AttemptBalanced(RunItem item);
     WayResult AttemptDocument(const RunItem& item);
     WayResult PrintSeparator(RunSeparators::Place place);
-    void PrintSeparatorIfDue(RunSeparators::Place place);
+    void PrintSeparatorBefore();
+    void TellSeparator(const WayResult& result);
     WayResult OfferToWays(const RunItem& item);
 
     const PrintRunServices& m_services;

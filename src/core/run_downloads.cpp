@@ -32,8 +32,12 @@ RunDownloads::RunDownloads(RunDownloadServices services) : m_services(std::move(
 
 RunDownloads::~RunDownloads() = default;
 
+std::string DownloadFolderOf(const GeneralOptions& options, std::string_view workingFolder) {
+    return JoinPath(TemporaryFolderOf(options, workingFolder), "Downloads");
+}
+
 std::string RunDownloads::Folder() const {
-    return JoinPath(TemporaryFolderOf(m_services.options, m_services.workingFolder), "Downloads");
+    return DownloadFolderOf(m_services.options, m_services.workingFolder);
 }
 
 void RunDownloads::BeginRun(const PrintList& list) {

@@ -3,6 +3,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "core/run_way.h"
@@ -29,7 +30,10 @@ struct RunDownloadServices {
     std::string workingFolder;
 };
 
-// Fetches the files that download entries name, into "Downloads" in the temporary folder.
+// "Downloads" in the temporary folder: there the files of download entries come to lie.
+std::string DownloadFolderOf(const GeneralOptions& options, std::string_view workingFolder);
+
+// Fetches the files that download entries name, into their folder.
 class RunDownloads {
 public:
     explicit RunDownloads(RunDownloadServices services);

@@ -10,6 +10,7 @@
 #include "base/path.h"
 #include "core/file_target.h"
 #include "core/print_list.h"
+#include "core/run_downloads.h"
 #include "core/scratch_folder.h"
 #include "logs/debug_log.h"
 #include "platform/event_loop.h"
@@ -35,10 +36,6 @@ std::vector<int> DocumentsOfRow(PrintList& list, int row) {
                 rows.push_back(other);
     if (rows.empty()) rows.push_back(row);
     return rows;
-}
-
-std::string FolderOfRow(PrintList& list, int row) {
-    return std::string(FolderOf(list.Text(DocumentsOfRow(list, row).front(), kColumnFilename)));
 }
 
 bool IsDocument(const PrintList& list, int row) {
@@ -85,19 +82,37 @@ int RunSeparators::NextDocument(int row, int step) const {
     return -1;
 }
 
-bool RunSeparators::IsDue(Place place, int row) const {
-    const Set set = SetOf(place);
+// Whatever is still to be downloaded will lie in one folder.
+std::string RunSeparators::FolderOfRow(int row) const {
+    PrintList& list = m_services.list;
+    const std::string_view path = list.Text(DocumentsOfRow(list, row).front(), kColumnFilename);
+    if (KindOfItem(path) == ItemKind::kDownload)
+        return DownloadFolderOf(m_services.options, m_services.workingFolder);
+    return std::string(FolderOf(path));
+}
+
+bool RunSeparators::IsWanted(const Set& set, int row) const {
     const bool isSetUp = !set.fileName.empty() || (set.isGenerated && !set.templateName.empty());
-    if (m_services.separators.m_requestedOnly || !isSetUp || !IsDocument(m_services.list, row)) return false;
-    if (!set.isByFolder) return true;
-    const std::string folder = FolderOfRow(m_services.list, row);
-    if (place == Place::kBefore) return !m_hasFolder || folder != m_folder;
+    return isSetUp && !m_services.separators.m_requestedOnly && IsDocument(m_services.list, row);
+}
+
+bool RunSeparators::IsDueBefore(int row) const {
+    const Set set = SetOf(Place::kBefore);
+    return IsWanted(set, row) && (!set.isByFolder || !m_hasFolder || FolderOfRow(row) != m_folder);
+}
+
+bool RunSeparators::IsDueAfter(int row, bool isPrinted) const {
+    const Set set = SetOf(Place::kAfter);
+    if (!IsWanted(set, row)) return false;
+    if (!set.isByFolder) return isPrinted;
+    if (!m_hasFolder || m_folder != FolderOfRow(row)) return false;
     const int next = NextDocument(row, 1);
-    return next < 0 || FolderOfRow(m_services.list, next) != folder;
+    return next < 0 || FolderOfRow(next) != m_folder;
 }
 
 void RunSeparators::NotePrinted(int row) {
-    m_folder = FolderOfRow(m_services.list, row);
+    if (!IsDocument(m_services.list, row)) return;
+    m_folder = FolderOfRow(row);
     m_hasFolder = true;
 }
 
@@ -113,8 +128,8 @@ std::vector<int> RunSeparators::RowsOfSet(Place place, int row, const Set& set) 
     rows.push_back(row);
     if (!set.isByFolder) return rows;
     const int step = place == Place::kBefore ? 1 : -1;
-    const std::string folder = FolderOfRow(list, row);
-    for (int next = NextDocument(row, step); next >= 0 && FolderOfRow(list, next) == folder;
+    const std::string folder = FolderOfRow(row);
+    for (int next = NextDocument(row, step); next >= 0 && FolderOfRow(next) == folder;
          next = NextDocument(next, step))
         rows.push_back(next);
     if (step < 0) std::reverse(rows.begin(), rows.end());

@@ -45,8 +45,10 @@ public:
     // Each walk over the list begins with a folder that nothing was printed from.
     void BeginWalk() { m_folder.clear(), m_hasFolder = false; }
     // Whether the options want one there without a row that asks for it; `row` is a document of the list that
-    // is printed now.
-    bool IsDue(Place place, int row) const;
+    // has its turn, and afterwards has had it. The folder's last document may have failed: what came before
+    // it still gets its separator.
+    bool IsDueBefore(int row) const;
+    bool IsDueAfter(int row, bool isPrinted) const;
     void NotePrinted(int row);
 
     // Makes `item` the document of the separator of this row, which is a document or a separator row; its
@@ -60,6 +62,8 @@ private:
     struct Set;
 
     Set SetOf(Place place) const;
+    bool IsWanted(const Set& set, int row) const;
+    std::string FolderOfRow(int row) const;
     std::string SeparatorPath(const Set& set) const;
     std::vector<int> RowsOfSet(Place place, int row, const Set& set) const;
     int NextDocument(int row, int step) const;

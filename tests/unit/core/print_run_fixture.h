@@ -177,11 +177,12 @@ public:
         for (int row = 0; row < list.RowCount(); ++row) statuses.push_back(Text(row, kColumnStatus));
         return statuses;
     }
-    // File titles of the documents that the spooler keeps, in order.
-    std::vector<std::string> Printed() const {
+    // File titles of the documents that the spooler keeps, in order, without so many of them.
+    std::vector<std::string> Printed(std::size_t passedOver = 0) const {
         std::vector<std::string> titles;
         for (const SentDocument& sent : spooler.Sent())
-            if (sent.finished) titles.push_back(sent.name.substr(sent.name.find_last_of("/\\") + 1));
+            if (sent.finished && (passedOver == 0 || passedOver-- == 0))
+                titles.push_back(sent.name.substr(sent.name.find_last_of("/\\") + 1));
         return titles;
     }
     std::string ErrorRecords() const { return folder.Read("error.log"); }

@@ -286,6 +286,23 @@ TEST_F(PrintRunPrintersTest, SeparatorsStandAroundTheirDocuments) {
     EXPECT_EQ(made.at(0), "a.ps+b.ps+[FILENAME3];0");
     EXPECT_EQ(made.at(2), "c.ps+[FILENAME2]+[FILENAME3];0");
 
+    // A folder has its end even when its last document fails; one of which nothing came out has none.
+    list.Clear();
+    AddFiles({"x/a.ps", "x/b.odd", "y/c.odd"});
+    EXPECT_EQ(run.OnButtonPrint().failed, 2);
+    EXPECT_EQ(Printed(7), (TextList{"made.ps", "a.ps", "end.ps", "made.ps"}));
+
+    // A folder that a cut-off run had begun is not begun once more.
+    list.Clear();
+    AddFiles({"x/a.ps", "x/b.ps"});
+    list.MarkOf(0) = {1, 1, RowOutcome::kDone};
+    const std::string here = WithTrailingSeparator(folder.Path());
+    { ASSERT_TRUE(RunSnapshot(files, here).Create(list, {"Laser", "Laser", 1, false}, 1)); }
+    CutOffRun cutOff;
+    ASSERT_EQ(snapshot.Load(cutOff), SnapshotResult::kLoaded);
+    EXPECT_EQ(run.FinishCutOffRun(cutOff).done, 2);
+    EXPECT_EQ(Printed(11), (TextList{"b.ps", "end.ps"}));
+
     // A merged file stands for the documents in it.
     list.Clear();
     AddFile("x/one.pdf", MakeSmallPdf({"a"}));
