@@ -74,7 +74,7 @@ bool FileTransfer::PrepareFolder() {
 FileTransfer::End FileTransfer::TransferToFolder() {
     if (m_isCopied) return EndOf(m_reason = EraseSource());
     // A file that is where it should be already has nowhere to go.
-    if (IsAtTarget()) return End::kDone;
+    if (IsAtTarget() || (m_request.isCopy && m_request.mayBeCopied && FindCopy())) return End::kDone;
     m_reason = TransferTo(m_target);
     return m_reason == FileResult::kExists ? TransferToVersion() : EndOf(m_reason);
 }
@@ -148,6 +148,22 @@ bool FileTransfer::HasSource() const {
 bool FileTransfer::IsAtTarget() const {
     const std::string source = m_services.files.ResolvePath(m_request.from);
     return !source.empty() && source == m_services.files.ResolvePath(m_target);
+}
+
+// Of the version that the source has; the target is its name then.
+bool FileTransfer::FindCopy() {
+    const FileFacts source = m_services.files.Inspect(m_request.from);
+    std::string path = m_target;
+    for (int version = 1; version <= kMostVersions; ++version) {
+        const FileFacts facts = m_services.files.Inspect(path);
+        if (facts.kind == FileKind::kMissing) return false;
+        if (facts.size == source.size && facts.written == source.written) {
+            m_target = path;
+            return true;
+        }
+        path = JoinPath(m_request.folder, VersionName(m_request.name, version));
+    }
+    return false;
 }
 
 bool FileTransfer::IsLink() const {

@@ -24,7 +24,8 @@ struct TransferRequest {
     std::string name;             // in the folder
     std::string_view traceStart;  // before the lines of the debug log
     bool isCopy = false;
-    bool renameOld = false;  // when the name is taken, the file that has it gets a version name
+    bool mayBeCopied = false;  // a copy, or a version of it, is what was to be made when it has size and time
+    bool renameOld = false;    // when the name is taken, the file that has it gets a version name
 };
 
 // Whether what failed so may go better a little later: something is in use, or out of reach just now. A
@@ -57,6 +58,7 @@ private:
     FileResult EraseSource();
     bool HasSource() const;
     bool IsAtTarget() const;
+    bool FindCopy();
     bool IsLink() const;
     bool IsSourceChanged() const;
     void TraceRename(FileResult result, const std::string& from, const std::string& to);

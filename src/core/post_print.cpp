@@ -42,6 +42,7 @@ struct PostPrint::Order {
     std::string title;
     std::string printer;
     std::string_view traceStart;
+    bool mayBeCopied = false;
 };
 
 // How a failure is told.
@@ -83,7 +84,7 @@ RowHandled PostPrint::Handle(const PrintedRow& row, PrintEnd end) {
     // A row may have failed because its file is not there; its status says so already.
     const bool isThere = m_services.files.Inspect(row.path).kind != FileKind::kMissing;
     if (end == PrintEnd::kFailed && !isThere) return RowHandled::kLeft;
-    const Order order = {row.path, MoveToFor(row, end), row.fileTitle, row.printer, ""};
+    const Order order = {row.path, MoveToFor(row, end), row.fileTitle, row.printer, "", row.mayBeCopied};
     const bool isToLeave = isThere && !order.moveTo.empty() && IsChanged(row) && !IsMergedFile(row.path);
     return isToLeave ? LeaveChanged(order) : HandleFile(order);
 }
@@ -206,6 +207,7 @@ TransferRequest PostPrint::RequestFor(const Order& order, const MoveTarget& targ
     request.traceStart = order.traceStart;
     request.isCopy = target.action == MoveAction::kCopy;
     request.renameOld = m_renameOld;
+    request.mayBeCopied = order.mayBeCopied;
     return request;
 }
 

@@ -43,6 +43,7 @@ struct PrintedRow {
     std::string jobFile;
     std::string printer;        // for the error log
     SourceVersion source = {};  // of the file that was printed
+    bool mayBeCopied = false;   // to where it goes, by a run that was cut off
 };
 PrintedRow ReadPrintedRow(PrintList& list, int row, std::string_view printer);
 

@@ -162,12 +162,13 @@ void RowEnding::MarkRow(RowOutcome outcome, const WayResult& result, std::string
 }
 
 // Once, after the row's last copy.
-void RowEnding::FileRow() {
+void RowEnding::FileRow(bool mayBeCopied) {
     PrintList& list = m_services.list;
     if (!m_row.Find() || m_row.Copy() < m_row.Copies() || list.MarkOf(m_row.Index()).isFiled) return;
     list.MarkOf(m_row.Index()).isFiled = true;
     const PrintEnd end = EndOf(list.MarkOf(m_row.Index()));
-    const PrintedRow row = ReadPrintedRow(list, m_row.Index(), PrinterOfRun(m_services));
+    PrintedRow row = ReadPrintedRow(list, m_row.Index(), PrinterOfRun(m_services));
+    row.mayBeCopied = mayBeCopied;
     const RowHandled handled = m_services.outcomes.HandleFile(row, end);
     if (handled == RowHandled::kFailed) ++m_summary.notFiled;
     if (handled == RowHandled::kErased && end == PrintEnd::kPrinted) m_row.ShowRowStatus("Deleted");
@@ -201,7 +202,7 @@ void RowEnding::FinishCutOffRows() {
         }
         // Its job file may be to be deleted at the end of the run.
         if (mark.isFiled) m_services.outcomes.NoteJobFile(ReadPrintedRow(list, row, ""), EndOf(mark));
-        FileRow();
+        FileRow(true);
         if (m_row.Find()) row = m_row.Index();
     }
     list.SetCurrentRow(-1);

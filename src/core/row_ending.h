@@ -40,7 +40,7 @@ private:
                 std::string_view statusBefore);
     void EndAppendedRows(const WayResult& result);
     void MarkRow(RowOutcome outcome, const WayResult& result, std::string_view statusBefore);
-    void FileRow();
+    void FileRow(bool mayBeCopied = false);
     void CheckForHang(const RunItem& item);
     void CountRows(RowOutcome outcome, int rows);
 

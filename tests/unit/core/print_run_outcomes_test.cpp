@@ -266,6 +266,7 @@ TEST_F(PrintRunOutcomesTest, ARunThatIsTakenUpFilesWhatWasPrinted) {
     const std::string here = WithTrailingSeparator(folder.Path());
     {
         RunSnapshot cut(files, here);
+    const std::string copied = AddRow("copied.ps", "copy:" + out);
         ASSERT_TRUE(cut.Create(list, {"Laser", "Laser", 1, false, merged}, 1));
         ASSERT_TRUE(cut.NoteBegun(list, 0, 1));
         const auto finish = [&](int row, RowOutcome outcome) {
@@ -287,12 +288,15 @@ TEST_F(PrintRunOutcomesTest, ARunThatIsTakenUpFilesWhatWasPrinted) {
     }
     CutOffRun cutOff;
     ASSERT_EQ(snapshot.Load(cutOff), SnapshotResult::kLoaded);
+        ASSERT_EQ(files.MakeFolders(out), FileResult::kDone);
+        ASSERT_EQ(CopyFileDurably(files, copied, JoinPath(out, "copied.ps")), FileResult::kDone);
     const RunSummary summary = run.FinishCutOffRun(cutOff);
     EXPECT_EQ(summary.done, 6);
     EXPECT_EQ(summary.notFiled, 1);
     EXPECT_EQ(Printed(), (TextList{"next.ps"})) << "only the row that had not come to its turn";
     EXPECT_FALSE(IsThere(printed) || IsThere(merged) || IsThere(appended));
     EXPECT_TRUE(IsThere(changed) && IsThere(filed));
+    EXPECT_FALSE(IsThere(JoinPath(out, "copied_v1.ps"))) << "its copy was made, and is not made again";
     for (const char* name : {"printed.ps", "appended.pdf", "next.ps"})
         EXPECT_TRUE(IsThere(JoinPath(out, name))) << name;
     EXPECT_TRUE(IsThere(JoinPath(folder.PathOf("bad"), "failed.ps")));
