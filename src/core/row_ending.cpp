@@ -7,6 +7,7 @@
 #include "backends/hang_recovery.h"
 #include "backends/queue_watch.h"
 #include "backends/viewer_windows.h"
+#include "base/format.h"
 #include "base/numbers.h"
 #include "core/print_list.h"
 #include "core/print_run_source.h"
@@ -63,7 +64,7 @@ void RowEnding::Finish(const RunItem& item, RowOutcome outcome, const WayResult&
     if (IsMerged(item)) RecordAppendedRows(outcome, result);
     const bool isNew = EndRow(item, outcome, result, statusBefore);
     if (isNew && outcome == RowOutcome::kFailed && result.end != WayResult::End::kStopped)
-        m_services.outcomes.TellFailure(item.path, result.status);
+        m_services.outcomes.TellFailure(IsMerged(item) ? NamesOfAppendedRows() : item.path, result.status);
     if (IsMerged(item) && m_row.Copy() == m_row.Copies() && m_row.Find()) EndAppendedRows(result);
 }
 
@@ -83,6 +84,21 @@ void RowEnding::Record(const RunItem& item, RowOutcome outcome, const WayResult&
     for (const std::string& printer : printers)
         if (std::find(used.begin(), used.end(), printer) == used.end()) used.push_back(printer);
     m_services.outcomes.RecordRow({ended, result, outcome, m_row.Copy(), pages, IsMerged(item)});
+}
+
+// The merged file's own name says nothing to anybody.
+std::string RowEnding::NamesOfAppendedRows() const {
+    constexpr int kMostNames = 20;
+    std::string names;
+    int count = 0;
+    for (int row = 0; row < m_services.list.RowCount(); ++row) {
+        const RunMark& mark = m_services.list.MarkOf(row);
+        if (!mark.isAppended || mark.outcome != RowOutcome::kNotSelected) continue;
+        if (++count <= kMostNames)
+            names += (names.empty() ? "" : ", ") + std::string(m_services.list.Text(row, kColumnFilename));
+    }
+    if (count > kMostNames) names += Format(" and %d more", count - kMostNames);
+    return names;
 }
 
 // Each copy of the merged file is one of every document in it.

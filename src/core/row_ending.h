@@ -35,6 +35,7 @@ public:
 private:
     bool IsMerged(const RunItem& item) const;
     void Record(const RunItem& item, RowOutcome outcome, const WayResult& result);
+    std::string NamesOfAppendedRows() const;
     void RecordAppendedRows(RowOutcome outcome, const WayResult& result);
     bool EndRow(const RunItem& item, RowOutcome outcome, const WayResult& result,
                 std::string_view statusBefore);

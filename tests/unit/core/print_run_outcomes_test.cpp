@@ -251,6 +251,8 @@ TEST_F(PrintRunOutcomesTest, MergedDocumentsAreFiledAndLoggedByThemselves) {
     EXPECT_TRUE(IsThere(third));
     EXPECT_THAT(Text(1, kColumnStatus), StartsWith("Error - Can't Print - did not spool"));
 }
+    ASSERT_FALSE(notices.told.empty());
+    EXPECT_THAT(notices.told[notices.told.size() - 2], HasSubstr("Filename:" + third + ", "));
 
 // It was printed, and the program ended before its file was dealt with.
 TEST_F(PrintRunOutcomesTest, ARunThatIsTakenUpFilesWhatWasPrinted) {
