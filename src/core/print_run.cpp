@@ -145,7 +145,20 @@ RunSummary PrintRun::TellMissedRows() {
 void PrintRun::FinishRun(bool wasStopped) {
     m_services.viewers.CloseAcrobat(ViewerWindows::Occasion::kListFinished);
     m_services.outcomes.EndRun(m_services.list, m_passes, wasStopped);
+    if (wasStopped) TellMissingCopies();
     if (m_services.options.m_removeItem) RemoveDoneRows(m_passes);
+}
+
+// "Done" alone would be a row of which all copies came out.
+void PrintRun::TellMissingCopies() {
+    PrintList& list = m_services.list;
+    for (int row = 0; row < list.RowCount(); ++row) {
+        const RunMark& mark = list.MarkOf(row);
+        const bool isMissing = mark.outcome == RowOutcome::kDone && mark.printed < m_passes;
+        if (!isMissing || KindOfItem(list.Text(row, kColumnFilename)) == ItemKind::kCommand) continue;
+        const std::string status(list.Text(row, kColumnStatus));
+        list.SetText(row, kColumnStatus, Format("%s, %d of %d copies", status, mark.printed, m_passes));
+    }
 }
 
 void PrintRun::ForgetEarlierRuns() {

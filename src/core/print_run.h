@@ -136,6 +136,7 @@ private:
     bool AwaitEmptyQueue();
     int AskCopies();
     int CountPasses();
+    void TellMissingCopies();
     void RemoveDoneRows(int passes);
 
     PrintRunServices m_services;

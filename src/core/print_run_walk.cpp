@@ -18,6 +18,15 @@
 
 namespace quirepress {
 
+namespace {
+
+// Stopped before anything of it was accepted.
+bool IsUntouched(const WayResult& result) {
+    return result.end == WayResult::End::kStopped && result.wholeCopies == 0 && result.earlierJobs.empty();
+}
+
+}  // namespace
+
 RunWalk::RunWalk(const PrintRunServices& services, WalkRequest request)
     : m_services(services),
       m_request(std::move(request)),
@@ -33,6 +42,7 @@ RunSummary RunWalk::WalkList() {
     // What could not be merged has failed already; a run that is taken up has more.
     m_ending.CountRowsOfList();
     int copy = 1;
+    m_services.separators.BeginWalk();
     if (m_request.cutOff != nullptr) {
         copy = m_request.cutOff->copy;
         m_row.BeginCopy(copy);
@@ -42,7 +52,6 @@ RunSummary RunWalk::WalkList() {
         }
     }
     m_row.Expect(CountPlannedPrints());
-    m_services.separators.BeginWalk();
     bool isWhole = true;
     for (const int first = copy; isWhole && copy <= m_request.passes; ++copy) {
         // Every copy of the list begins with the same set-up.
@@ -70,6 +79,7 @@ bool RunWalk::TakeUpCutOffRun() {
         }
         const bool wasApplied =
             IsTicked(list, row) && mark.pass == cutOff.copy && mark.outcome == RowOutcome::kDone;
+        if (wasApplied) m_services.separators.NotePrinted(row);
         if (wasApplied && KindOfItem(path) == ItemKind::kCommand && !ApplyAgain(row, path)) return false;
     }
     m_ending.FinishCutOffRows();
@@ -79,7 +89,6 @@ bool RunWalk::TakeUpCutOffRun() {
 bool RunWalk::ApplyAgain(int row, const std::string& path) {
     ItemResult result{true, {}, {}};
     if (PrinterSelection::TakesItem(path)) result = m_services.selection.ApplyItem(path);
-        if (wasApplied) m_services.separators.NotePrinted(row);
     if (ProcessingDefaults::TakesItem(path))
         result.isApplied = m_services.processing.ApplyItem(path, result.message);
     if (result.isApplied) return true;
@@ -115,6 +124,7 @@ void RunWalk::ResetSetUp() {
     if (m_services.selection.UsePrinter(m_request.printer, message) != 0)
         m_services.outcomes.RecordError("", m_request.printer, message);
     m_services.processing.Clear();
+    m_services.separators.BeginWalk();
 }
 
 // The first row below the one at work that this walk has not reached; when there is none, the first above,
@@ -124,7 +134,6 @@ int RunWalk::FindNextRow() {
     const int count = list.RowCount();
     const int start = list.CurrentRow() + 1;
     const auto findFrom = [&](int row, int end) {
-    m_services.separators.BeginWalk();
         while (row < end && list.MarkOf(row).pass == m_row.Copy()) ++row;
         return row < end ? row : -1;
     };
@@ -177,7 +186,11 @@ void RunWalk::PrintRow(RunItem item, const WayResult& obstacle) {
         if (!m_services.snapshot.NoteBegun(m_services.list, m_row.Index(), m_row.Copy()))
             m_services.prompts.ShowBox("Print Error!", kSnapshotFailed);
         result = m_attempt.Print(item);
+        // Who takes the run up again prints it.
+        if (IsUntouched(result) && m_row.Find())
+            m_services.snapshot.PutBack(m_services.list, m_row.Index(), m_row.Copy());
     }
+    m_attempt.PrintSeparatorAfter(result);
     m_row.CountPrint();
     m_ending.Finish(item, OutcomeOf(result), result, m_statusBefore);
     if (isGood && options.m_pauseAfter > 0 && HasFurtherRow()) m_row.Pause(options.m_pauseAfter, false);
@@ -190,7 +203,6 @@ WayResult RunWalk::FindPagesObstacle(const RunItem& item) {
                               options.m_dontPrintPdfZero);
     WayResult result;
     if (IsPassedOverPdf(options, item)) result.status = kStatusSkipped;
-    m_attempt.PrintSeparatorAfter(result);
     return result;
 }
 

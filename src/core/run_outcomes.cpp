@@ -115,7 +115,8 @@ void RunOutcomes::ReportRowsNotPrinted(PrintList& list, int passes) {
         reported.path = path;
         reported.sizeKb = list.Text(row, kColumnSizeKb);
         reported.status = "The run was stopped before its turn";
-        if (passes > 1) reported.status += Format(" (copies %d to %d)", pass + 1, passes);
+        if (passes > 1 && pass + 1 == passes) reported.status += Format(" (copy %d)", passes);
+        if (pass + 1 < passes) reported.status += Format(" (copies %d to %d)", pass + 1, passes);
         m_report.rows.push_back(std::move(reported));
     }
 }

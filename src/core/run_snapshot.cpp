@@ -262,16 +262,28 @@ bool RunSnapshot::NoteBegun(PrintList& list, int row, int copy) {
     if (!IsOn()) return true;
     // The index of the last finished row says how far it is as long as the rows come in their order.
     const bool isBack = row <= m_finished || copy != m_copy;
-    if (isBack || list.Version() != m_listVersion) {
-        RunMark& mark = list.MarkOf(row);
-        const std::int32_t pass = std::exchange(mark.pass, copy - 1);
-        const bool isWritten = WriteList(list, copy);
-        mark.pass = pass;
-        if (!isWritten) return GiveUp();
-    }
+    const bool isStale = isBack || list.Version() != m_listVersion;
+    if (isStale && !WriteListBefore(list, row, copy)) return GiveUp();
     if (m_first < 0) m_first = row;
     m_begun = row;
     return WriteCheckpoint({m_finished, copy, m_first, row, m_generation}) || GiveUp();
+}
+
+// As it was before the row had its turn.
+bool RunSnapshot::WriteListBefore(PrintList& list, int row, int copy) {
+    RunMark& mark = list.MarkOf(row);
+    const std::int32_t pass = std::exchange(mark.pass, copy - 1);
+    const bool isWritten = WriteList(list, copy);
+    mark.pass = pass;
+    return isWritten;
+}
+
+void RunSnapshot::PutBack(PrintList& list, int row, int copy) {
+    if (!IsOn()) return;
+    if (WriteListBefore(list, row, copy))
+        m_journal.reset();
+    else
+        GiveUp();
 }
 
 bool RunSnapshot::NoteFinished(PrintList& list, int row) {

@@ -70,6 +70,9 @@ public:
     bool NoteFinished(PrintList& list, int row);
     // The row's file is where it is to be, or stays. Likewise: it is then looked for once more.
     void NoteFiled(PrintList& list, int row);
+    // The row that has begun was stopped before anything came out: it waits again. The snapshot follows the
+    // run no further.
+    void PutBack(PrintList& list, int row, int copy);
     // The run has come to its end, so that there is nothing to restore.
     void Remove();
 
@@ -86,6 +89,7 @@ private:
 
     bool TakeLock();
     bool WriteList(PrintList& list, int copy);
+    bool WriteListBefore(PrintList& list, int row, int copy);
     bool WriteJournal(const std::string& line);
     bool WriteCheckpoint(const Checkpoint& checkpoint);
     bool ReadCheckpoint(std::string_view name, Checkpoint& checkpoint) const;

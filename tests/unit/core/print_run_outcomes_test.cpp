@@ -6,6 +6,7 @@
 #include "base/text.h"
 #include "fakes/forgiving_spooler.h"
 #include "fakes/small_pdf.h"
+#include "platform/file_tools.h"
 #include "print_run_fixture.h"
 
 namespace quirepress {
@@ -136,7 +137,7 @@ TEST_F(PrintRunOutcomesTest, AStoppedRowIsNoFailureAndItsFileStays) {
     run.SetCopies(2);
     EXPECT_EQ(run.OnButtonPrint().end, RunSummary::End::kStopped);
     EXPECT_THAT(ReportText(".txt"), HasSubstr("Not printed           5"));
-    EXPECT_THAT(ReportText(".csv"), HasSubstr("turn (copies 2 to 2)"));
+    EXPECT_THAT(ReportText(".csv"), HasSubstr("turn (copy 2)"));
     EXPECT_TRUE(IsThere(second));
     for (const std::string& told : notices.told) EXPECT_THAT(told, testing::Not(StartsWith("2:")));
 }
@@ -250,9 +251,9 @@ TEST_F(PrintRunOutcomesTest, MergedDocumentsAreFiledAndLoggedByThemselves) {
     EXPECT_EQ(run.OnButtonPrint().failed, 3);
     EXPECT_TRUE(IsThere(third));
     EXPECT_THAT(Text(1, kColumnStatus), StartsWith("Error - Can't Print - did not spool"));
-}
     ASSERT_FALSE(notices.told.empty());
     EXPECT_THAT(notices.told[notices.told.size() - 2], HasSubstr("Filename:" + third + ", "));
+}
 
 // It was printed, and the program ended before its file was dealt with.
 TEST_F(PrintRunOutcomesTest, ARunThatIsTakenUpFilesWhatWasPrinted) {
@@ -265,10 +266,10 @@ TEST_F(PrintRunOutcomesTest, ARunThatIsTakenUpFilesWhatWasPrinted) {
     const std::string appended = AddRow("appended.pdf", out);
     const std::string filed = AddRow("filed.ps", out);
     AddRow("next.ps", out);
+    const std::string copied = AddRow("copied.ps", "copy:" + out);
     const std::string here = WithTrailingSeparator(folder.Path());
     {
         RunSnapshot cut(files, here);
-    const std::string copied = AddRow("copied.ps", "copy:" + out);
         ASSERT_TRUE(cut.Create(list, {"Laser", "Laser", 1, false, merged}, 1));
         ASSERT_TRUE(cut.NoteBegun(list, 0, 1));
         const auto finish = [&](int row, RowOutcome outcome) {
@@ -278,7 +279,7 @@ TEST_F(PrintRunOutcomesTest, ARunThatIsTakenUpFilesWhatWasPrinted) {
             list.SetText(row, kColumnStatus, outcome == RowOutcome::kDone ? "Done" : "Error");
             ASSERT_TRUE(cut.NoteFinished(list, row));
         };
-        for (const int row : {0, 1, 2, 5}) finish(row, RowOutcome::kDone);
+        for (const int row : {0, 1, 2, 5, 7}) finish(row, RowOutcome::kDone);
         finish(3, RowOutcome::kFailed);
         list.MarkOf(4).isAppended = true;
         list.SetText(4, kColumnSelected, "No");
@@ -287,18 +288,18 @@ TEST_F(PrintRunOutcomesTest, ARunThatIsTakenUpFilesWhatWasPrinted) {
         std::filesystem::remove(filed);
         folder.Write("filed.ps", "a new one of this name");
         folder.Write("changed.ps", "longer bytes");
+        ASSERT_EQ(files.MakeFolders(out), FileResult::kDone);
+        ASSERT_EQ(CopyFileDurably(files, copied, JoinPath(out, "copied.ps")), FileResult::kDone);
     }
     CutOffRun cutOff;
     ASSERT_EQ(snapshot.Load(cutOff), SnapshotResult::kLoaded);
-        ASSERT_EQ(files.MakeFolders(out), FileResult::kDone);
-        ASSERT_EQ(CopyFileDurably(files, copied, JoinPath(out, "copied.ps")), FileResult::kDone);
     const RunSummary summary = run.FinishCutOffRun(cutOff);
-    EXPECT_EQ(summary.done, 6);
+    EXPECT_EQ(summary.done, 7);
     EXPECT_EQ(summary.notFiled, 1);
+    EXPECT_FALSE(IsThere(JoinPath(out, "copied_v1.ps"))) << "its copy was made, and is not made again";
     EXPECT_EQ(Printed(), (TextList{"next.ps"})) << "only the row that had not come to its turn";
     EXPECT_FALSE(IsThere(printed) || IsThere(merged) || IsThere(appended));
     EXPECT_TRUE(IsThere(changed) && IsThere(filed));
-    EXPECT_FALSE(IsThere(JoinPath(out, "copied_v1.ps"))) << "its copy was made, and is not made again";
     for (const char* name : {"printed.ps", "appended.pdf", "next.ps"})
         EXPECT_TRUE(IsThere(JoinPath(out, name))) << name;
     EXPECT_TRUE(IsThere(JoinPath(folder.PathOf("bad"), "failed.ps")));
@@ -345,7 +346,7 @@ TEST_F(PrintRunOutcomesTest, ACutOffRunIsNotForgottenByTheNext) {
 
 TEST_F(PrintRunOutcomesTest, ARunThatWasTakenUpAndStoppedMayBeTakenUpAgain) {
     AddRow("a.ps", "");
-    AddRow("b.ps", "");
+    AddRow("b.ps", "", "", std::string(300'000, 'x'));
     const std::string here = WithTrailingSeparator(folder.Path());
     { ASSERT_TRUE(RunSnapshot(files, here).Create(list, {"Laser", "Laser", 1, false}, 1)); }
     CutOffRun cutOff;
@@ -354,8 +355,16 @@ TEST_F(PrintRunOutcomesTest, ARunThatWasTakenUpAndStoppedMayBeTakenUpAgain) {
     EXPECT_EQ(run.FinishCutOffRun(cutOff).end, RunSummary::End::kStopped);
     ASSERT_EQ(snapshot.Load(cutOff), SnapshotResult::kLoaded);
     recorder.onFinished = nullptr;
+    // A document that was stopped before anything came out waits, too.
+    recorder.onProgress = [&](const RunProgress& progress) {
+        if (progress.bytesDone > 0) run.Stop();
+    };
+    EXPECT_EQ(run.FinishCutOffRun(cutOff).end, RunSummary::End::kStopped);
+    EXPECT_EQ(Text(1, kColumnStatus), "Error - Stopped, nothing was printed");
+    recorder.onProgress = nullptr;
+    ASSERT_EQ(snapshot.Load(cutOff), SnapshotResult::kLoaded);
     EXPECT_EQ(run.FinishCutOffRun(cutOff).done, 2);
-    EXPECT_THAT(Printed(), SizeIs(2));
+    EXPECT_EQ(Printed(), (TextList{"a.ps", "b.ps"}));
 }
 
 // The rows below would come out on another printer.

@@ -384,7 +384,7 @@ TEST_F(PrintRunTest, StopLeavesTheRowsThatWereNotReached) {
     InPump(AtRow(1), [&] { run.Stop(); });
     const RunSummary summary = run.OnButtonPrint();
     EXPECT_EQ(summary.end, RunSummary::End::kStopped);
-    EXPECT_EQ(Statuses(), (TextList{"Done", "Ready", "Ready"}));
+    EXPECT_EQ(Statuses(), (TextList{"Done, 1 of 2 copies", "Ready", "Ready"}));
     EXPECT_EQ(summary.done, 1);
     EXPECT_EQ(prompts.statusTexts.back(), "Printing stopped && Monitor stopped");
     EXPECT_EQ(list.CurrentRow(), -1);
