@@ -77,7 +77,7 @@ CLI::App* CommandSet::Add(CLI::App& parent, const std::string& name, const std::
     CLI::App* command = parent.add_subcommand(name, description);
     std::string footer = examples.empty() ? "" : "\nExamples:";
     for (const std::string& example : examples) footer += "\n  " + example;
-    command->footer(footer);
+    command->footer(footer + std::string(kGeneralOptionsHint));
     command->fallthrough();  // --json and the like may stand behind the command too
     return command;
 }

@@ -3,11 +3,16 @@
 #include <CLI/App.hpp>
 #include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace quirepress {
 
 class Context;
+
+// Ends the help of each command.
+constexpr std::string_view kGeneralOptionsHint =
+    "\n\nOptions of every command (--home, --spooler, --stall-limit, --json, ...): qpr --help";
 
 // The commands while they are defined: the one that the user gives leaves its action in `m_chosen`.
 struct CommandSet {

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "base/text.h"
+#include "console/commands.h"
 
 namespace quirepress {
 
@@ -41,6 +42,8 @@ Command ReadCommand(const CLI::App& app, const std::string& path) {
     command.path = path;
     command.description = app.get_description();
     command.examples = app.get_footer();
+    const std::size_t hint = command.examples.find(kGeneralOptionsHint);
+    if (hint != std::string::npos) command.examples.erase(hint);
     for (const CLI::Option* definition : app.get_options()) {
         Option option = ReadOption(*definition);
         (option.names.empty() ? command.items : command.options).push_back(std::move(option));

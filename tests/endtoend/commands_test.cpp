@@ -31,6 +31,7 @@ TEST(QprCommands, WrongUsageExitsWithTwoAndHelpTellsWithExamples) {
         const ProgramResult help = qpr.RunBare({command, "--help"});
         EXPECT_EQ(help.exitCode, 0);
         EXPECT_THAT(help.output, HasSubstr("Examples:")) << command;
+        EXPECT_THAT(help.output, HasSubstr("Options of every command (--home")) << command;
         EXPECT_THAT(help.output, HasSubstr(std::string("qpr ") + command)) << command;
     }
 }
@@ -43,6 +44,7 @@ TEST(QprCommands, TheReferenceNamesEveryCommandInEveryForm) {
         for (const char* word : {"print", "printers", "settings", "copies", "unattended", "restart"})
             EXPECT_THAT(result.output, HasSubstr(word)) << form;
         EXPECT_THAT(result.output, Not(HasSubstr("pdf-worker"))) << form;
+        EXPECT_THAT(result.output, Not(HasSubstr("Options of every command"))) << form;
     }
 }
 
