@@ -31,6 +31,14 @@ Shade ShadeOfRow(const PrintList& list, int row) {
     return list.Text(row, kColumnSelected) == "Yes" ? Shade::kPlain : Shade::kDim;
 }
 
+// Without the zeros that make its texts sort as numbers.
+std::string PagesForPeople(const PrintList& list, int row) {
+    std::string pages(list.Text(row, kColumnPages));
+    const std::size_t first = pages.find_first_not_of('0');
+    if (first == std::string::npos) return pages.empty() ? "" : "0";
+    return pages.substr(first);
+}
+
 }  // namespace
 
 nlohmann::json RowToJson(const PrintList& list, int row) {
@@ -55,8 +63,8 @@ std::string RenderRows(const PrintList& list, bool colours) {
                  {"Filename", false, 90}});
     for (int row = 0; row < list.RowCount(); ++row) {
         const auto text = [&](int column) { return HideCredentials(list.Text(row, column)); };
-        table.AddRow({std::to_string(row + 1), text(kColumnSelected), text(kColumnPages), text(kColumnSizeKb),
-                      text(kColumnStatus), text(kColumnFilename)},
+        table.AddRow({std::to_string(row + 1), text(kColumnSelected), PagesForPeople(list, row),
+                      text(kColumnSizeKb), text(kColumnStatus), text(kColumnFilename)},
                      ShadeOfRow(list, row));
     }
     return table.Render(colours);

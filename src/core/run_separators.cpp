@@ -87,7 +87,7 @@ std::string RunSeparators::FolderOfRow(int row) const {
     PrintList& list = m_services.list;
     const std::string_view path = list.Text(DocumentsOfRow(list, row).front(), kColumnFilename);
     if (KindOfItem(path) == ItemKind::kDownload)
-        return DownloadFolderOf(m_services.options, m_services.workingFolder);
+        return WithTrailingSeparator(DownloadFolderOf(m_services.options, m_services.workingFolder));
     return std::string(FolderOf(path));
 }
 

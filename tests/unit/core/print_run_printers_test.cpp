@@ -292,6 +292,14 @@ TEST_F(PrintRunPrintersTest, SeparatorsStandAroundTheirDocuments) {
     EXPECT_EQ(run.OnButtonPrint().failed, 2);
     EXPECT_EQ(Printed(7), (TextList{"made.ps", "a.ps", "end.ps", "made.ps"}));
 
+    // What was fetched, and what is still to be, lies in one folder.
+    list.Clear();
+    AddFile("Temp/Downloads/a.ps");
+    AddItem("http://127.0.0.1:1/x.ps");
+    AddFile("Temp/Downloads/b.ps");
+    EXPECT_EQ(run.OnButtonPrint().done, 2);
+    EXPECT_EQ(Printed(11), (TextList{"made.ps", "a.ps", "b.ps", "end.ps"}));
+
     // A folder that a cut-off run had begun is not begun once more.
     list.Clear();
     AddFiles({"x/a.ps", "x/b.ps"});
@@ -301,7 +309,7 @@ TEST_F(PrintRunPrintersTest, SeparatorsStandAroundTheirDocuments) {
     CutOffRun cutOff;
     ASSERT_EQ(snapshot.Load(cutOff), SnapshotResult::kLoaded);
     EXPECT_EQ(run.FinishCutOffRun(cutOff).done, 2);
-    EXPECT_EQ(Printed(11), (TextList{"b.ps", "end.ps"}));
+    EXPECT_EQ(Printed(15), (TextList{"b.ps", "end.ps"}));
 
     // A merged file stands for the documents in it.
     list.Clear();
