@@ -1,6 +1,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <sys/socket.h>
+
 #include "qpr_program.h"
 #include "rig/loopback_server.h"
 
@@ -30,6 +32,29 @@ TEST(QprDelivery, APrinterThatTakesNothingIsNotWaitedForForEver) {
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_EQ(result.Json()["stalled"], true);
     EXPECT_EQ(result.Json()["queued"], 2);
+}
+
+// Nobody knows how much of it came out: that is no success, and nothing waits for it.
+TEST(QprDelivery, AConnectionThatEndsHardLeavesAJobOfUnknownOutcome) {
+    QprProgram qpr;
+    LoopbackServer printer([](int socket) {
+        char some[1000];
+        if (recv(socket, some, sizeof some, 0) > 0) LoopbackServer::Reset(socket);
+    });
+    ASSERT_EQ(qpr.Run({"printers", "add", "Net", "--port", "socket://" + printer.Address()}).exitCode, 0);
+    ASSERT_EQ(qpr.Run({"settings", "set", "general", "ERRORLOG"}).exitCode, 0);
+    qpr.m_work.Write("a.ps", std::string(20'000'000, 'a'));
+    for (const std::size_t known : {0U, 1U}) {
+        const ProgramResult result = qpr.Run({"--json", "print", "--printer", "Net", "a.ps"});
+        EXPECT_EQ(result.exitCode, 1) << result.errors;
+        EXPECT_EQ(result.Json()["unknown"], known + 1);
+        EXPECT_EQ(result.Json()["stalled"], false);
+        EXPECT_EQ(qpr.Run({"--json", "log", "show", "error"}).Json()["records"].size(), known + 1)
+            << "only those of the run";
+    }
+    // One that was there before makes no other run a failure.
+    ASSERT_EQ(qpr.Run({"printers", "add", "Away", "--port", "null:"}).exitCode, 0);
+    EXPECT_EQ(qpr.Run({"print", "--printer", "Away", "a.ps"}).exitCode, 0);
 }
 
 }  // namespace

@@ -335,6 +335,22 @@ TEST_F(PrintRunPrintersTest, SeparatorsStandAroundTheirDocuments) {
     EXPECT_THAT(folder.Read(kPrintLogName), testing::Not(HasSubstr("eparator")));
 }
 
+// Nothing overtakes a separator, and a printer that keeps it holds the run up once.
+TEST_F(PrintRunPrintersTest, TheDocumentWaitsForItsSeparatorAndNotForEver) {
+    separatorOptions.m_separatorFileName = folder.Write("cover.ps", "cover");
+    options.m_timeAllow = 5'000;
+    AddFiles({"a.ps", "b.ps"});
+    spooler.KeepJobs(true);
+    std::vector<std::size_t> sentAfter;
+    InPump([&] { return spooler.Sent().size() == 1 && loop.MonotonicMilliseconds() >= 4'000; },
+           [&] { sentAfter.push_back(spooler.Sent().size()); });
+    EXPECT_EQ(run.OnButtonPrint().done, 2);
+    EXPECT_EQ(sentAfter, (std::vector<std::size_t>{1})) << "the document was not sent behind its separator";
+    EXPECT_GE(loop.MonotonicMilliseconds(), 5'000);
+    EXPECT_LT(loop.MonotonicMilliseconds(), 10'000) << "only the first one waits";
+    EXPECT_EQ(Printed(), (TextList{"cover.ps", "a.ps", "cover.ps", "b.ps"}));
+}
+
 TEST_F(PrintRunPrintersTest, ADocumentIsPrintedWithoutTheSeparatorThatFails) {
     options.m_errorLog = true;
     separatorOptions.m_generateOnTheFly = true;
