@@ -47,7 +47,8 @@ private:
     int FindRow() const;
     int CountRows() const;
     bool AppendRow(int row, PdfMerge& merge, const std::string& scratchFolder);
-    PdfResult AddPages(int row, PdfMerge& merge, const std::string& scratchFolder);
+    PdfResult AddPages(const std::string& path, const PageRange& range, PdfMerge& merge,
+                       const std::string& scratchFolder);
     PageRange RangeOf(int row);
     void Untick(int row, std::string_view status);
     void InsertMerged();
@@ -60,7 +61,7 @@ private:
     AppendOutcome m_outcome;
     ProcessingDefaults m_defaults{m_services.files};
     std::string m_settings;  // the item that they are from; empty: none
-    std::string m_flaw;      // of an item that can't be read; the walk tells it
+    std::string m_flaw;      // of an item that can't be used; the walk tells it
 };
 
 AppendOutcome Appending::Run() {
@@ -125,7 +126,8 @@ bool Appending::AppendRow(int row, PdfMerge& merge, const std::string& scratchFo
     m_list.SetText(row, kColumnStatus, "Appending");
     m_services.debugLog.Trace("Appending: %s\r\n", path);
     const FileFacts facts = m_services.files.Inspect(path);
-    const PdfResult result = AddPages(row, merge, scratchFolder);
+    const PageRange range = RangeOf(row);
+    const PdfResult result = AddPages(path, range, merge, scratchFolder);
     if (result == PdfResult::kNotWritten) return false;
     row = m_list.CurrentRow();
     if (result == PdfResult::kDone) {
@@ -133,7 +135,9 @@ bool Appending::AppendRow(int row, PdfMerge& merge, const std::string& scratchFo
         if (row >= 0) m_list.MarkOf(row).source = {facts.size, facts.written};
         return true;
     }
-    const std::string error = std::string("Error appending file: ") + DescribePdfResult(result);
+    const bool isImpossible = range.kind == PageRange::Kind::kImpossible;
+    const std::string error =
+        "Error appending file: " + (isImpossible ? range.flaw : std::string(DescribePdfResult(result)));
     m_services.debugLog.Trace("%s %s\r\n", error, path);
     m_outcome.failures.push_back({path, error});
     Untick(row, error);
@@ -141,10 +145,9 @@ bool Appending::AppendRow(int row, PdfMerge& merge, const std::string& scratchFo
     return true;
 }
 
-PdfResult Appending::AddPages(int row, PdfMerge& merge, const std::string& scratchFolder) {
-    const std::string path(m_list.Text(row, kColumnFilename));
+PdfResult Appending::AddPages(const std::string& path, const PageRange& range, PdfMerge& merge,
+                              const std::string& scratchFolder) {
     const std::string& password = m_services.options.m_openPassword;
-    const PageRange range = RangeOf(row);
     if (range.kind == PageRange::Kind::kNone) return merge.Add(path, password);
     if (range.kind == PageRange::Kind::kImpossible) return PdfResult::kNoSuchPages;
     const std::string part = JoinPath(scratchFolder, "pages.pdf");
@@ -169,9 +172,11 @@ PageRange Appending::RangeOf(int row) {
                                 KindOfItem(FileTitle(item)) == ItemKind::kCommand;
         if (!isSettings) continue;
         // The rows below it share what it says: it is read once.
-        const bool isRead = item == m_settings || m_defaults.ApplyItem(item, m_flaw);
-        m_settings = isRead ? item : std::string_view();
-        if (isRead) return ReadPageRange(m_defaults.Parameters());
+        if (item != m_settings) m_defaults.ApplyItem(item, m_flaw);
+        m_settings = item;
+        PageRange range = ReadPageRange(m_defaults.Parameters());
+        if (m_defaults.Parameters() == ProcessingDefaults::kUnusable) range.flaw = ProcessingDefaults::kFlaw;
+        return range;
     }
     return {};
 }

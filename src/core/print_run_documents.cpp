@@ -2,10 +2,10 @@
 
 #include <utility>
 
-#include "base/format.h"
 #include "core/pdf_preparation.h"
 #include "core/print_run_source.h"
 #include "core/print_run_ways.h"
+#include "core/processing_defaults.h"
 #include "documents/form_data.h"
 #include "logs/debug_log.h"
 
@@ -22,10 +22,11 @@ public:
 
     WayResult Process(const RunItem& item, WayFeedback& feedback) override {
         using Kind = PageRange::Kind;
+        if (item.processingParameters == ProcessingDefaults::kUnusable)
+            return RefusedDocument(ProcessingDefaults::kFlaw);
         RunItem prepared = item;
         prepared.range = FindPageRange(item.processingParameters, item.extraOptions);
-        if (prepared.range.kind == Kind::kImpossible)
-            return RefusedDocument(Format("no document has such pages: \"%s\"", prepared.range.text));
+        if (prepared.range.kind == Kind::kImpossible) return RefusedDocument(prepared.range.flaw);
         // They keep the files that are printed.
         PreparedPdf form;
         PreparedPdf pages;

@@ -4,6 +4,7 @@
 
 #include "base/path.h"
 #include "base/text.h"
+#include "core/page_range.h"
 #include "platform/file_tools.h"
 #include "platform/files.h"
 
@@ -46,6 +47,7 @@ bool ProcessingDefaults::TakesItem(std::string_view path) {
 }
 
 bool ProcessingDefaults::ApplyItem(std::string_view path, std::string& message) {
+    m_parameters = kUnusable;
     std::string text;
     FileResult result = FileResult::kDone;
     if (!ReadWholeFile(m_files, path, kMostBytes, text, result)) {
@@ -58,6 +60,10 @@ bool ProcessingDefaults::ApplyItem(std::string_view path, std::string& message) 
     const auto isControl = [](char c) { return static_cast<unsigned char>(c) < ' '; };
     if (std::any_of(line.begin(), line.end(), isControl)) {
         message = "its first line is no text";
+        return false;
+    }
+    if (!line.empty() && !HasSwitches(line)) {
+        message = "its first line holds no switches, such as -s2|-e5";
         return false;
     }
     m_parameters = line;

@@ -108,11 +108,15 @@ TEST_F(AppendPdfsTest, RangesAndProtectedFilesGoThroughTheLibrary) {
     Insert(m_folder.PathOf("a.pdf"));
     Put(4, kColumnExtraOptions, "-e1");
     Insert(m_folder.PathOf("a.pdf"));
-    Put(5, kColumnProcessingParameters, "-s0");
+    Put(5, kColumnProcessingParameters, "-sx");
+    Insert(m_folder.Write("junk.pro", "pages 2 to 5"));
+    Insert(m_folder.PathOf("a.pdf"));
     const AppendOutcome outcome = Append();
     EXPECT_EQ(Pages(outcome), "(2)(3)(4)(2)(1)");
-    ASSERT_EQ(outcome.failures.size(), 1U);
-    EXPECT_EQ(outcome.failures[0].error, "Error appending file: the file doesn't have these pages");
+    ASSERT_EQ(outcome.failures.size(), 2U);
+    const std::string error = "Error appending file: ";
+    EXPECT_EQ(outcome.failures[0].error, error + "which pages are meant is unclear: \"-sx\"");
+    EXPECT_EQ(outcome.failures[1].error, error + "the processing settings above it can't be used");
     EXPECT_EQ(TextOf(0, kColumnPages), "00005");
     EXPECT_EQ(FilesInTemp(), 2) << "the merged file and its lock";
 }

@@ -194,14 +194,21 @@ TEST_F(PrintRunOutcomesTest, ProcessingSettingsHoldForTheRowsBelowThatHaveNone) 
     AddRow("own.pdf", "");
     list.SetText(3, kColumnProcessingParameters, "-s1|-e1");
     list.InsertFileIntoList(folder.Write("bad.pro", std::string("a\0b", 3)), 1, "", {});
-    AddRow("still.pdf", "");
+    AddRow("no.pdf", "");
+    list.InsertFileIntoList(folder.Write("words.pro", "pages 2 to 5"), 1, "", {});
+    AddRow("neither.pdf", "");
+    list.InsertFileIntoList(folder.Write("none.pro", ""), 1, "", {});
+    AddRow("whole.pdf", "");
+    const char* const refused = "Error - Can't Print - the processing settings above it can't be used";
     for (int i = 0; i < 2; ++i) {
-        EXPECT_EQ(run.OnButtonPrint().failed, 1);
+        EXPECT_EQ(run.OnButtonPrint().failed, 4);
         EXPECT_EQ(Statuses(), (TextList{"Done", "Set Default Processing Settings", "Done", "Done",
-                                        "Error Default Processing Settings Not Set", "Done"}));
+                                        "Error Default Processing Settings Not Set", refused,
+                                        "Error Default Processing Settings Not Set", refused,
+                                        "Set Default Processing Settings", "Done"}));
         std::string printed;
         for (const SentDocument& sent : spooler.Sent()) printed += sent.bytes + " ";
-        EXPECT_TRUE(EndsWith(printed, i == 0 ? "bytes 2-3 1-1 2-3 " : " bytes 2-3 1-1 2-3 ")) << printed;
+        EXPECT_TRUE(EndsWith(printed, i == 0 ? "bytes 2-3 1-1 bytes " : " bytes 2-3 1-1 bytes ")) << printed;
     }
 }
 

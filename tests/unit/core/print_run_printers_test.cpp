@@ -134,6 +134,7 @@ TEST_F(PrintRunPrintersTest, PdfPagesGoToTheColourPrinterAndTheOtherInTheirOrder
 TEST_F(PrintRunPrintersTest, PagesAreChosenOrTheRowIsRefused) {
     options.m_generateReports = true;
     const std::string impossible = "Error - Can't Print - no document has such pages: ";
+    const std::string unclear = "Error - Can't Print - which pages are meant is unclear: ";
     const struct {
         const char* name;
         const char* parameters;
@@ -150,7 +151,9 @@ TEST_F(PrintRunPrintersTest, PagesAreChosenOrTheRowIsRefused) {
         {"all.pdf", "-c1|-S0|-E0|-D0|-s", "-silent", "Done", "%PDF", ""},
         {"turned.pdf", "-s5|-e2", "", impossible + "\"-s5|-e2\"", "", ""},
         {"zero.pdf", "-s0|-e2", "", impossible + "\"-s0|-e2\"", "", ""},
-        {"words.pdf", "", "-s2-5", impossible + "\"-s2-5\"", "", ""},
+        {"apart.pdf", "-s 3|-e 3", "", "Done", "3-3", "1"},
+        {"words.pdf", "", "-s2-5", unclear + "\"-s2-5\"", "", ""},
+        {"none.pdf", "-s", "", unclear + "\"-s\"", "", ""},
         {"raw.ps", "-s1|-e1", "",
          "Error - Can't Print - pages can't be chosen of a file that goes to the printer as it is", "", ""}};
     for (const auto& row : kRows) {
