@@ -23,6 +23,8 @@ constexpr double kLeading = 1.15;
 constexpr double kRoomForLine = 1.3;  // height of a field of one line, by its size
 constexpr double kMiddle = 0.26;      // of letters above their base line
 constexpr double kAscent = 0.9;
+constexpr double kDescent = 0.21;
+constexpr double kLetterHeight = 0.94;  // from the foot of a "g" to the top of an "A"
 
 struct Box {
     double width = 0;
@@ -139,43 +141,82 @@ public:
           m_bytes(std::move(bytes)),
           m_alignment(alignment) {}
 
-    std::string Draw() {
-        Fit();
-        std::string content = Format("/Tx BMC\nq\n%.3f %.3f %.3f %.3f re W n\n", m_box.border, m_box.border,
-                                     std::max(0.0, m_box.width - 2 * m_box.border),
-                                     std::max(0.0, m_box.height - 2 * m_box.border));
+    // False when not all of it can be seen.
+    bool Draw(std::string& content) {
+        const bool isFitting = Fit();
+        content += Format("/Tx BMC\nq\n%.3f %.3f %.3f %.3f re W n\n", m_box.border, m_box.border,
+                          std::max(0.0, m_box.width - 2 * m_box.border),
+                          std::max(0.0, m_box.height - 2 * m_box.border));
         content += m_text.chosenLines.empty() ? "" : MarkLines();
         content += Format("BT\n%s\n/F0 %.3f Tf\n", m_style.color, m_size);
         content += m_text.cells > 0 ? DrawCells() : DrawLines();
-        return content + "ET\nQ\nEMC\n";
+        content += "ET\nQ\nEMC\n";
+        return isFitting;
     }
 
 private:
     bool HasManyLines() const { return m_text.isMultiline || !m_text.chosenLines.empty(); }
     double Room() const { return std::max(1.0, m_box.width - 2 * m_box.Padding()); }
 
-    // The size that it has, or the largest one at which everything can be seen.
-    void Fit() {
-        m_size = std::min(m_style.size, kLargestSize);
-        if (!(m_size > 0))
-            m_size = HasManyLines() ? kUsualSize : (m_box.height - 2 * m_box.border) / kRoomForLine;
-        for (m_size = std::max(m_size, kLeastSize);; m_size = std::max(m_size * kShrinking, kLeastSize)) {
-            m_lines = {m_bytes};
-            if (m_text.isMultiline) m_lines = WrapLines(m_font, m_size, Room(), m_bytes);
-            if (!m_text.chosenLines.empty()) {
-                m_lines.clear();
-                for (const std::string_view line : SplitAt(m_bytes, '\n')) m_lines.emplace_back(line);
-            }
-            if (m_size <= kLeastSize || IsFitting()) return;
+    // As far as nothing is cut off, that is seen less close to the edge.
+    double SeenWidth() const { return m_box.width - m_box.Padding() - m_box.border; }
+
+    // The size that it has, or the largest one at which everything can be seen. False when there is none.
+    bool Fit() {
+        const double own = std::min(m_style.size, kLargestSize);
+        const double usual = HasManyLines() ? kUsualSize : (m_box.height - 2 * m_box.border) / kRoomForLine;
+        const double least = own > 0 ? std::min(own, kLeastSize) : kLeastSize;
+        m_size = std::max(own > 0 ? own : usual, least);
+        for (;; m_size = std::max(m_size * kShrinking, least)) {
+            BreakLines();
+            if (IsFitting(Room())) return true;
+            if (m_size <= least) return IsFitting(SeenWidth());
         }
     }
 
-    bool IsFitting() const {
-        if (m_text.cells > 0) return true;
-        const double height = static_cast<double>(m_lines.size()) * m_size * kLeading;
-        if (m_text.isMultiline) return height <= m_box.height - 2 * m_box.border;
-        if (HasManyLines()) return true;  // a list shows the first of its choices
-        return WidthOf(m_font, m_lines[0]) * m_size <= Room();
+    void BreakLines() {
+        m_lines = {m_bytes};
+        if (m_text.isMultiline) m_lines = WrapLines(m_font, m_size, Room(), m_bytes);
+        if (!m_text.chosenLines.empty()) {
+            m_lines.clear();
+            for (const std::string_view line : SplitAt(m_bytes, '\n')) m_lines.emplace_back(line);
+        }
+    }
+
+    bool IsFitting(double room) const {
+        if (m_bytes.empty()) return true;
+        if (m_text.cells > 0) return IsFittingCells();
+        if (!m_text.chosenLines.empty()) return AreChoicesSeen(room);
+        const bool isWide = std::any_of(m_lines.begin(), m_lines.end(),
+                                        [&](const std::string& line) { return IsWider(line, room); });
+        return !isWide && (m_text.isMultiline ? HasHeightFor(m_lines.size()) : HasHeightForOne());
+    }
+
+    bool IsWider(std::string_view line, double room) const {
+        return WidthOf(m_font, TrimTrailingBlanks(line)) * m_size > room;
+    }
+
+    bool HasHeightFor(std::size_t lines) const {
+        const double below = kDescent + kLeading * static_cast<double>(lines - 1);
+        return m_box.Padding() + m_size * (kAscent + below) <= m_box.height - m_box.border;
+    }
+
+    bool HasHeightForOne() const { return m_size * kLetterHeight <= m_box.height - 2 * m_box.border; }
+
+    bool IsFittingCells() const {
+        const double cell = m_box.width / m_text.cells;
+        const bool isWide = std::any_of(m_bytes.begin(), m_bytes.end(),
+                                        [&](char c) { return IsWider(std::string_view(&c, 1), cell); });
+        return m_bytes.size() <= static_cast<std::size_t>(m_text.cells) && !isWide && HasHeightForOne();
+    }
+
+    // A list shows those that were made, and as many others as it can.
+    bool AreChoicesSeen(double room) const {
+        const std::size_t first = FirstLine();
+        for (std::size_t i = first; i < std::min(m_lines.size(), m_text.chosenLines.size()); ++i)
+            if (m_text.chosenLines[i] && (IsWider(m_lines[i], room) || !HasHeightFor(i - first + 1)))
+                return false;
+        return true;
     }
 
     double TopLine() const {
@@ -262,23 +303,26 @@ std::string WithPlainLineEnds(const std::string& text) {
 
 }  // namespace
 
-bool DrawFormText(QPDF& pdf, Handle widget, const FormText& text, const FormTextStyle& style) {
+FormTextResult DrawFormText(QPDF& pdf, Handle widget, const FormText& text, const FormTextStyle& style) {
     const Box box = BoxOf(widget);
     const Style read = ReadStyle(style.appearance);
     std::string shown = WithPlainLineEnds(text.text);
+    if (text.chosenLines.empty()) shown.erase(shown.find_last_not_of(" \n") + 1);
     if (!text.isMultiline && text.chosenLines.empty()) shown = ReplaceAll(shown, "\n", " ");
     Handle fonts = style.fonts;
     const bool isNamed = fonts.isDictionary() && !read.fontName.empty();
     FormFont font;
     std::string bytes;
     if (!ChooseFormFont(isNamed ? fonts.getKey(read.fontName) : Handle::newNull(), shown, font, bytes))
-        return false;
-    const std::string content =
-        DrawFrame(widget, box) + TextDrawing(box, font, read, text, std::move(bytes), style.alignment).Draw();
+        return FormTextResult::kNoCharacters;
+    std::string content = DrawFrame(widget, box);
+    const bool isWhole = TextDrawing(box, font, read, text, std::move(bytes), style.alignment).Draw(content);
+    const bool isSeen = box.width > 0 && box.height > 0;
+    if (!isWhole && isSeen && !text.mayBeCut) return FormTextResult::kNoRoom;
     widget.replaceKey("/AP",
                       Handle::newDictionary({{"/N", NewAppearance(pdf, box, content, font.dictionary)}}));
     widget.removeKey("/AS");
-    return true;
+    return FormTextResult::kDrawn;
 }
 
 void DrawCheckMark(QPDF& pdf, Handle widget, const std::string& state) {

@@ -12,6 +12,7 @@ struct FormText {
     bool isMultiline = false;
     int cells = 0;                  // of a comb, a character in each; 0: it is none
     std::vector<bool> chosenLines;  // of a list that is open, those to be marked
+    bool mayBeCut = false;          // nothing is lost with what can't be seen of it
 };
 
 // How a field wants it, from wherever it inherits that.
@@ -22,8 +23,11 @@ struct FormTextStyle {
 };
 
 // Draws the text into the widget, in place of what it looks like. Text that has no room is drawn smaller,
-// down to 4 points, and cut off there. False when no font at hand has its characters.
-bool DrawFormText(QPDF& pdf, QPDFObjectHandle widget, const FormText& text, const FormTextStyle& style);
+// down to 4 points. kNoCharacters when no font at hand has its characters; kNoRoom when part of it could not
+// be seen even so: of a list, of the choices that were made. A widget without extent is not meant to be seen.
+enum class FormTextResult { kDrawn, kNoCharacters, kNoRoom };
+FormTextResult DrawFormText(QPDF& pdf, QPDFObjectHandle widget, const FormText& text,
+                            const FormTextStyle& style);
 
 // Gives a check box that looks like nothing a cross for the state of this name.
 void DrawCheckMark(QPDF& pdf, QPDFObjectHandle widget, const std::string& state);

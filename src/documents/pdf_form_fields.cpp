@@ -197,28 +197,39 @@ bool PdfFormFields::Draw(std::string& flaw) {
     const bool isAll = m_form.getNeedAppearances();
     for (auto& [name, field] : m_fields) {
         if (!field.isSet && !isAll) continue;
-        if (!DrawField(field)) {
+        const FormTextResult result = DrawField(field);
+        if (result == FormTextResult::kNoCharacters)
             flaw = Shown({name, {}}) +
                    " has characters that can't be drawn: only those of Western European " + "languages can";
-            return false;
-        }
+        if (result == FormTextResult::kNoRoom)
+            flaw = "the text for " + Shown({name, {}}) + " has no room in it";
+        if (result != FormTextResult::kDrawn) return false;
         for (Handle widget : field.widgets) {
             const int flags = QPDFAnnotationObjectHelper(widget).getFlags();
-            if (field.isSet && (flags & (an_invisible | an_hidden)) == 0)
-                widget.replaceKey("/F", Handle::newInteger(flags | an_print));
+            if (IsPrinted(field, widget)) widget.replaceKey("/F", Handle::newInteger(flags | an_print));
         }
     }
     m_form.setNeedAppearances(false);
     return true;
 }
 
-bool PdfFormFields::DrawField(Field& field) {
+FormTextResult PdfFormFields::DrawField(Field& field) {
     const std::string type = Helper(field.holder).getFieldType();
-    if (type != "/Tx" && type != "/Ch") return true;
-    const FormText text = TextOf(field);
-    return std::all_of(field.widgets.begin(), field.widgets.end(), [&](const Handle& widget) {
-        return DrawFormText(m_pdf, widget, text, StyleOf(widget));
-    });
+    FormTextResult result = FormTextResult::kDrawn;
+    if (type != "/Tx" && type != "/Ch") return result;
+    FormText text = TextOf(field);
+    const bool isMasked = text.mayBeCut;
+    for (const Handle& widget : field.widgets) {
+        text.mayBeCut = isMasked || !IsPrinted(field, widget);
+        result = DrawFormText(m_pdf, widget, text, StyleOf(widget));
+        if (result != FormTextResult::kDrawn) break;
+    }
+    return result;
+}
+
+bool PdfFormFields::IsPrinted(const Field& field, const Handle& widget) {
+    const int flags = QPDFAnnotationObjectHelper(widget).getFlags();
+    return (flags & (an_invisible | an_hidden)) == 0 && (field.isSet || (flags & an_print) != 0);
 }
 
 FormText PdfFormFields::TextOf(Field& field) {
@@ -228,7 +239,8 @@ FormText PdfFormFields::TextOf(Field& field) {
     if (helper.getFieldType() == "/Tx") {
         text.text = helper.getValueAsString();
         text.isMultiline = (flags & kMultiline) != 0;
-        if ((flags & kPassword) != 0) text.text.assign(CountCharacters(text.text), '*');
+        text.mayBeCut = (flags & kPassword) != 0;  // stars tell nothing
+        if (text.mayBeCut) text.text.assign(CountCharacters(text.text), '*');
         Handle most = helper.getInheritableFieldValue("/MaxLen");
         const bool isComb = (flags & (kComb | kMultiline | kPassword)) == kComb && most.isInteger();
         text.cells = isComb ? std::max(0, most.getIntValueAsInt()) : 0;

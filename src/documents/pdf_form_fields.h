@@ -23,7 +23,7 @@ public:
     Setting Set(const FormData::Field& data, bool isTree, std::string& flaw);
 
     // Makes what was set visible; where the form asks for it, all that is in its fields. False with `flaw`
-    // when a text can't be drawn.
+    // when a text can't be drawn whole.
     bool Draw(std::string& flaw);
 
 private:
@@ -38,7 +38,8 @@ private:
     bool SetText(Field& field, const FormData::Field& data, std::string& flaw);
     bool SetChoices(Field& field, const FormData::Field& data, std::string& flaw);
     bool SetButton(Field& field, const FormData::Field& data, std::string& flaw);
-    bool DrawField(Field& field);
+    FormTextResult DrawField(Field& field);
+    static bool IsPrinted(const Field& field, const QPDFObjectHandle& widget);
     FormText TextOf(Field& field);
     FormTextStyle StyleOf(const QPDFObjectHandle& widget);
 

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "base/format.h"
 #include "documents/form_data.h"
 #include "fakes/temporary_folder.h"
@@ -49,6 +51,22 @@ std::string MakeForm(const std::string& formKeys = "") {
          {21, "<< /Type /XObject /Subtype /Form /BBox [0 0 9 9] /Length 8 >>\nstream\n(off) Tj\nendstream"},
          {22, "<< /Type /XObject /Subtype /Form /BBox [0 0 9 9] /Length 8 >>\nstream\n(go)  Tj\nendstream"}},
         "/Size 23 /Root 1 0 R");
+}
+
+// One field, of this width and height.
+std::string MakeFieldForm(const std::string& keys, const std::string& size) {
+    return MakePdfOf(
+        {{1,
+          "<< /Type /Catalog /Pages 2 0 R /AcroForm << /Fields [ 5 0 R ] /DA (/Helv 0 Tf 0 g) "
+          "/NeedAppearances true >> >>"},
+         {2, "<< /Type /Pages /Count 1 /Kids [ 3 0 R ] >>"},
+         {3,
+          "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 300 300] /Contents 4 0 R /Annots [ 5 0 R "
+          "6 0 R ] >>"},
+         {4, "<< /Length 14 >>\nstream\n(Page 0) Tj   \nendstream"},
+         {5, "<< /Type /Annot /Subtype /Widget /P 3 0 R /T (a) /Rect [0 0 " + size + "] " + keys + " >>"},
+         {6, Widget("/F 4 /FT /Tx /T (b)")}},
+        "/Size 7 /Root 1 0 R");
 }
 
 std::string Hex(const std::string& text) {
@@ -106,7 +124,7 @@ TEST_F(PdfFormsTest, FieldsOfEveryKindBecomePartOfThePage) {
         << filling.flaw;
     EXPECT_TRUE(SeesText("Zo\xEB & Co"));
     EXPECT_TRUE(SeesText("one two") && SeesText("three"));
-    EXPECT_TRUE(Sees("1 0 0 rg\n/F0 8.55")) << "the field's own colour, its size made smaller";
+    EXPECT_TRUE(Sees("1 0 0 rg\n/F0 7.716")) << "the field's own colour, its size made smaller";
     EXPECT_TRUE(SeesText("A") && SeesText("B") && SeesText("1")) << "a character a cell";
     EXPECT_TRUE(SeesText("Sweden") && SeesText("Tue"));
     EXPECT_FALSE(Sees("(go)")) << "a button that is not to be printed";
@@ -206,6 +224,53 @@ TEST_F(PdfFormsTest, WhatCannotBeFilledIsRefused) {
     folder.Write("form.pdf", MakeForm("/NeedAppearances true"));
     EXPECT_EQ(Fill(Xfdf(Value("code", "1"))), PdfResult::kDone);
     EXPECT_TRUE(SeesText("as it was"));
+}
+
+// At 4 points a letter "m" is 3.3 wide, a line 4.6 high.
+TEST_F(PdfFormsTest, TextIsSeenWholeOrTheFormIsRefused) {
+    const std::string text = "/F 4 /FT /Tx ";
+    const std::string lines = text + "/Ff 4096 ";
+    const std::string list = "/F 4 /FT /Ch /Ff 2097152 /Opt [ (Mon) (Tue) (Wed) (Thu) (mmmmmmmmmm) ] ";
+    const std::string days = "Mon</value><value>Wed";
+    const struct {
+        std::string keys;
+        const char* size;  // of the field
+        std::string value;
+        bool isSeen;
+    } kFields[] = {{text, "40 20", "mmmmmmmmmm \n", true},
+                   {text, "40 20", "mmmmmmmmmmmmmm", false},
+                   {text + "/Ff 8388608 ", "40 20", "mmmmmmmmmmmmmm", false},  // it does not scroll
+                   {text + "/Ff 8192 ", "40 20", "mmmmmmmmmmmmmm", true},      // a password: stars
+                   {text, "40 3", "m", false},
+                   {text, "0 0", "mmmmmmmmmmmmmm", true},
+                   {"/F 2 /FT /Tx ", "40 20", "mmmmmmmmmmmmmm", true},  // hidden
+                   {text + "/DA (/Helv 2 Tf 0 g) ", "40 3", "mmmmmmmmmmmmmm", true},
+                   {lines, "40 20", "mmm mmm mmm mmm mmm mmm mmm mmm\n\n\n ", true},
+                   {lines, "40 20", "mmm mmm mmm mmm mmm mmm mmm mmm\nm\nm", false},
+                   {lines, "7 90", "mmm", true},
+                   {lines, "4 90", "mmm", false},
+                   {text + "/Ff 16777216 /MaxLen 8 ", "40 20", "mmmmmmmm", true},
+                   {text + "/Ff 16777216 /MaxLen 13 ", "40 20", "mmmmmmmm", false},
+                   {"/F 4 /FT /Ch /Ff 393216 /Opt [ (x) ] ", "40 20", "mmmmmmmmmmmmmm", false},
+                   {list, "40 20", days, true},
+                   {list, "40 10", days, false},
+                   {list, "40 10", "Thu", true},
+                   {list, "20 20", "Thu", true},
+                   {list, "20 20", "mmmmmmmmmm", false}};
+    for (const auto& field : kFields) {
+        folder.Write("form.pdf", MakeFieldForm(field.keys, field.size));
+        const bool isDone = Fill(Xfdf(Value("a", field.value))) == PdfResult::kDone;
+        EXPECT_EQ(isDone, field.isSeen) << field.keys << field.size << field.value << filling.flaw;
+        EXPECT_EQ(filling.flaw, isDone ? "" : "the text for the field \"a\" has no room in it");
+        EXPECT_EQ(folder.Has("filled.pdf"), isDone);
+        std::filesystem::remove(target);
+    }
+    // What the form itself brings, where it is printed.
+    const std::string own = "/FT /Tx /V (mmmmmmmmmmmmmmm) ";
+    folder.Write("form.pdf", MakeFieldForm(own, "40 20"));
+    EXPECT_EQ(Fill(Xfdf(Value("b", "1"))), PdfResult::kDone) << filling.flaw;
+    folder.Write("form.pdf", MakeFieldForm("/F 4 " + own, "40 20"));
+    EXPECT_EQ(Fill(Xfdf(Value("b", "1"))), PdfResult::kUnreadable);
 }
 
 TEST_F(PdfFormsTest, BadDataCostThatFile) {
