@@ -45,6 +45,14 @@ bool IsLikePages(std::string_view word) {
     return BeginsWithDigit(word);
 }
 
+// A switch of another kind whose value, if it has one, is the next word.
+bool MayTakeNextWord(std::string_view word) {
+    const std::size_t dashes = word.find_first_not_of('-');
+    if ((dashes != 1 && dashes != 2) || IsPageSwitch(word)) return false;
+    word.remove_prefix(dashes);
+    return std::all_of(word.begin(), word.end(), IsLetter);
+}
+
 // What an options text says of pages.
 struct PageWords {
     std::optional<std::string_view> numbers[4];  // behind the first -s, -e, -S and -E
@@ -70,6 +78,8 @@ PageWords ReadPageWords(std::string_view options) {
                 read.hasStray = true;
                 read.isLikePages = read.isLikePages || IsLikePages(word);
             }
+            const bool hasNext = i + 1 < words.size() && words[i + 1][0] != '-';
+            if (MayTakeNextWord(word) && hasNext) ++i;
             if (!IsPageSwitch(word)) continue;
             const std::size_t kind = std::string_view("seSE").find(word[1]);
             const bool isApart = word.size() == 2 && i + 1 < words.size() && BeginsWithDigit(words[i + 1]);

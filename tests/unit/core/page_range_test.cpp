@@ -21,7 +21,10 @@ TEST(PageRange, PagesAreReadWhereTheyAreClear) {
         const char* pages;
     } kTexts[] = {{"", "all"},
                   {" | ", "all"},
+                  {"- -- ---", "all"},
                   {"-r3|-c1 -silent|-extra text", "all"},
+                  {"-n 2 -o media=A4 --copies 3 -r3", "all"},
+                  {"-n 5|-s2", "2-"},
                   {"-s2", "2-"},
                   {"-s2|-e5", "2-5"},
                   {"-s 2", "2-"},
