@@ -77,6 +77,10 @@ Application::Application(Services& services, Prompts& userPrompts, ApplicationRe
         std::make_unique<TransferLogs>(files, *m_services.clock, *m_debugLog, m_request.workingFolder);
     m_pdfWorker = std::make_unique<PdfWorker>(*m_services.processes, *m_services.loop, files,
                                               m_services.machine->ProgramPath());
+    const auto isStopped = [this] {
+        return m_run && m_run->IsRunning() ? m_run->IsStopped() : !m_request.keepLoading();
+    };
+    m_pdfWorker->UseStop(isStopped);
     m_pdfCounter = std::make_unique<PdfCounter>(files, *m_pdfWorker);
     m_preparation = std::make_unique<PdfPreparation>(
         PdfPreparationServices{files, *m_pdfWorker, *m_pdfWorker, *m_pdfWorker, *m_pdfCounter, *m_debugLog,
@@ -91,6 +95,7 @@ Application::Application(Services& services, Prompts& userPrompts, ApplicationRe
     LoadColorPrinterOptions(m_colorOptions, Settings());
     LoadSeparatorOptions(m_separatorOptions, Settings());
     m_pageRenderer = std::make_unique<PageRenderer>(*m_services.processes, *m_services.loop, files);
+    m_pageRenderer->UseStop(isStopped);
     m_pageColors = std::make_unique<PageColors>(*m_pdfWorker, *m_pageRenderer, *m_services.loop, files,
                                                 TemporaryFolderOf(m_options, m_request.workingFolder));
     if (m_request.debug && m_debugLog->Open(files, PathOf("qpr.log")) != 0)

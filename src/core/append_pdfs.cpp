@@ -76,6 +76,8 @@ AppendOutcome Appending::Run() {
         if (row >= 0 && !AppendRow(row, merge, scratch.Path()))
             return GiveUp(AppendOutcome::End::kNotWritten);
     }
+    // The last file may have failed because of it.
+    if (!m_keepGoing()) return GiveUp(AppendOutcome::End::kStopped);
     m_list.SetCurrentRow(-1);
     if (merge.PageCount() == 0) {
         GiveNameBack();

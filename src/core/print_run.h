@@ -116,6 +116,7 @@ public:
     // Orderly: the document at work is finished or taken back whole. Nothing when no run is on.
     void Stop() { m_stop = m_isRunning; }
     bool IsRunning() const { return m_isRunning; }
+    bool IsStopped() const { return m_isRunning && m_stop; }
 
 private:
     RunSummary RunAlone(const CutOffRun* cutOff);

@@ -31,9 +31,10 @@ public:
         std::vector<ColorPiece> pieces;
         std::string message;
         // What needs a password has been prepared.
-        if (m_services.colorSplit.SplitByColor(item.Source(), "", m_services.colorOptions, scratch.Path(),
-                                               pieces, message) != 0)
-            return RefusedDocument(message);
+        const int end = m_services.colorSplit.SplitByColor(item.Source(), "", m_services.colorOptions,
+                                                           scratch.Path(), pieces, message);
+        if (feedback.IsStopped()) return StoppedWay();
+        if (end != 0) return RefusedDocument(message);
         // Sets, not each part so many times.
         RunItem once = item;
         const int copies = pieces.size() > 1 ? std::max(1, item.ticket.copies) : 1;

@@ -31,9 +31,9 @@ public:
         PreparedPdf form;
         PreparedPdf pages;
         if (IsFormData(m_services.files, item.path) && !FillForm(prepared, form, feedback))
-            return RefusedDocument(form.flaw);
+            return Refused(form, feedback);
         if (IsPdf(prepared.Source()) && !TakePages(prepared, pages, feedback))
-            return RefusedDocument(pages.flaw);
+            return Refused(pages, feedback);
         if (prepared.range.kind != Kind::kNone && IsSentDirectly(m_services.options, prepared))
             return RefusedDocument("pages can't be chosen of a file that goes to the printer as it is");
         WayResult result = OfferToWays(prepared, feedback);
@@ -60,7 +60,11 @@ private:
         }
         pages = m_services.preparation.Prepare(item.Source(), std::exchange(item.range, {}));
         if (pages.file != item.path) item.preparedFile = pages.file;
-        return pages.flaw.empty();
+        return pages.flaw.empty() && !feedback.IsStopped();
+    }
+
+    static WayResult Refused(const PreparedPdf& pdf, const WayFeedback& feedback) {
+        return feedback.IsStopped() ? StoppedWay() : RefusedDocument(pdf.flaw);
     }
 
     WayResult OfferToWays(const RunItem& item, WayFeedback& feedback) {

@@ -222,6 +222,7 @@ private:
 
     WayResult PrintPdf(const std::string& pdf, const RunItem& item, WayFeedback& feedback) {
         const PreparedPdf pages = m_services.preparation.Prepare(pdf, item.range);
+        if (feedback.IsStopped()) return StoppedWay();
         if (!pages.flaw.empty()) return RefusedDocument(pages.flaw);
         feedback.ShowRowStatus("Spooling");
         WayResult result = HandOverDocument(m_services.spooler, m_services.watch, item, pages.file);

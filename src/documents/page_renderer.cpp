@@ -48,6 +48,7 @@ std::unique_ptr<ChildProcess> PageRenderer::Start(const std::string& path, int f
 
 std::vector<PageColor> PageRenderer::Render(std::string_view path, int first, int last,
                                             const GreyRule& rule) {
+    if (m_isStopped()) return {};
     // A whole path begins with nothing that a renderer takes for an option.
     const std::string resolved = m_files.ResolvePath(path);
     const std::unique_ptr<ChildProcess> process = resolved.empty() ? nullptr : Start(resolved, first, last);
@@ -56,7 +57,7 @@ std::vector<PageColor> PageRenderer::Render(std::string_view path, int first, in
     PageImages images(rule);
     long long deadline = m_loop.MonotonicMilliseconds() + kPageLimit;
     int pause = 1;
-    while (images.Colors().size() < wanted && m_loop.MonotonicMilliseconds() < deadline) {
+    while (images.Colors().size() < wanted && !m_isStopped() && m_loop.MonotonicMilliseconds() < deadline) {
         const std::size_t before = images.Colors().size();
         std::string output;
         std::string errors;

@@ -144,7 +144,9 @@ bool PdfWorker::WaitForAnswer(ChildProcess& process, long long milliseconds, std
             if (!answer.empty() && answer.back() == '\r') answer.pop_back();
             return isOne;
         }
-        if (!goesOn || answer.size() > mostAnswer || m_loop.MonotonicMilliseconds() >= deadline) return false;
+        if (!goesOn || answer.size() > mostAnswer || m_loop.MonotonicMilliseconds() >= deadline ||
+            m_isStopped())
+            return false;
         m_loop.Wait(pause);
         pause = std::min(2 * pause, kLongestPause);
     }

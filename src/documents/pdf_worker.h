@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "documents/pdf_counter.h"
@@ -34,6 +35,9 @@ public:
               PdfWorkerLimits limits = {});
     ~PdfWorker() override;
 
+    // Asked again and again while it waits: the answer true ends the process and the call, as a hang does.
+    void UseStop(std::function<bool()> isStopped) { m_isStopped = std::move(isStopped); }
+
     // They may pump, and may be called again from there: such a call has a process of its own.
     long long CountPages(std::string_view path, bool full, std::string_view password) override;
     PdfResult InspectColors(std::string_view path, std::string_view password, int tolerance,
@@ -59,6 +63,7 @@ private:
     Files& m_files;
     std::string m_program;
     PdfWorkerLimits m_limits;
+    std::function<bool()> m_isStopped = [] { return false; };
     std::unique_ptr<ChildProcess> m_idle;  // a started process that waits for a request
 };
 

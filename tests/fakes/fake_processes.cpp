@@ -33,10 +33,11 @@ public:
     bool ReadErrors(std::string& errors) override { return Take(m_script.errors, errors); }
 
 private:
-    // The first call gives all that there is, the next one the end.
-    static bool Take(std::string& from, std::string& to) {
+    // The first call gives all that there is, the next one the end, unless it runs until it is ended.
+    bool Take(std::string& from, std::string& to) {
         to += from;
-        return !std::exchange(from, std::string()).empty();
+        const bool hangs = !m_script.runsFor && !m_record.treeEnded;
+        return !std::exchange(from, std::string()).empty() || hangs;
     }
 
     FakeProcesses::Script m_script;

@@ -147,6 +147,28 @@ TEST(QprInterrupts, TheFirstCtrlCStopsInOrder) {
     EXPECT_THAT(qpr.OutputNames(), ElementsAre("00000001-a.ps"));
 }
 
+// The form's text is drawn smaller again and again, which takes the better part of a minute.
+TEST(QprInterrupts, CtrlCEndsAWorkerThatIsBusy) {
+    QprProgram qpr;
+    qpr.m_work.Write(
+        "form.pdf",
+        "%PDF-1.4\n1 0 obj\n<< /Type /Catalog /Pages 2 0 R /AcroForm << /Fields [ 4 0 R ] /DA "
+        "(/Helv 0 Tf 0 g) >> >>\nendobj\n2 0 obj\n<< /Type /Pages /Count 1 /Kids [ 3 0 R ] "
+        ">>\nendobj\n3 0 obj\n<< /Type /Page /Parent 2 0 R /MediaBox [0 0 300 300] /Annots [ 4 0 "
+        "R ] >>\nendobj\n4 0 obj\n<< /Type /Annot /Subtype /Widget /F 4 /FT /Tx /T (a) /Ff 4096 "
+        "/Rect [0 0 290 290] >>\nendobj\ntrailer\n<< /Root 1 0 R /Size 5 >>\n%%EOF\n");
+    qpr.m_work.Write("data.xfdf", "<xfdf><f href=\"form.pdf\"/><fields><field name=\"a\"><value>" +
+                                      std::string(20 << 20, 'i') + "</value></field></fields></xfdf>");
+    const auto process = qpr.Start({"--home", qpr.m_home.Path(), "--spooler", "embedded", "--json", "print",
+                                    "--processing-params", "-s1", "data.xfdf"});
+    for (int i = 0; i < 1000 && !qpr.m_home.Has("Temp/Pages1"); ++i) qpr.m_services.loop->Wait(10);
+    kill(static_cast<pid_t>(process->Id()), SIGINT);
+    const ProgramResult result = qpr.Finish(*process);
+    EXPECT_EQ(result.exitCode, 130) << result.errors;
+    EXPECT_EQ(StatusOf(result.Json()["rows"][0]), "Error - Stopped, nothing was printed");
+    EXPECT_FALSE(qpr.m_home.Has("Temp/Pages1"));
+}
+
 // Two that arrive before anything can answer the first.
 TEST(QprInterrupts, TheSecondEndsAtOnce) {
     QprProgram qpr;

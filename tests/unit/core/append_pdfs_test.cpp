@@ -144,6 +144,11 @@ TEST_F(AppendPdfsTest, WhatIsGivenUpLeavesAListThatPrints) {
     EXPECT_THAT(Rows(), untouched);
     EXPECT_EQ(m_list.MarkOf(1).outcome, RowOutcome::kNotSelected);
     EXPECT_EQ(FilesInTemp(), 0);
+    asked = 0;
+    m_beforeEach = [&] { m_keepGoing = ++asked < 4; };
+    EXPECT_EQ(Append().end, End::kStopped) << "behind the last";
+    EXPECT_THAT(Rows(), untouched);
+    EXPECT_EQ(FilesInTemp(), 0);
     m_beforeEach = {};
     m_keepGoing = true;
     for (const FaultyFiles::Call call : {FaultyFiles::Call::kTryLock, FaultyFiles::Call::kOpenForWriting,

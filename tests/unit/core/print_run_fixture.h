@@ -60,11 +60,13 @@ class StagePdfs : public PdfLibrary, public PdfPages, public PdfForms {
 public:
     long long CountPages(std::string_view, bool, std::string_view) override { return opens ? 1 : -1; }
     PdfResult InspectColors(std::string_view, std::string_view, int, std::vector<PageColor>& pages) override {
+        if (onCall) onCall();
         for (const char c : colors) pages.push_back(c == 'c' ? PageColor::kColor : PageColor::kMono);
         return colors.empty() ? PdfResult::kUnreadable : PdfResult::kDone;
     }
     PdfResult ExtractPages(std::string_view, std::string_view, const std::vector<PdfPageRange>& ranges,
                            std::string_view target) override {
+        if (onCall) onCall();
         std::string text;
         for (const PdfPageRange& range : ranges)
             text += std::to_string(range.first) + "-" + std::to_string(range.last);
@@ -73,12 +75,14 @@ public:
     }
     PdfResult FillForm(std::string_view data, std::string_view, std::string_view target,
                        FormFilling& filling) override {
+        if (onCall) onCall();
         filling = filled;
         std::ofstream(std::string(target)) << "filled by " << FileTitle(data);
         return filled.flaw.empty() ? PdfResult::kDone : PdfResult::kUnreadable;
     }
     std::string colors;
-    bool opens = true;  // without a password
+    std::function<void()> onCall;  // may act in the middle of a run
+    bool opens = true;             // without a password
     PdfResult extracted = PdfResult::kDone;
     FormFilling filled;
 };

@@ -227,6 +227,32 @@ TEST_F(PrintRunPrintersTest, FormsDataArePrintedAsTheFilledForm) {
     EXPECT_FALSE(std::filesystem::exists(folder.PathOf("Temp/Pages1")));
 }
 
+// It comes while the PDF library is at work, which then gives up.
+TEST_F(PrintRunPrintersTest, AStopTakesADocumentBackThatIsBeingPrepared) {
+    const auto isTakenBack = [this](const char* name, const char* parameters) {
+        list.Clear();
+        ItemTexts texts;
+        texts.processingParameters = parameters;
+        AddFile(name, "%PDF", texts);
+        EXPECT_EQ(run.OnButtonPrint().end, RunSummary::End::kStopped) << name;
+        EXPECT_EQ(Text(0, kColumnStatus), "Error - Stopped, nothing was printed") << name;
+        EXPECT_TRUE(spooler.Sent().empty()) << name;
+    };
+    options.m_onErrorPrintOneMoreTime = true;
+    pdfs.onCall = [this] { run.Stop(); };
+    pdfs.extracted = PdfResult::kGaveUp;
+    pdfs.filled.flaw = "it takes too long";
+    isTakenBack("pages.pdf", "-s2");
+    isTakenBack("form.xfdf", "");
+    pdfs.opens = false;
+    isTakenBack("damaged.pdf", "");
+    pdfs.opens = true;
+    colorOptions.m_split = true;
+    isTakenBack("unclear.pdf", "");
+    pdfs.colors = "cm";
+    isTakenBack("colors.pdf", "");
+}
+
 TEST_F(PrintRunPrintersTest, AnAnswerThatWasLostIsNeverTriedAgain) {
     options.m_onErrorPrintOneMoreTime = true;
     AddFiles({"a.ps", "b.pdf"});

@@ -98,6 +98,11 @@ TEST_F(ShellWayTest, APdfIsMadeAndPrintedWithTheTicket) {
     some.range = ReadPageRange("-s2|-e4");
     EXPECT_EQ(way->Process(some, feedback).pages, 3);
     EXPECT_EQ(spooler.Sent().at(1).bytes, "2-4") << "of what was made of it";
+    pdfs.onCall = [this] { feedback.isStopped = true; };
+    pdfs.extracted = PdfResult::kGaveUp;
+    ConvertNext();
+    EXPECT_EQ(way->Process(some, feedback).end, End::kStopped);
+    EXPECT_EQ(spooler.Sent().size(), 2U);
     EXPECT_THAT(DebugLines(), HasSubstr("Getting ready to print file: " + path +
                                         ", printParameters: , retry: 0, action: print, gs.m_waitBat: 0\r\n"));
 }

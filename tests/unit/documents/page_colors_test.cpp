@@ -160,6 +160,21 @@ TEST_F(PageColorsTest, ARendererThatFailsCostsItsPageOnly) {
     EXPECT_LT(loop.MonotonicMilliseconds() - start, 31'000);
 }
 
+TEST_F(PageColorsTest, AStopEndsTheRenderingOfAllPages) {
+    SetColors("umumu");
+    bool isStopped = false;
+    renderer.UseStop([&] { return isStopped; });
+    FakeProcesses::Script hangs;
+    hangs.runsFor.reset();
+    processes.AddScript(hangs);
+    loop.StartTimer(1, 1'000, [&] { isStopped = true; });
+    const long long start = loop.MonotonicMilliseconds();
+    EXPECT_EQ(Judge(), "cmcmc");
+    EXPECT_LE(loop.MonotonicMilliseconds() - start, 1'100);
+    ASSERT_EQ(processes.records.size(), 1U);
+    EXPECT_TRUE(processes.records[0].destroyed);
+}
+
 TEST_F(PageColorsTest, RenderersGetACopyInsteadOfThePassword) {
     SetColors("u");
     AddRenderer(grey);

@@ -185,6 +185,25 @@ TEST_F(PdfWorkerTest, AHungProcessIsGivenUpInTime) {
     EXPECT_GT(loop.PumpCount(), 100) << "the program went on meanwhile";
 }
 
+TEST_F(PdfWorkerTest, AStopEndsTheWaitAndTheProcess) {
+    bool isStopped = false;
+    worker.UseStop([&] { return isStopped; });
+    EXPECT_EQ(Count(), 3);
+    processes.answer = [](const PdfWorkerRequest&) { return ""s; };
+    const std::string target = folder.PathOf("new.pdf");
+    folder.Write("new.pdf.part", "half");
+    loop.StartTimer(1, 1'000, [&] { isStopped = true; });
+    const long long start = loop.MonotonicMilliseconds();
+    EXPECT_EQ(worker.ExtractPages("a.pdf", "", {{1, 1}}, target), PdfResult::kGaveUp);
+    EXPECT_LE(loop.MonotonicMilliseconds() - start, 1'100);
+    EXPECT_EQ(processes.alive, 0);
+    EXPECT_FALSE(folder.Has("new.pdf.part"));
+    loop.StopTimer(1);
+    isStopped = false;
+    processes.answer = [](const PdfWorkerRequest&) { return "pages 4\n"s; };
+    EXPECT_EQ(Count(), 4);
+}
+
 TEST_F(PdfWorkerTest, CallsFromWithinTheWaitHaveTheirOwnProcess) {
     processes.answer = [](const PdfWorkerRequest& request) {
         return request.path == "slow" ? ""s : "pages 3\n"s;
