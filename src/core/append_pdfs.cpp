@@ -138,8 +138,8 @@ bool Appending::AppendRow(int row, PdfMerge& merge, const std::string& scratchFo
         return true;
     }
     const bool isImpossible = range.kind == PageRange::Kind::kImpossible;
-    const std::string error =
-        "Error appending file: " + (isImpossible ? range.flaw : std::string(DescribePdfResult(result)));
+    const std::string error = "Error appending file: " +
+                              (isImpossible ? range.flaw : DescribePdfResult(result, m_services.files, path));
     m_services.debugLog.Trace("%s %s\r\n", error, path);
     m_outcome.failures.push_back({path, error});
     Untick(row, error);

@@ -4,6 +4,7 @@
 
 #include "base/format.h"
 #include "base/path.h"
+#include "documents/file_signature.h"
 #include "documents/pdf_counter.h"
 #include "documents/pdf_forms.h"
 #include "documents/pdf_protection.h"
@@ -31,9 +32,12 @@ PreparedPdf PdfPreparation::Prepare(const std::string& pdf, const PageRange& ran
     const bool isDamaged = protection == PdfProtection::kUnknown && result != PdfResult::kWrongPassword;
     if (isWhole && isDamaged) {
         prepared.file = pdf;
+        if (result == PdfResult::kUnreadable)
+            prepared.doubt = DescribePdfResult(result, m_services.files, pdf);
+        prepared.isPdf = prepared.doubt.empty() || HasSignatureOfItsName(m_services.files, pdf);
         return prepared;
     }
-    prepared.flaw = DescribePdfResult(result);
+    prepared.flaw = DescribePdfResult(result, m_services.files, pdf);
     if (result == PdfResult::kNoSuchPages) prepared.flaw += Format(": \"%s\"", range.text);
     return prepared;
 }

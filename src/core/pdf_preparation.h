@@ -27,6 +27,8 @@ struct PdfPreparationServices {
 // A PDF as it may be printed.
 struct PreparedPdf {
     std::string flaw;                       // why there is none, a sentence part
+    std::string doubt;                      // why `file` may not be printed whole, a sentence part
+    bool isPdf = true;                      // false: `file` does not even begin like one
     std::string file;                       // the file itself, or a new one that goes with this object
     int pages = 0;                          // of `file`; 0: they were not counted
     std::unique_ptr<ScratchFolder> folder;  // of a new one
@@ -39,7 +41,7 @@ public:
     explicit PdfPreparation(PdfPreparationServices services) : m_services(std::move(services)) {}
 
     // These pages of `pdf`, readable without a password; `pdf` itself where it is so already. A damaged one
-    // of which all is wanted is left to the print system. May pump.
+    // of which all is wanted is left to the print system, with a doubt. May pump.
     PreparedPdf Prepare(const std::string& pdf, const PageRange& range);
     // The form that a file of forms data names, filled in. May pump.
     PreparedPdf FillForm(const std::string& data);

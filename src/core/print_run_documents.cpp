@@ -34,9 +34,14 @@ public:
             return Refused(form, feedback);
         if (IsPdf(prepared.Source()) && !TakePages(prepared, pages, feedback))
             return Refused(pages, feedback);
-        if (prepared.range.kind != Kind::kNone && IsSentDirectly(m_services.options, prepared))
+        const bool isRaw = IsSentDirectly(m_services.options, prepared);
+        if (!pages.isPdf && !isRaw) return RefusedDocument(pages.doubt);
+        if (prepared.range.kind != Kind::kNone && isRaw)
             return RefusedDocument("pages can't be chosen of a file that goes to the printer as it is");
         WayResult result = OfferToWays(prepared, feedback);
+        const bool isDoubtful = !pages.doubt.empty() && !isRaw;
+        if (result.end == WayResult::End::kPrinted && result.remark.empty() && isDoubtful)
+            result.remark = "Printed, but may not be whole: " + pages.doubt;
         if (result.pages == 0) result.pages = pages.pages > 0 ? pages.pages : form.pages;
         return result;
     }

@@ -11,7 +11,7 @@ namespace {
 
 constexpr int kWriterVersion = 17;
 
-PdfMergeOutcome Failed(const std::string& file, const char* reason) {
+PdfMergeOutcome Failed(const std::string& file, const std::string& reason) {
     PdfMergeOutcome outcome;
     outcome.end = PdfMergeOutcome::End::kFailed;
     outcome.message = file + ": " + reason;
@@ -96,7 +96,7 @@ PdfMergeOutcome MergePdfs(Files& files, PdfPages& library, const PdfMergeRequest
         const PdfResult result = merge.Add(input, request.password);
         if (result == PdfResult::kNotWritten) return Failed(request.target, DescribePdfResult(result));
         if (result == PdfResult::kNoSuchPages) return Failed(input, "the file has no pages");
-        if (result != PdfResult::kDone) return Failed(input, DescribePdfResult(result));
+        if (result != PdfResult::kDone) return Failed(input, DescribePdfResult(result, files, input));
     }
     const PdfResult result = merge.Finish();
     if (result != PdfResult::kDone) return Failed(request.target, DescribePdfResult(result));

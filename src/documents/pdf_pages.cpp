@@ -6,6 +6,7 @@
 #include <qpdf/QPDFPageDocumentHelper.hh>
 #include <stdexcept>
 
+#include "documents/file_signature.h"
 #include "documents/qpdf_file.h"
 #include "platform/files.h"
 
@@ -77,6 +78,23 @@ const char* DescribePdfResult(PdfResult result) {
             return "the new file can't be written";
         default:
             return "the file takes too long, or too much memory";
+    }
+}
+
+std::string DescribePdfResult(PdfResult result, Files& files, std::string_view path) {
+    if (result != PdfResult::kUnreadable) return DescribePdfResult(result);
+    switch (InspectPdf(files, path)) {
+        case PdfState::kMissing:
+            return "the file is missing, or can't be opened";
+        case PdfState::kEmpty:
+            return "the file is empty";
+        case PdfState::kNoPdf:
+            return HasSignatureOfItsName(files, path) ? DescribePdfResult(result)
+                                                      : "the file is no PDF, whatever its name says";
+        case PdfState::kCutOff:
+            return "the file is cut off: the end of the PDF is missing";
+        default:
+            return DescribePdfResult(result);
     }
 }
 

@@ -26,6 +26,8 @@ enum class PdfResult {
 
 // One short sentence part for a message: "the file can't be read as a PDF".
 const char* DescribePdfResult(PdfResult result);
+// The same of a file: why it can't be read, where a look at its begin and end tells.
+std::string DescribePdfResult(PdfResult result, Files& files, std::string_view path);
 
 // What can be done with the pages of a PDF; in this process, or in a worker that a hostile file may take
 // down. A call may pump. `password` opens a protected file.

@@ -24,7 +24,8 @@ TEST(QprMerge, MergesInOrderAndNeverByHalf) {
     result = qpr.Run({"--json", "merge", out, a, bad});
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_EQ(result.Json()["result"], 1);
-    EXPECT_EQ(result.Json()["message"], bad + ": the file can't be read as a PDF; nothing was written");
+    EXPECT_EQ(result.Json()["message"],
+              bad + ": the file is no PDF, whatever its name says; nothing was written");
     EXPECT_EQ(qpr.m_work.Read("out.pdf"), merged);
     EXPECT_EQ(qpr.Run({"merge", qpr.m_work.PathOf("no/folder.pdf"), a}).exitCode, 1);
     EXPECT_EQ(qpr.Run({"merge", out}).exitCode, 2);

@@ -86,9 +86,9 @@ TEST_F(AppendPdfsTest, OneFailureCostsOneRow) {
     const AppendOutcome outcome = Append();
     ASSERT_EQ(outcome.end, End::kMerged);
     EXPECT_EQ(Pages(outcome), "(a.pdf)(c.pdf)");
-    const std::string error = "Error appending file: the file can't be read as a PDF";
+    const std::string error = "Error appending file: the file is no PDF, whatever its name says";
     EXPECT_EQ(TextOf(2, kColumnStatus), error);
-    EXPECT_EQ(TextOf(4, kColumnStatus), error);
+    EXPECT_EQ(TextOf(4, kColumnStatus), "Error appending file: the file is missing, or can't be opened");
     EXPECT_EQ(m_list.ColourListRow(2), RowColour::kError);
     EXPECT_EQ(m_list.MarkOf(2).outcome, RowOutcome::kFailed);
     EXPECT_EQ(m_list.MarkOf(1).outcome, RowOutcome::kNotSelected);

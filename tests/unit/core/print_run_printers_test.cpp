@@ -205,10 +205,25 @@ TEST_F(PrintRunPrintersTest, ProtectedFilesAreOpenedOrRefused) {
         EXPECT_EQ(Text(0, kColumnStatus), std::string("Error - Can't Print - ") + DescribePdfResult(result));
     }
     list.Clear();
-    AddFile("damaged.pdf", "%PDF");
+    options.m_errorLog = true;
+    AddFile("damaged.pdf", "%PDF-1.4 x");
     pdfs.extracted = PdfResult::kUnreadable;
     run.OnButtonPrint();
-    EXPECT_EQ(spooler.Sent().at(2).bytes, "%PDF") << "others may know better";
+    EXPECT_EQ(spooler.Sent().at(2).bytes, "%PDF-1.4 x") << "others may know better";
+    const std::string cutOff = "the file is cut off: the end of the PDF is missing";
+    EXPECT_EQ(Text(0, kColumnStatus), "Done");
+    EXPECT_THAT(folder.Read("error.log"), HasSubstr("Printed, but may not be whole: " + cutOff));
+    list.SetText(0, kColumnProcessingParameters, "-s1");
+    run.OnButtonPrint();
+    EXPECT_EQ(Text(0, kColumnStatus), "Error - Can't Print - " + cutOff);
+    list.Clear();
+    AddFile("text.pdf", "Dear reader");
+    run.OnButtonPrint();
+    EXPECT_EQ(Text(0, kColumnStatus), "Error - Can't Print - the file is no PDF, whatever its name says");
+    EXPECT_EQ(spooler.Sent().size(), 3U);
+    list.SetText(0, kColumnPrintDirect, "Yes");
+    run.OnButtonPrint();
+    EXPECT_EQ(Text(0, kColumnStatus), "Done") << "as it is";
 }
 
 TEST_F(PrintRunPrintersTest, FormsDataArePrintedAsTheFilledForm) {

@@ -357,7 +357,7 @@ TEST_F(PdfMergeTest, AllOrNothingAndItNamesTheFile) {
     request.inputs.push_back(Put("junk"));
     outcome = MergePdfs(files, library, request);
     EXPECT_EQ(outcome.end, PdfMergeOutcome::End::kFailed);
-    EXPECT_EQ(outcome.message, request.inputs.back() + ": the file can't be read as a PDF");
+    EXPECT_EQ(outcome.message, request.inputs.back() + ": the file is no PDF, whatever its name says");
     request.progress = [](std::size_t done) { return done < 2; };
     EXPECT_EQ(MergePdfs(files, library, request).end, PdfMergeOutcome::End::kStopped);
     request.target = folder.PathOf("no/folder.pdf");

@@ -95,5 +95,23 @@ TEST_F(PdfPagesTest, WhatFailsLeavesTheTargetAsItWas) {
               PdfResult::kNotWritten);
 }
 
+TEST_F(PdfPagesTest, WhatCannotBeReadSaysWhy) {
+    const std::string good = MakePdf(3);
+    const auto reason = [&](const std::string& bytes) {
+        const std::string path = folder.Write("a.pdf", bytes);
+        return DescribePdfResult(Extract(path, {{1, 1}}), files, path);
+    };
+    EXPECT_EQ(reason(good.substr(0, good.size() / 2)), "the file is cut off: the end of the PDF is missing");
+    EXPECT_EQ(reason(""), "the file is empty");
+    EXPECT_EQ(reason("Dear reader"), "the file is no PDF, whatever its name says");
+    EXPECT_EQ(reason("x%PDF-1.4 junk %%EOF"), "the file can't be read as a PDF");
+    EXPECT_EQ(reason("%PDF-1.4 junk %%EOF"), "the file can't be read as a PDF");
+    EXPECT_EQ(reason(Encrypted(good, Cipher::kAes256, "secret", true)),
+              "the file is protected by a password that is not known (USEOPENPASSWORD)");
+    const std::string none = folder.PathOf("none.pdf");
+    EXPECT_EQ(DescribePdfResult(Extract(none, {{1, 1}}), files, none),
+              "the file is missing, or can't be opened");
+}
+
 }  // namespace
 }  // namespace quirepress
