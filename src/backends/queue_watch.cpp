@@ -206,6 +206,7 @@ void QueueWatch::BeginRun() {
 }
 
 int QueueWatch::RunPriority() const {
+    if (m_rowPriority >= 1 && m_rowPriority <= kHighestPriority) return m_rowPriority;
     const int first = m_options.m_printPriority;
     if (first < 1 || first > kHighestPriority) return 0;
     // The first run has the priority of the options, each further one less; after 1 comes 99 again.

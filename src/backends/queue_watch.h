@@ -74,6 +74,8 @@ public:
 
     // To be called once for each run, before it prints.
     void BeginRun();
+    // Of the row at work: goes before that of the options. 0: it has none.
+    void UseRowPriority(int priority) { m_rowPriority = priority; }
     // Of the jobs of this run, 1 to 99; 0: as the print system likes.
     int RunPriority() const;
 
@@ -92,6 +94,7 @@ private:
     std::function<void(const JobInfo&)> m_jobCallback;
     DocumentWindows* m_windows = nullptr;
     int m_totalPages = 0;
+    int m_rowPriority = 0;
     int m_decreasingRuns = 0;  // begun one after the other while the priority was to decrease
 };
 

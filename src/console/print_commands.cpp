@@ -58,7 +58,9 @@ void DefineRowOptions(CLI::App* command, RowOptions& row) {
     command->add_option("--title", row.texts.fileTitle, "Title of the document")->type_name("TEXT");
     command->add_option("--extra", row.texts.extraOptions, "Extra options, such as -r3")->type_name("TEXT");
     command->add_option("--profile", row.texts.profiling, "Profile of the row")->type_name("TITLE");
-    command->add_option("--priority", row.texts.priority, "Priority of the job, 1 to 99")->type_name("N");
+    command->add_option("--priority", row.texts.priority, "Priority of the job, 1 to 99")
+        ->check(CLI::Range(1, 99))
+        ->type_name("N");
     command
         ->add_option("--balanced-printers", row.texts.balancedPrinters,
                      "Printers of balancedprinters.ini to spread over, by their numbers (1 to 10) or names "

@@ -5,6 +5,7 @@
 #include "backends/printer_selection.h"
 #include "backends/queue_watch.h"
 #include "base/format.h"
+#include "base/numbers.h"
 #include "core/file_target.h"
 #include "core/print_list.h"
 #include "core/print_run_source.h"
@@ -42,6 +43,9 @@ void RowAtWork::Begin(int row) {
     m_services.outcomes.BeginRow();
     m_services.watch.ForgetPages();
 }
+    constexpr int kHighestPriority = 99;
+    const auto priority = ParseWholeNumber(list.Text(row, kColumnPriority), 1, kHighestPriority);
+    m_services.watch.UseRowPriority(static_cast<int>(priority.value_or(0)));
 
 void RowAtWork::PutBack() {
     if (Find()) m_services.list.MarkOf(m_progress.row).pass = m_progress.copy - 1;
