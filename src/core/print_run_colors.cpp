@@ -82,7 +82,7 @@ private:
                          std::vector<std::string>& printers) {
         RunItem part = item;
         std::string message;
-        if (!SelectPrinter(piece.isColor, part, message)) return RefusedDocument(message);
+        if (!SelectPrinter(piece.isColor, item, part, message)) return RefusedDocument(message);
         if (!m_services.spooler.TakesDocument(part.printer, part.Source()))
             return RefusedDocument("the printer \"" + part.printer + "\" takes no PDF files");
         feedback.ShowRowStatus("Spooling");
@@ -94,7 +94,7 @@ private:
     }
 
     // The run's own printer and settings stay current.
-    bool SelectPrinter(bool isColor, RunItem& part, std::string& message) {
+    bool SelectPrinter(bool isColor, const RunItem& item, RunItem& part, std::string& message) {
         const ColorPrinterOptions& options = m_services.colorOptions;
         const std::string& prs = isColor ? options.m_colorPrs : options.m_monoPrs;
         const std::string& printer = isColor ? options.m_colorPrinter : options.m_monoPrinter;
@@ -103,6 +103,7 @@ private:
             if (selection.LoadPrinterSettings(prs, message) != 0) return false;
             part.printer = selection.CurrentPrinter();
             part.ticket = selection.Ticket();
+            part.ticket.copies = item.ticket.copies;  // of each half as many
         }
         if (!printer.empty()) part.printer = printer;
         return true;
