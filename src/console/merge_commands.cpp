@@ -76,7 +76,7 @@ void DefineMergeCommands(CommandSet& commands) {
     CLI::App* command = commands.Add(
         commands.m_program, "merge", "Merge PDF files into one, in their order",
         {"qpr merge all.pdf cover.pdf report.pdf appendix.pdf", "qpr --json merge night.pdf invoices/*.pdf",
-         "qpr merge book.pdf book.pdf -- -odd-name.pdf"});
+         "qpr merge -- book.pdf book.pdf -odd-name.pdf"});
     auto options = std::make_shared<MergeOptions>();
     command
         ->add_option("OUT", options->target,

@@ -281,7 +281,7 @@ void DefinePrint(CommandSet& commands) {
     CLI::App* command =
         commands.Add(commands.m_program, "print", "Load the items into a list and print it",
                      {"qpr print invoices/", "qpr print --printer Office --copies 2 letter.ps plan.hpgl",
-                      "qpr print --direct label.zpl -- -odd-name.ps", "qpr print --balance reports/",
+                      "qpr print --direct -- label.zpl -odd-name.ps", "qpr print --balance reports/",
                       "qpr --json print archive.zip"});
     auto options = std::make_shared<PrintOptions>();
     DefineRowOptions(command, options->row);
