@@ -9,6 +9,7 @@
 #include "backends/viewer_windows.h"
 #include "base/format.h"
 #include "base/numbers.h"
+#include "core/file_target.h"
 #include "core/print_list.h"
 #include "core/print_run_source.h"
 #include "core/run_outcomes.h"
@@ -37,6 +38,13 @@ PrintEnd EndOf(const RunMark& mark) {
     return mark.isDoubtful ? PrintEnd::kDoubtful : PrintEnd::kPrinted;
 }
 
+// Its end may take the file from where it is. One that is only copied may be so at any time.
+bool TakesFileAway(const PrintList& list, int row, const RunMark& mark) {
+    if (mark.outcome != RowOutcome::kDone) return true;
+    const MoveAction action = ParseMoveTo(list.Text(row, kColumnMoveTo)).action;
+    return action == MoveAction::kMove || action == MoveAction::kErase || action == MoveAction::kEraseWithJob;
+}
+
 // What was stopped, has an unknown outcome, or was passed over in one of its copies stays where it is.
 bool IsToBeFiled(RowOutcome outcome, const WayResult& result) {
     if (result.end == WayResult::End::kStopped || result.status == kStatusUnknown) return false;
@@ -51,7 +59,7 @@ RowOutcome OutcomeOf(const WayResult& result) {
 }
 
 RowEnding::RowEnding(const PrintRunServices& services, RowAtWork& row, RowEndingRequest request)
-    : m_services(services), m_row(row), m_request(std::move(request)) {}
+    : m_services(services), m_row(row), m_request(std::move(request)), m_repeated(services.list) {}
 
 void RowEnding::CountRowsOfList() {
     for (int row = 0; row < m_services.list.RowCount(); ++row)
@@ -177,18 +185,58 @@ void RowEnding::MarkRow(RowOutcome outcome, const WayResult& result, std::string
         m_services.prompts.ShowBox("Print Error!", kSnapshotFailed);
 }
 
-// Once, after the row's last copy.
+// Once, after the row's last copy. A file that further rows are to print goes when the last of them has had
+// its turn.
 void RowEnding::FileRow(bool mayBeCopied) {
     PrintList& list = m_services.list;
-    if (!m_row.Find() || m_row.Copy() < m_row.Copies() || list.MarkOf(m_row.Index()).isFiled) return;
-    list.MarkOf(m_row.Index()).isFiled = true;
-    const PrintEnd end = EndOf(list.MarkOf(m_row.Index()));
-    PrintedRow row = ReadPrintedRow(list, m_row.Index(), PrinterOfRun(m_services));
-    row.mayBeCopied = mayBeCopied;
-    const RowHandled handled = m_services.outcomes.HandleFile(row, end);
+    if (!m_row.Find() || m_row.Copy() < m_row.Copies()) return;
+    const int row = m_row.Index();
+    const std::vector<int> rows = m_repeated.RowsOf(row);
+    if (rows.size() == 1 || !TakesFileAway(list, row, list.MarkOf(row))) {
+        if (!list.MarkOf(row).isFiled) FileAs(row, EndOf(list.MarkOf(row)), mayBeCopied);
+    } else {
+        m_services.outcomes.NoteJobFile(ReadPrintedRow(list, row, ""), EndOf(list.MarkOf(row)));
+    }
+    const bool isLast = std::all_of(rows.begin(), rows.end(), [&](int other) {
+        return other < list.RowCount() && list.MarkOf(other).pass >= m_row.Copies();
+    });
+    if (rows.size() > 1 && isLast) FileTogether(rows, mayBeCopied);
+}
+
+// The worst of their outcomes counts; one that is not known, and a stop, leave the file where it is.
+void RowEnding::FileTogether(const std::vector<int>& rows, bool mayBeCopied) {
+    PrintList& list = m_services.list;
+    PrintEnd worst = PrintEnd::kPrinted;
+    int first = -1;
+    bool isToStay = false;
+    for (const int row : rows) {
+        RunMark& mark = list.MarkOf(row);
+        worst = std::max(worst, EndOf(mark));
+        isToStay = isToStay || (mark.isFiled && TakesFileAway(list, row, mark));
+        if (!mark.isFiled && first < 0) first = row;
+        if (!mark.isFiled && row != first) {
+            mark.isFiled = true;
+            m_services.snapshot.NoteFiled(list, row);
+        }
+    }
+    if (first < 0) return;
+    if (isToStay)
+        list.MarkOf(first).isFiled = true;
+    else
+        FileAs(first, worst, mayBeCopied);
+}
+
+void RowEnding::FileAs(int row, PrintEnd end, bool mayBeCopied) {
+    PrintList& list = m_services.list;
+    list.MarkOf(row).isFiled = true;
+    PrintedRow printed = ReadPrintedRow(list, row, PrinterOfRun(m_services));
+    printed.mayBeCopied = mayBeCopied;
+    const bool isAtWork = row == m_row.Index();
+    const RowHandled handled = m_services.outcomes.HandleFile(printed, end);
     if (handled == RowHandled::kFailed) ++m_summary.notFiled;
     if (handled == RowHandled::kErased && end == PrintEnd::kPrinted) m_row.ShowRowStatus("Deleted");
-    if (m_row.Find()) m_services.snapshot.NoteFiled(list, m_row.Index());
+    if (isAtWork && m_row.Find()) m_services.snapshot.NoteFiled(list, m_row.Index());
+    if (!isAtWork && m_row.Find()) m_services.snapshot.NoteFiled(list, row);
 }
 
 void RowEnding::FinishCutOffRows() {

@@ -2,7 +2,10 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
+#include "core/post_print.h"
+#include "core/repeated_rows.h"
 #include "core/row_at_work.h"
 
 namespace quirepress {
@@ -42,6 +45,8 @@ private:
     void EndAppendedRows(const WayResult& result);
     void MarkRow(RowOutcome outcome, const WayResult& result, std::string_view statusBefore);
     void FileRow(bool mayBeCopied = false);
+    void FileTogether(const std::vector<int>& rows, bool mayBeCopied);
+    void FileAs(int row, PrintEnd end, bool mayBeCopied);
     void CheckForHang(const RunItem& item);
     void CountRows(RowOutcome outcome, int rows);
 
@@ -49,6 +54,7 @@ private:
     RowAtWork& m_row;
     RowEndingRequest m_request;
     RunSummary m_summary;
+    RepeatedRows m_repeated;
 };
 
 // What became of a row that a way has dealt with.

@@ -58,6 +58,35 @@ TEST_F(PrintRunOutcomesTest, FilesGoWhereTheirRowsSayAfterTheLastCopy) {
     EXPECT_THAT(folder.Read(kPrintLogName), HasSubstr(moved));
 }
 
+TEST_F(PrintRunOutcomesTest, ADocumentOfSeveralRowsGoesWhenTheLastOfThemWasPrinted) {
+    const std::string twice = AddRow("twice.ps", "qprdelete");
+    list.InsertFileIntoList("landscape.paperorientation", 1, "", {});
+    list.InsertFileIntoList(twice, 1, "copy:" + folder.PathOf("out"), {});
+    list.InsertFileIntoList(twice, 1, "", {});
+    run.SetCopies(2);
+    EXPECT_EQ(run.OnButtonPrint().failed, 0);
+    EXPECT_THAT(Printed(), SizeIs(6));
+    EXPECT_FALSE(IsThere(twice));
+    EXPECT_TRUE(IsThere(folder.PathOf("out/twice.ps")));
+
+    // Where one of them fails, nothing is deleted.
+    list.Clear();
+    const std::string once = AddRow("once.ps", "qprdelete", folder.PathOf("bad"));
+    list.InsertFileIntoList(once, 1, "qprdelete", {});
+    list.SetText(1, kColumnExtraOptions, "-s");
+    run.SetCopies(1);
+    EXPECT_EQ(run.OnButtonPrint().failed, 1);
+    EXPECT_TRUE(IsThere(folder.PathOf("bad/once.ps")));
+
+    // A run that is stopped before the last one leaves the file for another.
+    list.Clear();
+    const std::string left = AddRow("left.ps", "qprdelete");
+    list.InsertFileIntoList(left, 1, "qprdelete", {});
+    recorder.onFinished = [&](const RunProgress&) { run.Stop(); };
+    EXPECT_EQ(run.OnButtonPrint().end, RunSummary::End::kStopped);
+    EXPECT_TRUE(IsThere(left));
+}
+
 TEST_F(PrintRunOutcomesTest, FailuresGoToTheirOwnFolderAndAreToldOnce) {
     options.m_errorLog = true;
     const std::string failed = AddRow("letter.doc", "qprdelete", folder.PathOf("bad"));
