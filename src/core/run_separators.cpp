@@ -62,6 +62,8 @@ struct RunSeparators::Set {
 
 RunSeparators::RunSeparators(RunSeparatorServices services) : m_services(std::move(services)) {}
 
+RunSeparators::~RunSeparators() = default;
+
 RunSeparators::Set RunSeparators::SetOf(Place place) const {
     const SeparatorOptions& options = m_services.separators;
     if (place == Place::kBefore)
@@ -136,12 +138,14 @@ std::vector<int> RunSeparators::RowsOfSet(Place place, int row, const Set& set) 
     return rows;
 }
 
-std::string RunSeparators::SeparatorPath(const Set& set) const {
+std::string RunSeparators::SeparatorPath(const Set& set) {
     if (!set.fileName.empty() && IsAbsolutePath(set.fileName)) return set.fileName;
     if (!set.fileName.empty()) return JoinPath(m_services.workingFolder, set.fileName);
-    const std::string folder = TemporaryFolderOf(m_services.options, m_services.workingFolder);
-    m_services.files.MakePrivateFolders(folder);
-    return JoinPath(folder, std::string(set.name) + std::string(FileExtension(set.templateName)));
+    if (!m_scratch)
+        m_scratch = std::make_unique<ScratchFolder>(m_services.files, m_services.options,
+                                                    m_services.workingFolder, "Separators");
+    m_services.files.MakePrivateFolders(m_scratch->Path());
+    return JoinPath(m_scratch->Path(), std::string(set.name) + std::string(FileExtension(set.templateName)));
 }
 
 bool RunSeparators::Prepare(Place place, int row, WayFeedback& feedback, RunItem& item,

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <set>
 #include <string>
 #include <string_view>
@@ -17,6 +18,7 @@ class Files;
 class Machine;
 class PrinterSelection;
 class PrintList;
+class ScratchFolder;
 class Spooler;
 struct GeneralOptions;
 struct SeparatorOptions;
@@ -41,6 +43,7 @@ public:
     enum class Place { kBefore, kAfter };
 
     explicit RunSeparators(RunSeparatorServices services);
+    ~RunSeparators();
 
     // Each walk over the list begins with a folder that nothing was printed from.
     void BeginWalk() { m_folder.clear(), m_hasFolder = false; }
@@ -64,7 +67,7 @@ private:
     Set SetOf(Place place) const;
     bool IsWanted(const Set& set, int row) const;
     std::string FolderOfRow(int row) const;
-    std::string SeparatorPath(const Set& set) const;
+    std::string SeparatorPath(const Set& set);
     std::vector<int> RowsOfSet(Place place, int row, const Set& set) const;
     int NextDocument(int row, int step) const;
     bool IsQueued(const std::string& printer, std::int64_t jobId);
@@ -72,6 +75,7 @@ private:
     RunSeparatorServices m_services;
     std::string m_folder;  // of the document that was printed last
     bool m_hasFolder = false;
+    std::unique_ptr<ScratchFolder> m_scratch;  // of generated files without a name: another run has its own
     std::set<std::string> m_slowPrinters;  // that a separator did not leave in time: nobody waits there again
 };
 
