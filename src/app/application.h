@@ -96,6 +96,7 @@ public:
     const ColorPrinterOptions& ColorPrinters() const { return m_colorOptions; }
     DebugLog& Debug() { return *m_debugLog; }
     ErrorLog& Errors() { return *m_errorLog; }
+    RunOutcomes& Outcomes() { return *m_outcomes; }
     PdfCounter& PdfPages() { return *m_pdfCounter; }
     PageColors& PdfColors() { return *m_pageColors; }
     PrintList& List() { return *m_list; }

@@ -9,11 +9,10 @@
 #include "base/text.h"
 #include "console/context.h"
 #include "console/progress.h"
-#include "logs/error_log.h"
+#include "core/run_outcomes.h"
 #include "platform/event_loop.h"
 #include "platform/interrupts.h"
 #include "platform/spooler.h"
-#include "settings/general_options.h"
 
 namespace quirepress {
 
@@ -115,8 +114,8 @@ int RecordUnknownJobs(Application& application, const std::vector<UnknownJob>& j
         if (std::find(known.begin(), known.end(), job) != known.end()) continue;
         ++count;
         const std::string error = Format("job %d: %s", job.id, job.statusText);
-        if (application.Options().m_errorLog)
-            application.Errors().Append({job.document, "", error, job.printer});
+        application.Outcomes().RecordError(job.document, job.printer, error);
+        application.Outcomes().TellFailure(job.document, error);
     }
     return count;
 }
