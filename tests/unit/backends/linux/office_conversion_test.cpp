@@ -1,6 +1,7 @@
 // The programs that print_commands.ini names at first, where they are installed.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include "backends/pdf_conversion.h"
 #include "base/text.h"
@@ -58,6 +59,7 @@ TEST_F(RealConversion, TextsAndMail) {
 
 TEST_F(RealConversion, WebPages) {
     if (!Use("Web pages")) GTEST_SKIP() << "chromium is not installed";
+    if (geteuid() == 0) GTEST_SKIP() << "chromium does not run for root";
     ExpectAllMade({folder.Write("50% #1?.html", "<html><body>Hello</body></html>")});
 }
 
