@@ -6,6 +6,7 @@
 #include "backends/printer_selection.h"
 #include "backends/printer_settings_file.h"
 #include "backends/queue_watch.h"
+#include "base/format.h"
 #include "base/text.h"
 #include "logs/debug_log.h"
 #include "platform/event_loop.h"
@@ -37,29 +38,85 @@ BalanceChoice PrinterBalance::Choose(BalancedSet allowed) {
     std::vector<PrinterInfo> printers;
     m_spooler.ListPrinters(printers);
     BalanceChoice spare;
+    bool isOneReady = false;
+    bool isOneNamed = false;
+    spare.isNoneThere = true;
     for (std::size_t step = 0; step < kBalancedPrinters; ++step) {
         const std::size_t first = options.m_roundRobin ? static_cast<std::size_t>(m_lastUsed) : 0;
         const std::size_t at = (first + step) % kBalancedPrinters;
-        const BalancedPrinter& printer = options.m_printers[at];
-        if (printer.name.empty() || !allowed[at]) continue;
-        BalanceChoice choice = {static_cast<int>(at) + 1, TargetOf(printer), printer.prs};
-        if (!HasRoom(choice.printer, printer.spool)) continue;
-        if (IsReady(printers, choice.printer)) return choice;
-        m_debugLog.Trace("Load balancing, printer passed over, it is not ready: %s\r\n", choice.printer);
+        if (options.m_printers[at].name.empty() || !allowed[at]) continue;
+        isOneNamed = true;
+        BalanceChoice choice = ChoiceOf(at, options.m_printers[at]);
+        if (!IsThere(printers, choice)) continue;
+        spare.isNoneThere = false;
+        const bool isReady = IsReady(printers, choice.printer);
+        isOneReady = isOneReady || isReady;
+        if (!isReady)
+            m_debugLog.Trace("Load balancing, printer passed over, it is not ready: %s\r\n", choice.printer);
+        if (!HasRoom(choice.printer, options.m_printers[at].spool)) continue;
+        if (isReady) return choice;
         if (spare.index == 0) spare = std::move(choice);
     }
+    if (isOneReady || !isOneNamed) return {};
     return spare;
 }
 
-// A settings file may be another printer's, and then it is that one's queue that fills.
-std::string PrinterBalance::TargetOf(const BalancedPrinter& printer) {
+BalanceChoice PrinterBalance::ChooseWithoutRoom(BalancedSet allowed) {
+    std::vector<PrinterInfo> printers;
+    m_spooler.ListPrinters(printers);
+    const auto choiceAt = [&](std::size_t at) -> BalanceChoice {
+        const BalancedPrinter& printer = m_options.m_printers[at];
+        if (printer.name.empty() || !allowed[at]) return {};
+        BalanceChoice choice = ChoiceOf(at, printer);
+        const bool isGood = IsThere(printers, choice) && IsReady(printers, choice.printer);
+        return isGood ? choice : BalanceChoice();
+    };
+    if (m_lastUsed > 0) {
+        BalanceChoice last = choiceAt(static_cast<std::size_t>(m_lastUsed - 1));
+        if (last.index > 0) return last;
+    }
+    if (allowed.all() && m_lastUsed == 0) return {};
+    for (std::size_t at = 0; at < kBalancedPrinters; ++at) {
+        BalanceChoice choice = choiceAt(at);
+        if (choice.index > 0) return choice;
+    }
+    return {};
+}
+
+// A settings file may be another printer's, and then it is that one's queue that fills. Without a printer
+// where the file can't be used.
+BalanceChoice PrinterBalance::ChoiceOf(std::size_t at, const BalancedPrinter& printer) {
+    BalanceChoice choice = {static_cast<int>(at) + 1, printer.name, printer.prs};
+    if (printer.prs.empty()) return choice;
     PrsContent content;
     DeviceNames names;
     std::string message;
-    if (printer.prs.empty() || !HasPrintSetup(ReadPrintSetup(m_files, printer.prs, content, message)) ||
-        m_spooler.SetupFormat().ReadNames(content.names.bytes, names, message) != 0)
-        return printer.name;
-    return names.device.empty() ? m_spooler.DefaultPrinter() : names.device;
+    if (!HasPrintSetup(ReadPrintSetup(m_files, printer.prs, content, message)) ||
+        m_spooler.SetupFormat().ReadNames(content.names.bytes, names, message) != 0) {
+        TellUnusable(choice, "its settings file " + printer.prs + " can't be used. " + message);
+        choice.printer.clear();
+    } else {
+        choice.printer = names.device.empty() ? m_spooler.DefaultPrinter() : names.device;
+    }
+    return choice;
+}
+
+// Where the printers can't be listed, each may be there.
+bool PrinterBalance::IsThere(const std::vector<PrinterInfo>& printers, const BalanceChoice& choice) {
+    if (choice.printer.empty()) return false;
+    const bool isListed =
+        printers.empty() || std::any_of(printers.begin(), printers.end(), [&](const PrinterInfo& printer) {
+            return printer.name == choice.printer;
+        });
+    if (!isListed) TellUnusable(choice, "there is no printer \"" + ToPrintableLine(choice.printer) + "\".");
+    return isListed;
+}
+
+void PrinterBalance::TellUnusable(const BalanceChoice& choice, const std::string& why) {
+    m_debugLog.Trace("Load balancing, printer passed over, it can't be used: %s\r\n", why);
+    if (m_told.insert(choice.index).second)
+        m_prompts.ShowBox("Printer Load Balancing",
+                          Format("Printer %d is passed over: %s", choice.index, why));
 }
 
 bool PrinterBalance::HasRoom(const std::string& printer, int limit) {

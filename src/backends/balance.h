@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -23,6 +25,7 @@ struct BalanceChoice {
     int index = 0;        // 1 to 10; 0: no printer has room, and what is current stays
     std::string printer;  // where the document goes: with a settings file, as that says; empty for index 0
     std::string prs;      // printer settings file; empty: make the printer the default one
+    bool isNoneThere = false;  // none of the printers can be used at all
 };
 
 // Spreads the documents of a run over the printers of the options.
@@ -33,9 +36,13 @@ public:
 
     // The printer for the next document: the first of the allowed ones whose queue has room, or in turn. The
     // limit is that of the queue before the document; one that becomes several jobs stays together. A
-    // printer that is paused, stopped or offline is taken only where no other has room; one whose queue
-    // cannot be read never. Changes nothing. May pump.
+    // printer that is paused, stopped or offline is taken only where all are; one whose queue cannot be read
+    // never. One that does not exist, or whose settings file can't be used, is told once. Changes nothing.
+    // May pump.
     BalanceChoice Choose(BalancedSet allowed = BalancedSet().set());
+    // Where none has room: the one used last if it is allowed, else the first of them. Index 0 where all are
+    // allowed and none was used. May pump.
+    BalanceChoice ChooseWithoutRoom(BalancedSet allowed);
 
     // A document was accepted as this job (0: its id is not known). Until a listing shows the job, or has
     // had time to, it counts as one of the printer's queue.
@@ -44,7 +51,9 @@ public:
     void NoteSeen(const BalanceChoice& choice, std::int64_t jobId);
 
 private:
-    std::string TargetOf(const BalancedPrinter& printer);
+    BalanceChoice ChoiceOf(std::size_t at, const BalancedPrinter& printer);
+    bool IsThere(const std::vector<PrinterInfo>& printers, const BalanceChoice& choice);
+    void TellUnusable(const BalanceChoice& choice, const std::string& why);
     bool HasRoom(const std::string& printer, int limit);
     bool IsReady(const std::vector<PrinterInfo>& printers, const std::string& name);
 
@@ -55,7 +64,8 @@ private:
     DebugLog& m_debugLog;
     const BalanceOptions& m_options;
     UnseenJobs m_unseen;
-    int m_lastUsed = 0;  // index
+    int m_lastUsed = 0;    // index
+    std::set<int> m_told;  // indexes of printers that can't be used
 };
 
 // Loads the settings file of the choice, or makes its printer the default one; nothing for index 0. 0, or -1

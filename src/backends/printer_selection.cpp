@@ -91,9 +91,13 @@ int PrinterSelection::UsePrinter(std::string_view name, std::string& message) {
     return InstallSetup(std::move(setup), message);
 }
 
-int PrinterSelection::MoveToPrinter(std::string_view name, std::string& message) {
+void PrinterSelection::MoveDefault(std::string_view name) {
     if (DefaultPrinter() != name && m_services.spooler.MakeDefaultPrinter(name) != 0)
         m_services.debugLog.Trace("The default printer stays: %s\r\n", name);
+}
+
+int PrinterSelection::MoveToPrinter(std::string_view name, std::string& message) {
+    MoveDefault(name);
     if (m_selected.printer == name) return 0;
     PaperState paper = m_selected.paper;
     if (UsePrinter(name, message) != 0) return -1;

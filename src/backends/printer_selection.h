@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "backends/paper_items.h"
 #include "platform/print_setup.h"
@@ -45,6 +46,13 @@ struct ItemResult {
 // The run's current printer with its set-up, and all that changes them.
 class PrinterSelection {
 public:
+    // A printer with its set-up.
+    struct Selected {
+        std::string printer;
+        PrintSetup setup;
+        PaperState paper;
+    };
+
     explicit PrinterSelection(PrinterSelectionServices services);
 
     // Asked in every wait; true ends it. Nothing else is given up.
@@ -66,6 +74,12 @@ public:
     // Makes it the current one and, where that is allowed, the system's default; the paper and the tray that
     // were set stay set. 0, or -1 with `message`.
     int MoveToPrinter(std::string_view name, std::string& message);
+
+    // What is current now, and to come back to it; the system's default stays.
+    const Selected& State() const { return m_selected; }
+    void ComeBackTo(Selected state) { m_selected = std::move(state); }
+    // The system's default alone; it stays where that is not allowed.
+    void MoveDefault(std::string_view name);
 
     // The current set-up, into a file. 0 or -1.
     int SavePrinterSettings(std::string_view path);
@@ -104,12 +118,6 @@ private:
         std::string printer;
         std::string choice;  // Spooler::DefaultChoice
     };
-    struct Selected {
-        std::string printer;
-        PrintSetup setup;
-        PaperState paper;
-    };
-
     std::string PathOf(std::string_view name) const { return m_services.workingFolder + std::string(name); }
     std::string PrinterInUse();
     int WriteSetupOf(std::string_view printer, PrintSetup& setup, std::string& message);

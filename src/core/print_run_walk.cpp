@@ -193,6 +193,7 @@ void RunWalk::PrintRow(RunItem item, const WayResult& obstacle) {
     m_attempt.PrintSeparatorAfter(result);
     m_row.CountPrint();
     m_ending.Finish(item, OutcomeOf(result), result, m_statusBefore);
+    m_attempt.EndRow();
     if (isGood && options.m_pauseAfter > 0 && HasFurtherRow()) m_row.Pause(options.m_pauseAfter, false);
 }
 

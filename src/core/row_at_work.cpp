@@ -42,10 +42,10 @@ void RowAtWork::Begin(int row) {
     m_progress.bytesDone = m_progress.bytesTotal = 0;
     m_services.outcomes.BeginRow();
     m_services.watch.ForgetPages();
-}
     constexpr int kHighestPriority = 99;
     const auto priority = ParseWholeNumber(list.Text(row, kColumnPriority), 1, kHighestPriority);
     m_services.watch.UseRowPriority(static_cast<int>(priority.value_or(0)));
+}
 
 void RowAtWork::PutBack() {
     if (Find()) m_services.list.MarkOf(m_progress.row).pass = m_progress.copy - 1;

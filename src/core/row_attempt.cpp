@@ -63,11 +63,16 @@ WayResult RowAttempt::Download(RunItem& item) {
     return result;
 }
 
-// A row that names balanced printers goes to one of them even in a run without balancing.
+// A row that names balanced printers goes to one of them even in a run without balancing. The choice counts
+// for this row: those below begin with what the list has set.
 WayResult RowAttempt::AttemptBalanced(RunItem item) {
     if (item.kind == ItemKind::kSeparator) return PrintSeparator(RunSeparators::Place::kBefore);
-    if (item.kind == ItemKind::kCommand || !(m_isBalanced || !item.balancedPrinters.empty()))
+    if (item.kind == ItemKind::kCommand) return AttemptDocument(item);
+    EndRow();  // of an attempt before
+    if (!m_isBalanced && item.balancedPrinters.empty()) {
+        if (!m_movedDefault.empty()) m_services.selection.MoveDefault(std::exchange(m_movedDefault, {}));
         return AttemptDocument(item);
+    }
     m_services.debugLog.Trace("Load balancing\r\n");
     const BalancedSet allowed = ParseBalancedPrinters(item.balancedPrinters, m_services.balanceOptions);
     if (!item.balancedPrinters.empty() && !HasBalancedPrinter(allowed, m_services.balanceOptions)) {
@@ -77,9 +82,16 @@ WayResult RowAttempt::AttemptBalanced(RunItem item) {
             "Can't Print - " + FindUnknownBalancedPrinter(item.balancedPrinters, m_services.balanceOptions);
         return result;
     }
-    const BalanceChoice choice = m_services.balance.Choose(allowed);
-    std::string message;
-    if (UseBalancedPrinter(choice, m_services.selection, m_services.prompts, message) != 0) {
+    BalanceChoice choice = m_services.balance.Choose(allowed);
+    std::string message = "none of the balanced printers can be used";
+    bool isUsable = !choice.isNoneThere;
+    if (isUsable) {
+        if (choice.index == 0) choice = m_services.balance.ChooseWithoutRoom(allowed);
+        m_listState = m_services.selection.State();
+        if (m_movedDefault.empty()) m_movedDefault = m_services.selection.DefaultPrinter();
+        isUsable = UseBalancedPrinter(choice, m_services.selection, m_services.prompts, message) == 0;
+    }
+    if (!isUsable) {
         WayResult result;
         result.status = "Error - Can't Print - the balanced printer can't be used";
         result.remark = "Can't Print - " + message;
@@ -94,6 +106,10 @@ WayResult RowAttempt::AttemptBalanced(RunItem item) {
     for (const std::int64_t job : result.earlierJobs) m_services.balance.NoteSent(choice, job);
     m_services.balance.NoteSent(choice, result.jobId);
     return result;
+}
+
+void RowAttempt::EndRow() {
+    if (m_listState) m_services.selection.ComeBackTo(*std::exchange(m_listState, {}));
 }
 
 WayResult RowAttempt::AttemptDocument(const RunItem& item) {

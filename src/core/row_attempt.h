@@ -1,8 +1,10 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 
+#include "backends/printer_selection.h"
 #include "core/job_wait.h"
 #include "core/row_at_work.h"
 #include "core/run_separators.h"
@@ -21,6 +23,8 @@ public:
     WayResult Print(RunItem& item);
     // What follows the row, which has ended so, however it did. May pump.
     void PrintSeparatorAfter(const WayResult& result);
+    // Of what was chosen for the row nothing is left.
+    void EndRow();
 
 private:
     bool MayRetry(const RunItem& item, const WayResult& result) const;
@@ -40,6 +44,9 @@ private:
     JobWait m_jobWait;
     std::string m_separated;          // printer that has got the separator before the row
     bool m_hasToldSeparator = false;  // that one failed
+    std::optional<PrinterSelection::Selected> m_listState;  // while a balanced printer is current
+    std::string
+        m_movedDefault;  // the system's default before a balanced printer became it; empty: it did not
 };
 
 }  // namespace quirepress

@@ -55,6 +55,16 @@ protected:
         m_options.m_printers[number - 1] = {name, prs, limit};
         m_spooler.PutPrinter(name);
     }
+    std::string PrsOf(const std::string& printer) {
+        const std::string path = m_around.folder.PathOf(printer + ".prs");
+        GeneralOptions options;
+        PrinterSelection selection({m_spooler, m_around.files, m_around.loop, m_around.prompts,
+                                    m_around.debugLog, options, m_around.Home()});
+        std::string message;
+        EXPECT_EQ(selection.UsePrinter(printer, message), 0) << message;
+        EXPECT_EQ(selection.SavePrinterSettings(path), 0);
+        return path;
+    }
     void Queue(const std::string& printer, int jobs) {
         for (int i = 0; i < jobs; ++i) m_spooler.PutJob(printer, {});
     }
@@ -75,14 +85,15 @@ protected:
 
 TEST_F(PrinterBalanceTest, TakesTheFirstPrinterThatHasRoom) {
     Use(1, "A", 3);
-    Use(2, "B", 0, "/b.prs");
+    m_spooler.PutPrinter("B");
+    Use(2, "B", 0, PrsOf("B"));
     Queue("A", 2);
     EXPECT_EQ(ChosenName(), "A");
     Queue("A", 1);
     const BalanceChoice second = m_balance.Choose();
     EXPECT_EQ(second.index, 2);
     EXPECT_EQ(second.printer, "B");
-    EXPECT_EQ(second.prs, "/b.prs");
+    EXPECT_EQ(second.prs, PrsOf("B"));
     Queue("B", 500);
     EXPECT_EQ(ChosenName(), "B");
     EXPECT_EQ(m_spooler.CountCalls("MakeDefaultPrinter"), 0);
@@ -130,6 +141,11 @@ TEST_F(PrinterBalanceTest, APrinterThatIsNotReadyIsTakenOnlyWhereNoOtherHasRoom)
         EXPECT_EQ(ChosenName(), "A") << status;
     }
     m_spooler.SetPrinterStatus("A", printer_status::kPaused);
+    Queue("B", 2);
+    EXPECT_EQ(m_balance.Choose().index, 0) << "that one is at its limit is no reason to feed one that stands";
+    EXPECT_EQ(m_balance.ChooseWithoutRoom(BalancedSet("0000000011")).printer, "B");
+    EXPECT_EQ(m_balance.ChooseWithoutRoom(BalancedSet().set()).index, 0);
+    for (const JobInfo& job : m_spooler.TrueJobs("B")) m_spooler.TakeJobAway(job.id);
     m_spooler.SetPrinterStatus("B", printer_status::kPaused);
     EXPECT_EQ(ChosenName(), "A");
     Queue("A", 3);
@@ -141,12 +157,16 @@ TEST_F(PrinterBalanceTest, APrinterThatIsNotReadyIsTakenOnlyWhereNoOtherHasRoom)
 TEST_F(PrinterBalanceTest, AQueueThatCannotBeReadIsNeverTaken) {
     m_around.debugLog.Open(m_around.files, m_around.folder.PathOf("qpr.log"));
     m_options.m_printers[0] = {"Gone", "", 0};
-    Use(2, "B", 2);
-    EXPECT_EQ(ChosenName(), "B");
-    EXPECT_THAT(m_around.folder.Read("qpr.log"),
-                HasSubstr("Load balancing, printer passed over, its queue can't be read: Gone\r\n"));
+    m_options.m_printers[1] = {"A", m_around.folder.PathOf("none.prs"), 0};
+    Use(3, "B", 2);
+    for (int i = 0; i < 2; ++i) EXPECT_EQ(ChosenName(), "B");
+    ASSERT_EQ(m_around.prompts.boxes.size(), 2U) << "each is told once";
+    EXPECT_EQ(m_around.prompts.boxes[0].text, "Printer 1 is passed over: there is no printer \"Gone\".");
+    EXPECT_THAT(m_around.prompts.boxes[1].text, HasSubstr("none.prs can't be used"));
+    EXPECT_TRUE(m_balance.Choose(BalancedSet("0000000011")).isNoneThere);
     m_spooler.FailListing();
-    EXPECT_EQ(m_balance.Choose().index, 0);
+    const BalanceChoice none = m_balance.Choose();
+    EXPECT_TRUE(none.index == 0 && !none.isNoneThere);
 }
 
 TEST_F(PrinterBalanceTest, InTurnGoesOnBehindThePrinterUsedLast) {

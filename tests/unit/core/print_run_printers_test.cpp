@@ -60,11 +60,36 @@ TEST_F(PrintRunPrintersTest, RowsThatNameBalancedPrintersGoToThoseWithRoom) {
     run.UseBalancing(true);
     run.OnButtonPrint();
     EXPECT_EQ(Text(5, kColumnStatus), "Error - Can't Print - no such balanced printer");
-    EXPECT_THAT(Sent(),
-                ElementsAre("a.ps>Laser", "b.ps>Laser", "c.ps>Plotter", "d.ps>Plotter", "e.ps>Plotter"))
-        << "where none has room, the one used last is used again";
+    EXPECT_THAT(Sent(), ElementsAre("a.ps>Laser", "b.ps>Laser", "c.ps>Plotter", "d.ps>Plotter", "e.ps>Laser"))
+        << "where none has room, one that the row names";
     EXPECT_EQ(Text(2, kColumnBalancedPrinterUsed), "Plotter");
     EXPECT_EQ(spooler.DefaultPrinter(), "Laser") << "put back";
+}
+
+TEST_F(PrintRunPrintersTest, ABalancedPrinterIsThatOfItsRowOnly) {
+    ASSERT_TRUE(selection.ApplyItem("2.papercopies").isApplied);
+    ASSERT_EQ(selection.SavePrinterSettings(folder.PathOf("two.prs")), 0);
+    balanceOptions.m_printers[0] = {"Laser", folder.PathOf("two.prs"), 1};
+    balanceOptions.m_printers[1] = {"Plotter", "", 0};
+    spooler.KeepJobs(true);
+    AddFiles({"a.pdf", "b.pdf"});
+    run.UseBalancing(true);
+    run.OnButtonPrint();
+    EXPECT_THAT(Sent(), ElementsAre("a.pdf>Laser", "b.pdf>Plotter"));
+    EXPECT_EQ(spooler.Sent().at(0).ticket.copies, 2);
+    EXPECT_EQ(spooler.Sent().at(1).ticket.copies, JobTicket().copies)
+        << "not those of the other's settings file";
+
+    // A row that names one does not take those below along.
+    list.Clear();
+    ItemTexts second;
+    second.balancedPrinters = "2";
+    AddFile("c.ps", "bytes", second);
+    AddFile("d.ps");
+    run.UseBalancing(false);
+    run.OnButtonPrint();
+    EXPECT_EQ(Sent().at(2), "c.ps>Plotter");
+    EXPECT_EQ(Sent().at(3), "d.ps>Laser");
 }
 
 TEST_F(PrintRunPrintersTest, EveryJobOfARowCountsForTheNextOne) {
