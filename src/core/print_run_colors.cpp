@@ -21,8 +21,12 @@ public:
     explicit ColorWay(const ColorWayServices& services) : m_services(services) {}
 
     bool Takes(const RunItem& item) override {
-        return item.kind == ItemKind::kDocument && m_services.colorOptions.m_split && IsPdf(item.Source()) &&
-               m_services.spooler.TakesDocument(item.printer, item.Source());
+        const ColorPrinterOptions& options = m_services.colorOptions;
+        if (item.kind != ItemKind::kDocument || !options.m_split || !IsPdf(item.Source())) return false;
+        // Where each half has a printer of its own, the run's takes part in nothing.
+        const bool hasColor = !options.m_colorPrs.empty() || !options.m_colorPrinter.empty();
+        const bool hasMono = !options.m_monoPrs.empty() || !options.m_monoPrinter.empty();
+        return (hasColor && hasMono) || m_services.spooler.TakesDocument(item.printer, item.Source());
     }
 
     WayResult Process(const RunItem& item, WayFeedback& feedback) override {

@@ -329,7 +329,7 @@ int FakeSpooler::StartJob(std::string_view printer, const DocumentInfo& document
     if (id < 0) return -1;
     sent = m_sent.size();
     m_sent.push_back({std::string(printer), document.name, document.copies, "", id, false, document.ticket,
-                      document.pageRanges});
+                      document.pageRanges, document.priority});
     return 0;
 }
 

@@ -23,6 +23,7 @@ struct SentDocument {
     bool finished = false;  // the spooler answered that it keeps it
     JobTicket ticket;
     std::string pageRanges;
+    int priority = 0;
 };
 
 // Printers and jobs in memory. A job that is finished is delivered (leaves the queue) at once, unless
@@ -59,6 +60,7 @@ public:
 
     // The record.
     const std::vector<SentDocument>& Sent() const { return m_sent; }  // in the order of their starts
+    void ForgetSent() { m_sent.clear(); }
     // "OpenRawPrinter Laser", "StartDocument /a.ps", "WriteChunk 65535", "Finish 0", "CancelJob Laser 3"...
     const std::vector<std::string>& Calls() const { return m_calls; }
     int CountCalls(std::string_view start) const;

@@ -66,6 +66,19 @@ TEST_F(PrintRunPrintersTest, RowsThatNameBalancedPrintersGoToThoseWithRoom) {
     EXPECT_EQ(spooler.DefaultPrinter(), "Laser") << "put back";
 }
 
+TEST_F(PrintRunPrintersTest, ARowsPriorityGoesBeforeThatOfTheOptions) {
+    options.m_printPriority = 40;
+    for (const char* priority : {"7", "", "100", "x", "99"}) {
+        ItemTexts texts;
+        texts.priority = priority;
+        AddFile(std::string("a") + priority + ".ps", "bytes", texts);
+    }
+    run.OnButtonPrint();
+    std::vector<int> priorities;
+    for (const SentDocument& sent : spooler.Sent()) priorities.push_back(sent.priority);
+    EXPECT_THAT(priorities, ElementsAre(7, 40, 40, 40, 99));
+}
+
 TEST_F(PrintRunPrintersTest, ABalancedPrinterIsThatOfItsRowOnly) {
     ASSERT_TRUE(selection.ApplyItem("2.papercopies").isApplied);
     ASSERT_EQ(selection.SavePrinterSettings(folder.PathOf("two.prs")), 0);
@@ -143,13 +156,28 @@ TEST_F(PrintRunPrintersTest, PdfPagesGoToTheColourPrinterAndTheOtherInTheirOrder
     EXPECT_EQ(spooler.Sent().at(6).bytes, "%PDF");
     EXPECT_EQ(spooler.Sent().at(7).bytes, "2-3");
 
+    // The copies of one printer's settings are not those of the document.
     colorOptions.m_split = true;
+    ASSERT_TRUE(selection.ApplyItem("2.papercopies").isApplied);
+    colorOptions.m_colorPrs = folder.PathOf("two.prs");
+    ASSERT_EQ(selection.SavePrinterSettings(colorOptions.m_colorPrs), 0);
+    list.Clear();
+    AddItem("2.papercopies");
+    AddFile("a.pdf", "%PDF", range);
+    run.OnButtonPrint();
+    for (std::size_t at = 8; at < spooler.Sent().size(); ++at)
+        EXPECT_EQ(spooler.Sent()[at].ticket.copies, JobTicket().copies) << at;
+    EXPECT_EQ(Sent().size(), 8U + 2 * 3) << "sets";
+    spooler.ForgetSent();
+    colorOptions.m_colorPrs.clear();
+    list.RemoveRow(0);
+
     options.m_onErrorPrintOneMoreTime = true;
     pdfs.colors = "cm";
     colorOptions.m_monoPrinter = "Nowhere";
     run.OnButtonPrint();
     EXPECT_EQ(Text(0, kColumnStatus), "Error - Printed to page 1 only");
-    EXPECT_EQ(Sent().size(), 10U) << "what came out is not printed again";
+    EXPECT_EQ(Sent().size(), 1U) << "what came out is not printed again";
     pdfs.colors.clear();
     run.OnButtonPrint();
     EXPECT_THAT(Text(0, kColumnStatus), HasSubstr("Error - Can't Print - "));
