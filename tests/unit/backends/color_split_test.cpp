@@ -5,10 +5,8 @@
 #include "base/format.h"
 #include "documents/page_colors.h"
 #include "documents/page_renderer.h"
-#include "fakes/fake_event_loop.h"
-#include "fakes/fake_processes.h"
-#include "fakes/temporary_folder.h"
-#include "platform/services.h"
+#include "fakes/scripted_pages.h"
+#include "fakes/surroundings.h"
 #include "settings/color_printer_options.h"
 
 namespace quirepress {
@@ -17,17 +15,10 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-std::vector<PageColor> Pages(const std::string& letters) {
-    std::vector<PageColor> pages;
-    for (const char letter : letters)
-        pages.push_back(static_cast<PageColor>(std::string("muc").find(letter)));
-    return pages;
-}
-
 // "m1-3 c4-4"
 std::string Plan(const std::string& letters, const ColorPrinterOptions& options) {
     std::string plan;
-    for (const ColorRun& run : PlanColorRuns(Pages(letters), options))
+    for (const ColorRun& run : PlanColorRuns(PagesOf(letters), options))
         plan += Format("%s%s%d-%d", plan.empty() ? "" : " ", run.isColor ? "c" : "m", run.firstPage,
                        run.lastPage);
     return plan;
@@ -51,32 +42,7 @@ TEST(PlanColorRuns, KeepsTheOrderAndAllPages) {
     EXPECT_EQ(Plan("mmmm", options), "m1-4");
 }
 
-// Pages as the test says; what is extracted is noted, and written.
-class ScriptedPages : public PdfPages {
-public:
-    explicit ScriptedPages(const TemporaryFolder& folder) : m_folder(folder) {}
-    PdfResult InspectColors(std::string_view, std::string_view, int, std::vector<PageColor>& pages) override {
-        pages = colors;
-        return result;
-    }
-    PdfResult ExtractPages(std::string_view, std::string_view, const std::vector<PdfPageRange>& ranges,
-                           std::string_view target) override {
-        const std::string title = std::string(target.substr(target.find_last_of("/\\") + 1));
-        extracted.push_back(Format("%d-%d %s", ranges[0].first, ranges[0].last, title));
-        if (extracted.size() == failsAt) return PdfResult::kGaveUp;
-        m_folder.Write("Temp/" + title, "piece");
-        return PdfResult::kDone;
-    }
-    PdfResult result = PdfResult::kDone;
-    std::vector<PageColor> colors;
-    std::vector<std::string> extracted;
-    std::size_t failsAt = 0;
-
-private:
-    const TemporaryFolder& m_folder;
-};
-
-class ColorSplitTest : public testing::Test {
+class ColorSplitTest : public testing::Test, protected Surroundings {
 protected:
     int Split(const std::string& password = "") {
         return split.SplitByColor("/docs/report.v2.pdf", password, options, folder.PathOf("Temp"), pieces,
@@ -84,25 +50,22 @@ protected:
     }
     std::vector<FolderEntry> Left() {
         std::vector<FolderEntry> entries;
-        services.files->ListFolder(folder.PathOf("Temp"), entries);
+        files.ListFolder(folder.PathOf("Temp"), entries);
         return entries;
     }
 
-    const TemporaryFolder folder;
-    const Services services = MakeSystemServices();
-    FakeEventLoop loop;
-    FakeProcesses processes;
-    ScriptedPages pdf{folder};
-    PageRenderer renderer{processes, loop, *services.files};
-    PageColors colors{pdf, renderer, loop, *services.files, folder.PathOf("Temp")};
-    ColorSplit split{colors, pdf, *services.files};
+    ColorSplitTest() { files.MakeFolders(folder.PathOf("Temp")); }
+    ScriptedPages pdf;
+    PageRenderer renderer{processes, loop, files};
+    PageColors colors{pdf, renderer, loop, files, folder.PathOf("Temp")};
+    ColorSplit split{colors, pdf, files};
     ColorPrinterOptions options;
     std::vector<ColorPiece> pieces;
     std::string message;
 };
 
 TEST_F(ColorSplitTest, WritesTheRunsInTheirOrder) {
-    pdf.colors = Pages("mmcm");
+    pdf.colors = "mmcm";
     ASSERT_EQ(Split(), 0) << message;
     EXPECT_THAT(pdf.extracted,
                 ElementsAre("1-2 report.v2 (1-2).pdf", "3-3 report.v2 (3-3).pdf", "4-4 report.v2 (4-4).pdf"));
@@ -116,7 +79,7 @@ TEST_F(ColorSplitTest, WritesTheRunsInTheirOrder) {
 }
 
 TEST_F(ColorSplitTest, ADocumentOfOneRunIsLeftAsItIs) {
-    pdf.colors = Pages("mmm");
+    pdf.colors = "mmm";
     ASSERT_EQ(Split(), 0) << message;
     EXPECT_THAT(pdf.extracted, IsEmpty());
     ASSERT_EQ(pieces.size(), 1U);
@@ -128,7 +91,7 @@ TEST_F(ColorSplitTest, ADocumentOfOneRunIsLeftAsItIs) {
 }
 
 TEST_F(ColorSplitTest, WhatFailsLeavesNothingBehind) {
-    pdf.colors = Pages("mcm");
+    pdf.colors = "mcm";
     pdf.failsAt = 3;
     pieces = {{"before", false}};
     EXPECT_EQ(Split(), -1);

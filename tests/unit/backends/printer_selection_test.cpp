@@ -62,7 +62,6 @@ TEST_F(PrinterSelectionTest, ChangesTheDefaultPrinterAndGivesOthersTimeToNotice)
     EXPECT_EQ(selection.CurrentPrinter(), "Label");
     EXPECT_EQ(selection.ChangeState(), PrinterChange::kChanging);
     EXPECT_EQ(prompts.statusTexts.back(), "Printer set to: Label");
-    EXPECT_THAT(Log(), HasSubstr("DPSetDefaultPrinter: Label\r\nChanged Printer OK\r\n"));
 }
 
 TEST_F(PrinterSelectionTest, IsStoppedInItsWaitsOnly) {
@@ -88,12 +87,6 @@ TEST_F(PrinterSelectionTest, LeavesEverythingWhenTheDefaultCannotBeChanged) {
     EXPECT_EQ(spooler.DefaultPrinter(), "Office");
     EXPECT_EQ(selection.CurrentPrinter(), "Label");
     EXPECT_EQ(loop.WaitCount(), 0);
-    EXPECT_EQ(Log(),
-              "DPSetDefaultPrinter: \r\nSetDefaultPrinter failed position 1\r\n"
-              "DPSetDefaultPrinter: Nowhere\r\n"
-              "NT4.0 SetDefaultPrinter failed PrinterName: Nowhere status: -1, err=0\r\n"
-              "DPSetDefaultPrinter: Portless\r\n"
-              "NT4.0 SetDefaultPrinter failed PrinterName: Portless status: -1, err=0\r\n");
 }
 
 TEST_F(PrinterSelectionTest, UsesAPrinterWithoutMakingItTheDefault) {
@@ -116,8 +109,6 @@ TEST_F(PrinterSelectionTest, LoadsWhatItSaved) {
     EXPECT_EQ(selection.Ticket().orientation, JobTicket::Orientation::kLandscape);
     EXPECT_EQ(spooler.DefaultPrinter(), "Office");
     EXPECT_GT(loop.PumpCount(), pumps);
-    EXPECT_EQ(Log(),
-              "Load Printer settings: " + path + "\r\nLoad Printer settings worked OK, devName:Label\r\n");
 }
 
 TEST_F(PrinterSelectionTest, FallsBackToTheDefaultPrinter) {
@@ -128,30 +119,17 @@ TEST_F(PrinterSelectionTest, FallsBackToTheDefaultPrinter) {
     WriteLittle32(longMode, 0, 0xFFFFFFFF);
     std::string longNames = whole;
     WriteLittle32(longNames, 4 + 172, 0xFFFFFFFE);
-    struct Case {
-        std::string path;
-        std::string log;
-    };
-    const std::vector<Case> cases = {
-        {folder.PathOf("none.prs"), "Load Printer settings failed INVALID_HANDLE_VALUE, dret: 1\r\n"},
-        {folder.Write("1.prs", foreign),
-         "Load Printer settings refused: The printer settings were made by another"},
-        {folder.Write("2.prs", longMode),
-         "Load Printer settings failed error at GlobalAlloc, dret: 1, len: 4294967295\r\n"},
-        {folder.Write("3.prs", longNames),
-         "Load Printer settings failed error at GlobalAlloc m_hDevNames, dret: 1\r\n"},
-        {folder.Write("4.prs", ""), "Load Printer settings refused: The printer settings file"},
-        {folder.Write("5.prs", whole.substr(0, 100)),
-         "Load Printer settings refused: The printer settings file"}};
-    for (const Case& bad : cases) {
+    for (const std::string& path : {folder.PathOf("none.prs"), folder.Write("1.prs", foreign),
+                                    folder.Write("2.prs", longMode), folder.Write("3.prs", longNames),
+                                    folder.Write("4.prs", ""), folder.Write("5.prs", whole.substr(0, 100))}) {
         std::string message;
         ASSERT_EQ(selection.UsePrinter("Label", message), 0);
         ASSERT_TRUE(selection.ApplyItem("2.papercopies").isApplied);
-        EXPECT_EQ(Load(bad.path).substr(0, 3), "-1 ");
-        EXPECT_EQ(selection.CurrentPrinter(), "Office") << bad.path;
-        EXPECT_EQ(selection.Ticket(), JobTicket()) << bad.path;
-        EXPECT_THAT(Log(), HasSubstr("CopyDefaultMfcPrinter() OK\r\n" + bad.log));
+        EXPECT_EQ(Load(path).substr(0, 3), "-1 ");
+        EXPECT_EQ(selection.CurrentPrinter(), "Office") << path;
+        EXPECT_EQ(selection.Ticket(), JobTicket()) << path;
     }
+    EXPECT_THAT(Log(), HasSubstr("failed error at GlobalAlloc, dret: 1, len: 4294967295\r\n"));
 }
 
 TEST_F(PrinterSelectionTest, LoadsAFileCutShortBehindItsDeviceModeWithoutAPrinter) {
@@ -177,12 +155,10 @@ TEST_F(PrinterSelectionTest, SaysWhenThereIsNoPrinterAtAll) {
     EXPECT_EQ(selection.LoadPrinterSettings(folder.PathOf("none.prs"), message), -1);
     EXPECT_EQ(selection.CurrentPrinter(), "");
     EXPECT_EQ(prompts.statusTexts.back(), "printer not set...");
-    EXPECT_THAT(Log(), HasSubstr("INVALID_HANDLE_VALUE, dret: 0\r\n"));
     EXPECT_EQ(selection.ApplyItem("2.papercopies").status, "Error Copies Not Set");
     EXPECT_EQ(selection.KeepDefaultAtStart(), -1);
     ASSERT_EQ(prompts.boxes.size(), 1U);
     EXPECT_THAT(prompts.boxes[0].text, testing::StartsWith("ERROR! No default printer!\n\nNo printers are"));
-    EXPECT_THAT(Log(), HasSubstr("Printer not set! - No Access to printers or no printers installed!\r\n"));
 }
 
 TEST_F(PrinterSelectionTest, FindsTraysAsDriversListThem) {
@@ -198,7 +174,6 @@ TEST_F(PrinterSelectionTest, FindsTraysAsDriversListThem) {
         EXPECT_EQ(tray.number, 0);
         EXPECT_EQ(tray.name, "Unknown");
     }
-    EXPECT_THAT(Log(), HasSubstr("Find Tray: Upper tray\nFind Tray: 258 - Found\n"));
 }
 
 TEST_F(PrinterSelectionTest, AppliesTrayFiles) {
@@ -252,7 +227,6 @@ TEST_F(PrinterSelectionTest, TakesPrinterItemsAsFilesOrAsNames) {
     EXPECT_TRUE(failed.status.starts_with("Error")) << failed.status;
     EXPECT_THAT(failed.message, HasSubstr("Nowhere"));
     EXPECT_TRUE(selection.ApplyItem("none.prs").status.starts_with("Error"));
-    EXPECT_THAT(Log(), HasSubstr("loading prs file: none.prs\r\n"));
 }
 
 TEST(PrinterSelection, TakesItsOwnItemsOnly) {

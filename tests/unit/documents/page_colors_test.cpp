@@ -5,11 +5,8 @@
 #include "documents/page_image.h"
 #include "documents/page_renderer.h"
 #include "documents/qpdf_library.h"
-#include "fakes/fake_event_loop.h"
-#include "fakes/fake_processes.h"
-#include "fakes/temporary_folder.h"
-#include "platform/files.h"
-#include "platform/services.h"
+#include "fakes/scripted_pages.h"
+#include "fakes/surroundings.h"
 #include "unit/documents/pdf_samples.h"
 
 namespace quirepress {
@@ -22,12 +19,6 @@ std::string Picture(const std::string& color, int pixels, const std::string& oth
     return picture + other;
 }
 
-std::string Letters(const std::vector<PageColor>& colors) {
-    std::string letters;
-    for (const PageColor color : colors) letters += "muc"[static_cast<int>(color)];
-    return letters;
-}
-
 TEST(PageImages, AreJudgedPictureByPicture) {
     const std::string all = Picture("abc", 3000) + Picture("abz", 3000) + Picture("abc", 3000, "ao~") +
                             Picture("abc", 3000, "a~a") + "P5 2 2 255 " + "a~z\n" + Picture("~~~", 1);
@@ -35,16 +26,16 @@ TEST(PageImages, AreJudgedPictureByPicture) {
         PageImages images{GreyRule()};
         for (std::size_t at = 0; at < all.size(); at += piece)
             ASSERT_TRUE(images.Take(all.substr(at, piece)));
-        EXPECT_EQ(Letters(images.Colors()), "mcmmmm");
+        EXPECT_EQ(LettersOf(images.Colors()), "mcmmmm");
     }
     PageImages bright{GreyRule()};
     ASSERT_TRUE(bright.Take(Picture("abc", 3000,
                                     "a\xF0"
                                     "a")));
-    EXPECT_EQ(Letters(bright.Colors()), "c") << "one pixel that no noise makes";
+    EXPECT_EQ(LettersOf(bright.Colors()), "c") << "one pixel that no noise makes";
     PageImages tolerant{GreyRule{0.5}};
     ASSERT_TRUE(tolerant.Take(Picture("abz", 3000)));
-    EXPECT_EQ(Letters(tolerant.Colors()), "m");
+    EXPECT_EQ(LettersOf(tolerant.Colors()), "m");
 }
 
 TEST(PageImages, WhatIsNoPictureIsRefused) {
@@ -58,36 +49,11 @@ TEST(PageImages, WhatIsNoPictureIsRefused) {
     EXPECT_FALSE(images.Take(std::string(300, ' ')));
 }
 
-// A library that gives the answers of the test, and notes what it was asked.
-class ScriptedPages : public PdfPages {
-public:
-    PdfResult InspectColors(std::string_view, std::string_view, int tolerance,
-                            std::vector<PageColor>& pages) override {
-        lastTolerance = tolerance;
-        if (result == PdfResult::kDone) pages = colors;
-        return result;
-    }
-    PdfResult ExtractPages(std::string_view, std::string_view password, const std::vector<PdfPageRange>&,
-                           std::string_view target) override {
-        copies.push_back(std::string(target) + "|" + std::string(password));
-        return result;
-    }
-    PdfResult result = PdfResult::kDone;
-    std::vector<PageColor> colors;
-    std::vector<std::string> copies;
-    int lastTolerance = -1;
-};
-
-class PageColorsTest : public testing::Test {
+class PageColorsTest : public testing::Test, protected Surroundings {
 protected:
-    void SetColors(const std::string& letters) {
-        pdf.colors.clear();
-        for (const char letter : letters)
-            pdf.colors.push_back(static_cast<PageColor>(std::string("muc").find(letter)));
-    }
     std::string Judge(const std::string& password = "") {
         std::vector<PageColor> pages;
-        return colors.Judge(file, password, 0, pages) == PdfResult::kDone ? Letters(pages) : "-";
+        return colors.Judge(file, password, 0, pages) == PdfResult::kDone ? LettersOf(pages) : "-";
     }
     void AddRenderer(const std::string& output, int exitCode = 0) {
         FakeProcesses::Script script;
@@ -99,28 +65,24 @@ protected:
         return processes.records.at(start).request.arguments;
     }
 
-    const TemporaryFolder folder;
-    const Services services = MakeSystemServices();
     const std::string file = folder.Write("a.pdf", "x");
-    FakeEventLoop loop;
-    FakeProcesses processes;
     ScriptedPages pdf;
-    PageRenderer renderer{processes, loop, *services.files};
-    PageColors colors{pdf, renderer, loop, *services.files, folder.PathOf("Temp")};
+    PageRenderer renderer{processes, loop, files};
+    PageColors colors{pdf, renderer, loop, files, folder.PathOf("Temp")};
     const std::string grey = Picture("aaa", 9);
     const std::string red = Picture("a\x10\x10", 9);
 };
 
 TEST_F(PageColorsTest, OnlyUndecidedPagesAreRendered) {
-    SetColors("mcm");
+    pdf.colors = "mcm";
     EXPECT_EQ(Judge(), "mcm");
     EXPECT_TRUE(processes.records.empty());
-    SetColors("muumcu");
+    pdf.colors = "muumcu";
     AddRenderer(grey + red);
     AddRenderer(grey);
     EXPECT_EQ(Judge(), "mmcmcm");
     ASSERT_EQ(processes.records.size(), 2U);
-    const std::string path = services.files->ResolvePath(file);
+    const std::string path = files.ResolvePath(file);
     EXPECT_EQ(Arguments(0),
               (std::vector<std::string>{"pdftoppm", "-q", "-scale-to", "1000", "-f", "2", "-l", "3", path}));
     EXPECT_EQ(Arguments(1)[5], "6");
@@ -129,7 +91,7 @@ TEST_F(PageColorsTest, OnlyUndecidedPagesAreRendered) {
 }
 
 TEST_F(PageColorsTest, WithoutARendererWhatIsUndecidedHasColours) {
-    SetColors("umu");
+    pdf.colors = "umu";
     for (int i = 0; i < 3; ++i) {
         FakeProcesses::Script missing;
         missing.startError = 2;
@@ -146,7 +108,7 @@ TEST_F(PageColorsTest, WithoutARendererWhatIsUndecidedHasColours) {
 }
 
 TEST_F(PageColorsTest, ARendererThatFailsCostsItsPageOnly) {
-    SetColors("uuuu");
+    pdf.colors = "uuuu";
     AddRenderer(grey + grey.substr(0, 20), 1);
     AddRenderer("junk that is no picture at all");
     AddRenderer(grey);
@@ -176,31 +138,31 @@ TEST_F(PageColorsTest, AStopEndsTheRenderingOfAllPages) {
 }
 
 TEST_F(PageColorsTest, RenderersGetACopyInsteadOfThePassword) {
-    SetColors("u");
+    pdf.colors = "u";
     AddRenderer(grey);
+    pdf.failsAt = 1;
     EXPECT_EQ(Judge("secret"), "c") << "the copy was not made";
-    ASSERT_EQ(pdf.copies.size(), 1U);
-    EXPECT_TRUE(pdf.copies[0].find("|secret") != std::string::npos);
+    EXPECT_EQ(pdf.lastPassword, "secret");
     EXPECT_TRUE(processes.records.empty());
-    QpdfLibrary library(*services.files);
-    PageColors real(library, renderer, loop, *services.files, folder.PathOf("Temp"));
+    QpdfLibrary library(files);
+    PageColors real(library, renderer, loop, files, folder.PathOf("Temp"));
     const std::string odd =
         Replaced(MakePdf(1), "BT (Page 0, endobj 7 0 obj) Tj ET", "0.2 0.2 0.2 0 k f % bj 7 0 obj Tj ET");
     const std::string hidden = folder.Write("hidden.pdf", Encrypted(odd, Cipher::kAes256, "secret", false));
     std::vector<PageColor> pages;
     EXPECT_EQ(real.Judge(hidden, "secret", 0, pages), PdfResult::kDone);
-    EXPECT_EQ(Letters(pages), "m");
+    EXPECT_EQ(LettersOf(pages), "m");
     ASSERT_EQ(processes.records.size(), 1U);
     for (const std::string& argument : Arguments(0)) EXPECT_EQ(argument.find("secret"), std::string::npos);
     std::vector<FolderEntry> left;
-    services.files->ListFolder(folder.PathOf("Temp"), left);
+    files.ListFolder(folder.PathOf("Temp"), left);
     EXPECT_TRUE(left.empty());
     EXPECT_EQ(real.Judge(hidden, "guess", 0, pages), PdfResult::kWrongPassword);
 }
 
 TEST_F(PageColorsTest, OddTolerancesAreBounded) {
     std::vector<PageColor> pages;
-    SetColors("m");
+    pdf.colors = "m";
     colors.Judge(file, "", 1000, pages);
     EXPECT_EQ(pdf.lastTolerance, 100);
     colors.Judge(file, "", -5, pages);
