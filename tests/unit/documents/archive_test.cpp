@@ -9,12 +9,9 @@
 #include "base/path.h"
 #include "base/text.h"
 #include "fakes/archive_writer.h"
-#include "fakes/faulty_files.h"
 #include "fakes/golden.h"
-#include "fakes/temporary_folder.h"
+#include "fakes/surroundings.h"
 #include "platform/file_tools.h"
-#include "platform/files.h"
-#include "platform/services.h"
 
 namespace quirepress {
 namespace {
@@ -22,16 +19,16 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 
-class ArchiveTest : public testing::Test {
+class ArchiveTest : public testing::Test, protected Surroundings {
 protected:
     ArchiveOutcome Unpack(std::string_view bytes, const ArchiveLimits& limits = {}) {
-        const std::string path = m_folder.Write("in/archive", bytes);
-        return UnpackArchive(*m_services.files, path, m_folder.PathOf("out"), limits, m_keepGoing);
+        const std::string path = folder.Write("in/archive", bytes);
+        return UnpackArchive(files, path, folder.PathOf("out"), limits, m_keepGoing);
     }
 
     // The outcome's files without their folder; fails for one that is not below it.
     std::vector<std::string> NamesOf(const ArchiveOutcome& outcome) const {
-        const std::string start = WithTrailingSeparator(m_folder.PathOf("out"));
+        const std::string start = WithTrailingSeparator(folder.PathOf("out"));
         std::vector<std::string> names;
         for (const std::string& file : outcome.files) {
             EXPECT_TRUE(StartsWith(file, start)) << file;
@@ -43,15 +40,13 @@ protected:
     // Regular files anywhere below the temporary folder, the archive aside.
     int CountFilesOnDisk() const {
         int count = 0;
-        for (const auto& entry : std::filesystem::recursive_directory_iterator(m_folder.Path()))
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(folder.Path()))
             if (entry.is_regular_file()) ++count;
         return count - 1;
     }
 
-    std::string Read(std::string_view name) const { return m_folder.Read("out/" + std::string(name)); }
+    std::string Read(std::string_view name) const { return folder.Read("out/" + std::string(name)); }
 
-    TemporaryFolder m_folder;
-    Services m_services = MakeSystemServices();
     std::function<bool()> m_keepGoing = [] { return true; };
 };
 
@@ -65,7 +60,7 @@ TEST_F(ArchiveTest, UnpacksEveryKindInTheArchivesOrder) {
         {"ustar", "bzip2"}, {"pax", "xz"}, {"ustar", "zstd"}};
     for (const auto& [format, filter] : kinds) {
         SCOPED_TRACE(format + " " + filter);
-        EraseTree(*m_services.files, m_folder.PathOf("out"));
+        EraseTree(files, folder.PathOf("out"));
         const ArchiveOutcome outcome = Unpack(MakeArchive(format, members, filter));
         EXPECT_EQ(outcome.result, 0) << outcome.message;
         EXPECT_EQ(outcome.message, "");
@@ -99,7 +94,7 @@ TEST_F(ArchiveTest, KeepsUtf8NamesAndBytesThatAreNone) {
     std::setlocale(LC_CTYPE, localeBefore.c_str());
     for (const std::string format : {"zip", "7zip", "pax"}) {
         if (!canWrite) continue;
-        EraseTree(*m_services.files, m_folder.PathOf("out"));
+        EraseTree(files, folder.PathOf("out"));
         EXPECT_THAT(NamesOf(Unpack(MakeArchive(format, {{name, "x"}}))), ElementsAre(name)) << format;
     }
     EXPECT_THAT(NamesOf(Unpack(MakeArchive("ustar", {{"latin-\xE9.txt", "x"}}))),
@@ -124,7 +119,7 @@ TEST_F(ArchiveTest, NoEntryLeavesTheFolder) {
 }
 
 TEST_F(ArchiveTest, NeverReplacesAFile) {
-    m_folder.Write("out/same.txt", "mine");
+    folder.Write("out/same.txt", "mine");
     const ArchiveOutcome outcome =
         Unpack(MakeArchive("zip", {{"same.txt", "1"}, {"same.txt", "2"}, {"SAME.txt", "3"}}));
     EXPECT_EQ(outcome.result, 0) << outcome.message;
@@ -154,7 +149,7 @@ TEST_F(ArchiveTest, LimitsEndItWithAMessageThatNamesThem) {
     const ArchiveOutcome ratio = Unpack(bomb, tight);
     EXPECT_EQ(ratio.message, "The archive unpacks to more than 50 times its size, the limit");
     EXPECT_TRUE(ratio.files.empty());
-    EXPECT_FALSE(m_folder.Has("out/bomb"));
+    EXPECT_FALSE(folder.Has("out/bomb"));
 
     ArchiveLimits flat;
     flat.folderDepth = 2;
@@ -171,10 +166,10 @@ TEST_F(ArchiveTest, ADamagedArchiveKeepsWhatCameOutWhole) {
     EXPECT_EQ(checked.result, -1);
     EXPECT_EQ(checked.message, "The archive is damaged, only 2 of its files came out whole");
     EXPECT_THAT(NamesOf(checked), ElementsAre("good.txt", "last.txt"));
-    EXPECT_FALSE(m_folder.Has("out/bad.txt"));
+    EXPECT_FALSE(folder.Has("out/bad.txt"));
 
     for (const std::string format : {"zip", "ustar"}) {
-        EraseTree(*m_services.files, m_folder.PathOf("out"));
+        EraseTree(files, folder.PathOf("out"));
         std::string cut = MakeArchive(format, members, "", format == "zip" ? "zip:compression=store" : "");
         cut.resize(cut.find("bbbb") + 300);
         const ArchiveOutcome outcome = Unpack(cut);
@@ -199,9 +194,11 @@ TEST_F(ArchiveTest, WhatIsNoArchiveSaysSo) {
         EXPECT_EQ(outcome.result, -1) << bytes;
         EXPECT_EQ(outcome.message, "It is no archive of a known kind, or damaged") << bytes;
     }
-    const ArchiveOutcome missing = UnpackArchive(*m_services.files, m_folder.PathOf("none.zip"),
-                                                 m_folder.PathOf("out"), {}, m_keepGoing);
+    const ArchiveOutcome missing =
+        UnpackArchive(files, folder.PathOf("none.zip"), folder.PathOf("out"), {}, m_keepGoing);
     EXPECT_EQ(missing.message, "The archive can't be opened: it does not exist");
+    files.FailAlways(FaultyFiles::Call::kReadAt, FileResult::kFailed);
+    EXPECT_EQ(Unpack(MakeArchive("zip", {{"a", "1"}})).result, -1);
 }
 
 TEST_F(ArchiveTest, StopsBetweenBlocksAndLeavesNothingHalf) {
@@ -211,31 +208,23 @@ TEST_F(ArchiveTest, StopsBetweenBlocksAndLeavesNothingHalf) {
         Unpack(MakeArchive("ustar", {{"small", "1"}, {"large", std::string(3'000'000, 'l')}}));
     EXPECT_EQ(outcome.message, "Stopped");
     EXPECT_THAT(NamesOf(outcome), ElementsAre("small"));
-    EXPECT_FALSE(m_folder.Has("out/large"));
+    EXPECT_FALSE(folder.Has("out/large"));
 }
 
 TEST_F(ArchiveTest, AFullDiskEndsItAndLeavesNothingHalf) {
-    FaultyFiles full(*m_services.files);
-    const std::string archive = m_folder.Write(
-        "in/archive", MakeArchive("ustar", {{"one", "1"}, {"two", std::string(9000, '2')}, {"three", "3"}}));
-    full.FillDiskAfter(5000);
-    const ArchiveOutcome outcome = UnpackArchive(full, archive, m_folder.PathOf("out"), {}, m_keepGoing);
+    const std::string archive =
+        MakeArchive("ustar", {{"one", "1"}, {"two", std::string(9000, '2')}, {"three", "3"}});
+    files.FillDiskAfter(5000);
+    const ArchiveOutcome outcome = Unpack(archive);
     EXPECT_EQ(outcome.message, "Can't write two: no space is left on the disk");
     EXPECT_THAT(NamesOf(outcome), ElementsAre("one"));
     EXPECT_EQ(CountFilesOnDisk(), 1);
 
-    full.Heal();
-    full.FailOnce(FaultyFiles::Call::kClose, FileResult::kNoSpace);
-    EXPECT_THAT(UnpackArchive(full, archive, m_folder.PathOf("late"), {}, m_keepGoing).message,
-                HasSubstr("Can't write one: no space is left"));
-    EXPECT_FALSE(m_folder.Has("late/one"));
-}
-
-TEST_F(ArchiveTest, AnUnreadableArchiveSaysSo) {
-    FaultyFiles faulty(*m_services.files);
-    const std::string archive = m_folder.Write("in/archive", MakeArchive("zip", {{"a", "1"}}));
-    faulty.FailAlways(FaultyFiles::Call::kReadAt, FileResult::kFailed);
-    EXPECT_EQ(UnpackArchive(faulty, archive, m_folder.PathOf("out"), {}, m_keepGoing).result, -1);
+    files.Heal();
+    EraseTree(files, folder.PathOf("out"));
+    files.FailOnce(FaultyFiles::Call::kClose, FileResult::kNoSpace);
+    EXPECT_THAT(Unpack(archive).message, HasSubstr("Can't write one: no space is left"));
+    EXPECT_FALSE(folder.Has("out/one"));
 }
 
 }  // namespace

@@ -7,9 +7,7 @@
 
 #include "documents/qpdf_library.h"
 #include "fakes/memory_file.h"
-#include "fakes/temporary_folder.h"
-#include "platform/files.h"
-#include "platform/services.h"
+#include "fakes/surroundings.h"
 #include "unit/documents/pdf_samples.h"
 
 namespace quirepress {
@@ -33,17 +31,15 @@ private:
     QpdfLibrary m_library;
 };
 
-class PdfCounterTest : public testing::Test {
+class PdfCounterTest : public testing::Test, protected Surroundings {
 protected:
     int Count(const std::string& pdf, bool full = false, const std::string& password = "") {
         status = "as it was";
         return counter.CountPages(folder.Write("sample.pdf", pdf), full, password, status);
     }
 
-    TemporaryFolder folder;
-    Services services = MakeSystemServices();
-    RecordingLibrary library{*services.files};
-    PdfCounter counter{*services.files, library};
+    RecordingLibrary library{files};
+    PdfCounter counter{files, library};
     std::string status;
 };
 

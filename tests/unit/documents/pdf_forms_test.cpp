@@ -6,9 +6,8 @@
 
 #include "base/format.h"
 #include "documents/form_data.h"
-#include "fakes/temporary_folder.h"
+#include "fakes/surroundings.h"
 #include "platform/file_tools.h"
-#include "platform/services.h"
 #include "unit/documents/pdf_samples.h"
 
 namespace quirepress {
@@ -88,27 +87,25 @@ std::string Value(const std::string& name, const std::string& value) {
     return "<field name=\"" + name + "\"><value>" + value + "</value></field>";
 }
 
-class PdfFormsTest : public testing::Test {
+class PdfFormsTest : public testing::Test, protected Surroundings {
 protected:
     PdfFormsTest() { folder.Write("form.pdf", MakeForm()); }
 
     PdfResult Fill(const std::string& bytes, const std::string& password = "") {
         const std::string data = folder.Write("data.xfdf", bytes);
-        return FillPdfForm(*services.files, data, password, target, filling);
+        return FillPdfForm(files, data, password, target, filling);
     }
     // What is to be seen on the page: the bytes of its contents and of all that it shows.
     std::string Seen() {
         std::string bytes;
         FileResult result = FileResult::kDone;
-        EXPECT_TRUE(ReadWholeFile(*services.files, target, 1 << 24, bytes, result)) << filling.flaw;
+        EXPECT_TRUE(ReadWholeFile(files, target, 1 << 24, bytes, result)) << filling.flaw;
         EXPECT_EQ(ObjectAt(bytes, "root /AcroForm"), "null") << "no viewer changes it any more";
         return bytes;
     }
     bool Sees(const std::string& text) { return Seen().find(text) != std::string::npos; }
     bool SeesText(const std::string& text) { return Sees(Hex(text)); }
 
-    const TemporaryFolder folder;
-    const Services services = MakeSystemServices();
     const std::string target = folder.PathOf("filled.pdf");
     FormFilling filling;
 };
@@ -296,11 +293,11 @@ TEST_F(PdfFormsTest, BadDataCostThatFile) {
 }
 
 TEST_F(PdfFormsTest, FormsDataAreKnownByNameOrBegin) {
-    EXPECT_TRUE(IsFormData(*services.files, folder.Write("a.XFDF", "")));
-    EXPECT_TRUE(IsFormData(*services.files, folder.Write("a.xdp", "")));
-    EXPECT_TRUE(IsFormData(*services.files, folder.Write("a.ps", "%FDF-1.2")));
-    EXPECT_FALSE(IsFormData(*services.files, folder.Write("a.fdf", "%FD")));
-    EXPECT_FALSE(IsFormData(*services.files, folder.PathOf("missing.ps")));
+    EXPECT_TRUE(IsFormData(files, folder.Write("a.XFDF", "")));
+    EXPECT_TRUE(IsFormData(files, folder.Write("a.xdp", "")));
+    EXPECT_TRUE(IsFormData(files, folder.Write("a.ps", "%FDF-1.2")));
+    EXPECT_FALSE(IsFormData(files, folder.Write("a.fdf", "%FD")));
+    EXPECT_FALSE(IsFormData(files, folder.PathOf("missing.ps")));
 }
 
 }  // namespace

@@ -6,9 +6,7 @@
 
 #include "base/format.h"
 #include "documents/qpdf_library.h"
-#include "fakes/faulty_files.h"
-#include "fakes/temporary_folder.h"
-#include "platform/services.h"
+#include "fakes/surroundings.h"
 #include "unit/documents/pdf_samples.h"
 
 namespace quirepress {
@@ -42,7 +40,7 @@ private:
     QpdfLibrary m_library;
 };
 
-class PdfMergeTest : public testing::Test {
+class PdfMergeTest : public testing::Test, protected Surroundings {
 protected:
     std::string Put(const std::string& bytes) {
         return folder.Write("in" + std::to_string(++inputs) + ".pdf", bytes);
@@ -74,10 +72,7 @@ protected:
     }
     static std::string PdfOf(const Objects& objects) { return MakePdfOf(objects, kTrailer); }
 
-    const TemporaryFolder folder;
-    const Services services = MakeSystemServices();
-    FaultyFiles files{*services.files};
-    CountingLibrary library{*services.files};
+    CountingLibrary library{*system.files};
     const std::string target = folder.PathOf("out.pdf");
     int inputs = 0;
 };

@@ -2,16 +2,14 @@
 
 #include <gtest/gtest.h>
 
-#include "fakes/faulty_files.h"
-#include "fakes/temporary_folder.h"
+#include "fakes/surroundings.h"
 #include "platform/file_tools.h"
-#include "platform/services.h"
 #include "unit/documents/pdf_samples.h"
 
 namespace quirepress {
 namespace {
 
-class PdfPagesTest : public testing::Test {
+class PdfPagesTest : public testing::Test, protected Surroundings {
 protected:
     PdfResult Extract(const std::string& source, const std::vector<PdfPageRange>& ranges,
                       const std::string& password = "") {
@@ -21,13 +19,10 @@ protected:
     std::string Bytes() {
         std::string bytes;
         FileResult result = FileResult::kDone;
-        EXPECT_TRUE(ReadWholeFile(*services.files, target, 1 << 24, bytes, result));
+        EXPECT_TRUE(ReadWholeFile(*system.files, target, 1 << 24, bytes, result));
         return bytes;
     }
 
-    const TemporaryFolder folder;
-    const Services services = MakeSystemServices();
-    FaultyFiles files{*services.files};
     const std::string target = folder.PathOf("new.pdf");
     const std::string ten = folder.Write("ten.pdf", MakePdf(10));
 };

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <zlib.h>
 #include <qpdf/QPDFWriter.hh>
 
 #include "base/format.h"
@@ -26,15 +25,6 @@ int QuickCount(const std::string& bytes) {
 long long LibraryCount(const std::string& bytes) {
     MemoryFile file(bytes);
     return CountPagesByQpdf(file, true, "");
-}
-
-std::string Deflated(const std::string& text) {
-    uLongf size = compressBound(text.size());
-    std::string packed(size, '\0');
-    compress(reinterpret_cast<Bytef*>(packed.data()), &size, reinterpret_cast<const Bytef*>(text.data()),
-             text.size());
-    packed.resize(size);
-    return packed;
 }
 
 TEST(PdfQuickCount, ReadsEveryKindOfSoundFile) {

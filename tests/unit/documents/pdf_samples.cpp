@@ -1,6 +1,7 @@
 #include "unit/documents/pdf_samples.h"
 
 #include <gtest/gtest.h>
+#include <zlib.h>
 
 #include <algorithm>
 #include <map>
@@ -110,6 +111,16 @@ std::string Encrypted(const std::string& pdf, Cipher cipher, const std::string& 
                                                         qpdf_r3p_full, true);
         }
     });
+}
+
+std::string Deflated(const std::string& bytes) {
+    uLongf size = compressBound(static_cast<uLong>(bytes.size()));
+    std::string packed(size, '\0');
+    EXPECT_EQ(compress(reinterpret_cast<Bytef*>(packed.data()), &size,
+                       reinterpret_cast<const Bytef*>(bytes.data()), static_cast<uLong>(bytes.size())),
+              Z_OK);
+    packed.resize(size);
+    return packed;
 }
 
 std::string DescribePages(const std::string& pdf) {

@@ -29,6 +29,8 @@ std::string MakePdfOf(const std::vector<std::pair<int, std::string>>& objects,
 std::string WithUpdate(const std::string& pdf, const std::vector<std::pair<int, std::string>>& objects,
                        const std::string& trailerKeys);
 
+std::string Deflated(const std::string& bytes);
+
 // The pages of a file of MakePdf's kind, by the numbers in their texts: "0 1 7 "; "2@90 " for a turned one,
 // "encrypted " before all where a password protects them.
 std::string DescribePages(const std::string& pdf);

@@ -2,16 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include <deque>
 #include <functional>
 
 #include "documents/pdf_worker_messages.h"
-#include "fakes/fake_event_loop.h"
-#include "fakes/temporary_folder.h"
-#include "platform/files.h"
-#include "platform/processes.h"
-#include "platform/services.h"
-#include "platform/terminal.h"
+#include "fakes/stand_in_workers.h"
+#include "fakes/surroundings.h"
 #include "unit/documents/pdf_samples.h"
 
 namespace quirepress {
@@ -19,155 +14,103 @@ namespace {
 
 using namespace std::string_literals;
 
-// Worker processes that answer as the test says: nothing at all means that one hangs.
-class StandInProcesses : public Processes {
-public:
-    // What a process writes for a request; it dies behind an answer that ends in "!".
+class PdfWorkerTest : public testing::Test, protected Surroundings {
+protected:
+    PdfWorkerTest() {
+        workers.answer = [this](const std::string& line) {
+            EXPECT_TRUE(ParseRequest(line, requests.emplace_back())) << line;
+            return answer(requests.back());
+        };
+    }
+    long long Count(std::string_view path = "a.pdf") { return worker.CountPages(path, false, ""); }
+
     std::function<std::string(const PdfWorkerRequest&)> answer = [](const PdfWorkerRequest&) {
         return "pages 3\n";
     };
-    bool startFails = false;
-    std::vector<ProcessRequest> starts;
     std::vector<PdfWorkerRequest> requests;
-    int alive = 0;
-
-    std::unique_ptr<ChildProcess> Start(const ProcessRequest& request, int& systemError) override {
-        if (startFails) {
-            systemError = 2;
-            return nullptr;
-        }
-        starts.push_back(request);
-        return std::make_unique<StandIn>(*this);
-    }
-
-private:
-    class StandIn : public ChildProcess {
-    public:
-        explicit StandIn(StandInProcesses& owner) : m_owner(owner) { ++m_owner.alive; }
-        ~StandIn() override { --m_owner.alive; }
-        bool IsRunning() override { return m_runs; }
-        int ExitCode() override { return 0; }
-        void EndTree() override { m_runs = false; }
-        std::int64_t Id() const override { return 1; }
-        bool WriteInput(std::string_view data) override {
-            PdfWorkerRequest request;
-            EXPECT_EQ(data.back(), '\n');
-            EXPECT_TRUE(ParseRequest(data.substr(0, data.size() - 1), request)) << data;
-            m_owner.requests.push_back(request);
-            m_output += m_owner.answer(request);
-            if (!m_output.empty() && m_output.back() == '!') {
-                m_output.pop_back();
-                m_runs = false;
-            }
-            return true;
-        }
-        void CloseInput() override {}
-        // A few bytes at a time, as a pipe may give them.
-        bool ReadOutput(std::string& output) override {
-            const bool more = m_runs || !m_output.empty();
-            output += m_output.substr(0, 5);
-            m_output.erase(0, 5);
-            return more;
-        }
-        bool ReadErrors(std::string&) override { return m_runs; }
-
-    private:
-        StandInProcesses& m_owner;
-        std::string m_output;
-        bool m_runs = true;
-    };
-};
-
-class PdfWorkerTest : public testing::Test {
-protected:
-    long long Count(std::string_view path = "a.pdf") { return worker.CountPages(path, false, ""); }
-
-    const TemporaryFolder folder;
-    StandInProcesses processes;
-    FakeEventLoop loop;
-    Services services = MakeSystemServices();
-    PdfWorker worker{processes, loop, *services.files, "/opt/qpr", {5'000, 1 << 20}};
+    StandInWorkers workers;
+    PdfWorker worker{workers, loop, files, "/opt/qpr", {5'000, 1 << 20}};
 };
 
 TEST_F(PdfWorkerTest, OneProcessServesManyFiles) {
-    EXPECT_TRUE(processes.starts.empty()) << "not before it is needed";
+    EXPECT_TRUE(workers.starts.empty()) << "not before it is needed";
     EXPECT_EQ(Count("/a \n\xFF.pdf"), 3);
     EXPECT_EQ(worker.CountPages("b.pdf", true, "se cret\n"), 3);
-    ASSERT_EQ(processes.starts.size(), 1U);
-    EXPECT_EQ(processes.starts[0].arguments, (std::vector<std::string>{"/opt/qpr", "pdf-worker"}));
-    EXPECT_EQ(processes.starts[0].memoryLimit, 1 << 20);
-    EXPECT_TRUE(processes.starts[0].pipes);
-    EXPECT_EQ(processes.requests[0].path, "/a \n\xFF.pdf");
-    EXPECT_FALSE(processes.requests[0].full);
-    EXPECT_EQ(processes.requests[1].password, "se cret\n");
-    EXPECT_TRUE(processes.requests[1].full);
+    ASSERT_EQ(workers.starts.size(), 1U);
+    EXPECT_EQ(workers.starts[0].arguments, (std::vector<std::string>{"/opt/qpr", "pdf-worker"}));
+    EXPECT_EQ(workers.starts[0].memoryLimit, 1 << 20);
+    EXPECT_TRUE(workers.starts[0].pipes);
+    EXPECT_EQ(requests[0].path, "/a \n\xFF.pdf");
+    EXPECT_FALSE(requests[0].full);
+    EXPECT_EQ(requests[1].password, "se cret\n");
+    EXPECT_TRUE(requests[1].full);
 }
 
 TEST_F(PdfWorkerTest, BadAnswersCostThatFileAndThatProcess) {
-    const auto good = processes.answer;
+    const auto good = answer;
     for (const std::string& bad :
          {""s, "!"s, "pages 7!"s, "pages seven\n"s, "\n"s, "pages -2\n"s, "pages 1\npages 2\n"s,
           std::string(100'000, 'x'), "pages 99999999999999999999\n"s, "\0\xFF\n"s}) {
-        processes.answer = [&](const PdfWorkerRequest&) { return bad; };
+        answer = [&](const PdfWorkerRequest&) { return bad; };
         EXPECT_EQ(Count(), -1) << bad.substr(0, 40);
-        EXPECT_EQ(processes.alive, 0) << bad.substr(0, 40);
-        processes.answer = good;
+        EXPECT_EQ(workers.alive, 0) << bad.substr(0, 40);
+        answer = good;
         EXPECT_EQ(Count(), 3);
-        EXPECT_EQ(processes.alive, 1);
-        processes.answer = [&](const PdfWorkerRequest&) { return "pages 4\n!"s; };
+        EXPECT_EQ(workers.alive, 1);
+        answer = [&](const PdfWorkerRequest&) { return "pages 4\n!"s; };
         EXPECT_EQ(Count(), 4);
-        processes.answer = good;
+        answer = good;
     }
-    processes.answer = [](const PdfWorkerRequest&) { return "pages -1\r\n"s; };
+    answer = [](const PdfWorkerRequest&) { return "pages -1\r\n"s; };
     EXPECT_EQ(Count(), -1) << "an honest answer";
-    EXPECT_EQ(processes.alive, 1);
+    EXPECT_EQ(workers.alive, 1);
 }
 
 TEST_F(PdfWorkerTest, ColoursAndNewFilesAreAskedForInTheSameWay) {
     std::vector<PageColor> pages;
-    processes.answer = [](const PdfWorkerRequest&) { return "result 0 mcu\n"s; };
+    answer = [](const PdfWorkerRequest&) { return "result 0 mcu\n"s; };
     EXPECT_EQ(worker.InspectColors("/a.pdf", "pw", 7, pages), PdfResult::kDone);
     EXPECT_EQ(pages, (std::vector<PageColor>{PageColor::kMono, PageColor::kColor, PageColor::kUndecided}));
-    processes.answer = [](const PdfWorkerRequest&) { return "result 4 \n"s; };
+    answer = [](const PdfWorkerRequest&) { return "result 4 \n"s; };
     EXPECT_EQ(worker.ExtractPages("/a.pdf", "pw", {{1, 3}, {7, 7}}, "/b c.pdf"), PdfResult::kNotWritten);
     EXPECT_EQ(worker.InspectColors("/a.pdf", "", 0, pages), PdfResult::kNotWritten);
     EXPECT_EQ(pages.size(), 3U) << "as they were";
-    EXPECT_EQ(processes.starts.size(), 1U);
-    EXPECT_EQ(processes.requests[0].tolerance, 7);
-    EXPECT_EQ(processes.requests[1].target, "/b c.pdf");
-    ASSERT_EQ(processes.requests[1].ranges.size(), 2U);
-    EXPECT_EQ(processes.requests[1].ranges[0].last, 3);
-    EXPECT_EQ(processes.requests[1].ranges[1].first, 7);
+    EXPECT_EQ(workers.starts.size(), 1U);
+    EXPECT_EQ(requests[0].tolerance, 7);
+    EXPECT_EQ(requests[1].target, "/b c.pdf");
+    ASSERT_EQ(requests[1].ranges.size(), 2U);
+    EXPECT_EQ(requests[1].ranges[0].last, 3);
+    EXPECT_EQ(requests[1].ranges[1].first, 7);
     for (const std::string& bad : {"result 6 \n"s, "result 0 mx\n"s, "result 0\n"s, "result -1 \n"s,
                                    "pages 3\n"s, "result 0 \n"s, "result 0 m!"s, ""s}) {
-        processes.answer = [&](const PdfWorkerRequest&) { return bad; };
+        answer = [&](const PdfWorkerRequest&) { return bad; };
         EXPECT_EQ(worker.InspectColors("/a.pdf", "", 0, pages), PdfResult::kGaveUp) << bad;
     }
     const long long start = loop.MonotonicMilliseconds();
-    processes.answer = [](const PdfWorkerRequest&) { return ""s; };
+    answer = [](const PdfWorkerRequest&) { return ""s; };
     const std::string target = folder.PathOf("b.pdf");
     folder.Write("b.pdf.part", "half");
     EXPECT_EQ(worker.ExtractPages("/a.pdf", "", {kAllPdfPages}, target), PdfResult::kGaveUp);
     EXPECT_FALSE(folder.Has("b.pdf.part")) << "its process is gone";
     EXPECT_LT(loop.MonotonicMilliseconds() - start, 50'100);
-    EXPECT_EQ(processes.alive, 0);
+    EXPECT_EQ(workers.alive, 0);
 }
 
 TEST_F(PdfWorkerTest, FormsAreFilledInTheSameWay) {
     FormFilling filling;
-    processes.answer = [](const PdfWorkerRequest&) {
-        FormFilling answer{"a b.pdf", "why\n not", {"x,y", "\xFF"}};
-        return FormatFilling(PdfResult::kUnreadable, answer) + "\n";
+    answer = [](const PdfWorkerRequest&) {
+        const FormFilling made{"a b.pdf", "why\n not", {"x,y", "\xFF"}};
+        return FormatFilling(PdfResult::kUnreadable, made) + "\n";
     };
     EXPECT_EQ(worker.FillForm("/a.fdf", "pw", "/b c.pdf", filling), PdfResult::kUnreadable);
-    EXPECT_EQ(processes.requests[0].target, "/b c.pdf");
-    EXPECT_EQ(processes.requests[0].password, "pw");
+    EXPECT_EQ(requests[0].target, "/b c.pdf");
+    EXPECT_EQ(requests[0].password, "pw");
     EXPECT_EQ(filling.form, "a b.pdf");
     EXPECT_EQ(filling.flaw, "why\n not");
     EXPECT_EQ(filling.unknownFields, (std::vector<std::string>{"x,y", "\xFF"}));
     for (const std::string& bad : {"filled 0\n"s, "filled 9   \n"s, "filled 0  6  \n"s, "filled 0   6g\n"s,
                                    "result 0 \n"s, "filled 0   !"s, ""s}) {
-        processes.answer = [&](const PdfWorkerRequest&) { return bad; };
+        answer = [&](const PdfWorkerRequest&) { return bad; };
         folder.Write("b.pdf.part", "half");
         EXPECT_EQ(worker.FillForm("/a.fdf", "", folder.PathOf("b.pdf"), filling), PdfResult::kGaveUp) << bad;
         EXPECT_EQ(filling.flaw, "the file takes too long, or too much memory");
@@ -176,7 +119,7 @@ TEST_F(PdfWorkerTest, FormsAreFilledInTheSameWay) {
 }
 
 TEST_F(PdfWorkerTest, AHungProcessIsGivenUpInTime) {
-    processes.answer = [](const PdfWorkerRequest&) { return ""s; };
+    answer = [](const PdfWorkerRequest&) { return ""s; };
     const long long start = loop.MonotonicMilliseconds();
     EXPECT_EQ(Count(), -1);
     const long long took = loop.MonotonicMilliseconds() - start;
@@ -205,9 +148,7 @@ TEST_F(PdfWorkerTest, AStopEndsTheWaitAndTheProcess) {
 }
 
 TEST_F(PdfWorkerTest, CallsFromWithinTheWaitHaveTheirOwnProcess) {
-    processes.answer = [](const PdfWorkerRequest& request) {
-        return request.path == "slow" ? ""s : "pages 3\n"s;
-    };
+    answer = [](const PdfWorkerRequest& request) { return request.path == "slow" ? ""s : "pages 3\n"s; };
     long long inner = 0;
     loop.StartTimer(1, 1'000, [&] {
         loop.StopTimer(1);
@@ -216,37 +157,10 @@ TEST_F(PdfWorkerTest, CallsFromWithinTheWaitHaveTheirOwnProcess) {
     EXPECT_EQ(Count("slow"), -1);
     EXPECT_EQ(inner, 3);
     EXPECT_EQ(Count(), 3);
-    EXPECT_EQ(processes.starts.size(), 2U);
+    EXPECT_EQ(workers.starts.size(), 2U);
+    workers.startFails = true;
+    EXPECT_EQ(PdfWorker(workers, loop, files, "/none", {}).CountPages("a.pdf", false, ""), -1);
 }
-
-TEST_F(PdfWorkerTest, WithoutAProgramNothingCanBeTold) {
-    processes.startFails = true;
-    EXPECT_EQ(Count(), -1);
-}
-
-// A terminal whose input and output lie in memory.
-class PipedTerminal : public Terminal {
-public:
-    std::deque<std::string> input;
-    std::string output;
-    bool closed = false;
-
-    bool OutputIsTerminal() override { return false; }
-    bool ErrorsAreTerminal() override { return false; }
-    bool InputIsTerminal() override { return false; }
-    int Columns() override { return 80; }
-    bool WriteOutput(std::string_view text) override {
-        output += text;
-        return !closed;
-    }
-    bool WriteErrors(std::string_view) override { return true; }
-    bool ReadLine(std::string& line) override {
-        if (input.empty()) return false;
-        line = input.front();
-        input.pop_front();
-        return true;
-    }
-};
 
 TEST(PdfWorkerSide, AnswersEveryLineUntilTheEnd) {
     const TemporaryFolder folder;
@@ -254,7 +168,7 @@ TEST(PdfWorkerSide, AnswersEveryLineUntilTheEnd) {
     const std::string plain = folder.Write("a b.pdf", MakePdf(12));
     const std::string hidden =
         folder.Write("hidden.pdf", Encrypted(MakePdf(7), Cipher::kAes256, "secret", true));
-    PipedTerminal terminal;
+    MemoryTerminal terminal;
     terminal.input = {
         FormatRequest({plain, false, ""}),
         FormatRequest({hidden, true, "secret"}),

@@ -3,13 +3,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <deque>
 #include <functional>
 
 #include "fakes/fake_app_windows.h"
 #include "fakes/fake_event_loop.h"
-#include "platform/processes.h"
-#include "platform/terminal.h"
+#include "fakes/stand_in_workers.h"
 #include "platform/window_messages.h"
 
 namespace quirepress {
@@ -18,79 +16,16 @@ namespace {
 using ::testing::ElementsAre;
 using Fake = FakeAppWindows;
 
-// The lines that a worker reads, and what it writes.
-class LineTerminal : public Terminal {
-public:
-    bool OutputIsTerminal() override { return false; }
-    bool ErrorsAreTerminal() override { return false; }
-    bool InputIsTerminal() override { return false; }
-    int Columns() override { return 80; }
-    bool WriteOutput(std::string_view text) override {
-        output += text;
-        return true;
-    }
-    bool WriteErrors(std::string_view) override { return true; }
-    bool ReadLine(std::string& line) override {
-        if (lines.empty()) return false;
-        line = lines.front();
-        lines.pop_front();
-        return true;
-    }
-    std::deque<std::string> lines;
-    std::string output;
-};
-
-// Workers that see `desktop` (null: there is none), or do what a test makes of their answer.
-class StandInWorkers : public Processes {
-public:
-    FakeAppWindows* desktop = nullptr;
-    std::function<std::string(std::string)> spoil = [](std::string answer) { return answer; };
-    int starts = 0;
-    int alive = 0;
-    int requests = 0;
-
-    std::unique_ptr<ChildProcess> Start(const ProcessRequest&, int&) override {
-        ++starts;
-        return std::make_unique<StandIn>(*this);
-    }
-
-private:
-    class StandIn : public ChildProcess {
-    public:
-        explicit StandIn(StandInWorkers& owner) : m_owner(owner) { ++m_owner.alive; }
-        ~StandIn() override { --m_owner.alive; }
-        StandIn(const StandIn&) = delete;
-        StandIn& operator=(const StandIn&) = delete;
-        bool IsRunning() override { return true; }
-        int ExitCode() override { return 0; }
-        void EndTree() override {}
-        std::int64_t Id() const override { return 1; }
-        bool WriteInput(std::string_view data) override {
-            ++m_owner.requests;
-            LineTerminal terminal;
-            terminal.lines.emplace_back(data.substr(0, data.size() - 1));
-            RunWindowWorker(m_owner.desktop, terminal);
-            m_output += m_owner.spoil(terminal.output);
-            return true;
-        }
-        void CloseInput() override {}
-        bool ReadOutput(std::string& output) override {  // in pieces, as a pipe may give it
-            output += m_output.substr(0, 7);
-            m_output.erase(0, 7);
-            return true;
-        }
-        bool ReadErrors(std::string&) override { return true; }
-
-    private:
-        StandInWorkers& m_owner;
-        std::string m_output;
-    };
-};
-
 class WindowWorkerTest : public testing::Test {
 protected:
     WindowWorkerTest() {
-        m_workers.desktop = &m_desktop;
+        m_workers.answer = [this](std::string line) {
+            ++m_requests;
+            MemoryTerminal terminal;
+            terminal.input = {std::move(line)};
+            RunWindowWorker(m_hasDesktop ? &m_desktop : nullptr, terminal);
+            return m_spoil(terminal.output);
+        };
         m_desktop
             .PutDialog("Save\tAs\n100% \xC3\xA4",
                        {Fake::Field("name", 1001),
@@ -104,6 +39,9 @@ protected:
     static constexpr std::int64_t kOwnProcess = 77;
     FakeEventLoop m_loop;
     FakeAppWindows m_desktop;
+    bool m_hasDesktop = true;
+    std::function<std::string(std::string)> m_spoil = [](std::string answer) { return answer; };
+    int m_requests = 0;
     StandInWorkers m_workers;
     WorkerAppWindows m_windows{m_workers, m_loop, "worker", kOwnProcess};
 };
@@ -133,7 +71,7 @@ TEST_F(WindowWorkerTest, SeesAndDoesWhatTheWorkerCan) {
                             "return " + title, "close " + title));
     m_desktop.Remove(title);
     EXPECT_FALSE(m_windows.Close(windows[0]));
-    EXPECT_EQ(m_workers.starts, 1);
+    EXPECT_EQ(m_workers.starts.size(), 1U);
 }
 
 TEST_F(WindowWorkerTest, TakesNoMessageThatIsNotWhole) {
@@ -148,22 +86,22 @@ TEST_F(WindowWorkerTest, TakesNoMessageThatIsNotWhole) {
 }
 
 TEST_F(WindowWorkerTest, EndsAWorkerThatIsSilentAndWaitsWithTheNext) {
-    m_workers.spoil = [](const std::string&) { return std::string(); };
+    m_spoil = [](const std::string&) { return std::string(); };
     const long long start = m_loop.MonotonicMilliseconds();
     EXPECT_TRUE(m_windows.ListWindows().empty());
     EXPECT_LE(m_loop.MonotonicMilliseconds() - start, 2'100);
     EXPECT_EQ(m_workers.alive, 0);
-    m_workers.spoil = [](std::string answer) { return answer; };
+    m_spoil = [](std::string answer) { return answer; };
     m_loop.Wait(9'000);
     EXPECT_TRUE(m_windows.ListWindows().empty());
-    EXPECT_EQ(m_workers.starts, 1);
+    EXPECT_EQ(m_workers.starts.size(), 1U);
     m_loop.Wait(1'500);
     EXPECT_EQ(m_windows.ListWindows().size(), 1U);
 }
 
 TEST_F(WindowWorkerTest, BelievesNoNonsense) {
     for (const char* nonsense : {"garbage\n", "windows\tx\n", "done\nmore\n", "\n"}) {
-        m_workers.spoil = [nonsense](const std::string&) { return std::string(nonsense); };
+        m_spoil = [nonsense](const std::string&) { return std::string(nonsense); };
         EXPECT_TRUE(m_windows.ListWindows().empty()) << nonsense;
         EXPECT_EQ(m_workers.alive, 0) << nonsense;
         m_loop.Wait(10'500);
@@ -171,12 +109,12 @@ TEST_F(WindowWorkerTest, BelievesNoNonsense) {
 }
 
 TEST_F(WindowWorkerTest, AsksSeldomWhereThereIsNoDesktop) {
-    m_workers.desktop = nullptr;
+    m_hasDesktop = false;
     for (int i = 0; i < 100; ++i) {
         EXPECT_TRUE(m_windows.ListWindows().empty());
         m_loop.Wait(1'000);
     }
-    EXPECT_EQ(m_workers.starts, 2);
+    EXPECT_EQ(m_workers.starts.size(), 2U);
 }
 
 TEST_F(WindowWorkerTest, EndsAnIdleWorkerAndStartsAnother) {
@@ -186,7 +124,7 @@ TEST_F(WindowWorkerTest, EndsAnIdleWorkerAndStartsAnother) {
     m_loop.Wait(2'000);
     EXPECT_EQ(m_workers.alive, 0);
     EXPECT_EQ(m_windows.ListWindows().size(), 1U);
-    EXPECT_EQ(m_workers.starts, 2);
+    EXPECT_EQ(m_workers.starts.size(), 2U);
 }
 
 TEST_F(WindowWorkerTest, IsNotAskedFromWithinTheWait) {
@@ -194,7 +132,7 @@ TEST_F(WindowWorkerTest, IsNotAskedFromWithinTheWait) {
     m_loop.StartTimer(1, 1, [&] { inner = m_windows.ListWindows().size(); });
     EXPECT_EQ(m_windows.ListWindows().size(), 1U);
     EXPECT_EQ(inner, 0U);
-    EXPECT_EQ(m_workers.requests, 1);
+    EXPECT_EQ(m_requests, 1);
 }
 
 TEST(CaptionTest, LosesItsMnemonic) {
