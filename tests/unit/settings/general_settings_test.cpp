@@ -3,7 +3,6 @@
 #include <filesystem>
 
 #include "fakes/golden.h"
-#include "settings/misc_options.h"
 #include "settings_fixture.h"
 
 namespace quirepress {
@@ -31,6 +30,8 @@ TEST_F(GeneralSettingsTest, AFullFileIsWrittenAsItWasRead) {
     ASSERT_FALSE(golden.empty());
     GeneralOptions options = Load(golden);
     EXPECT_FALSE(options.m_generateAndPrintList);
+    EXPECT_EQ(options.m_startupBottom, 2);
+    EXPECT_EQ(options.m_startupLeft, -3);
     options.m_generateAndPrintList = true;
     EXPECT_EQ(Save(options), AsWritten(golden));
 }
@@ -40,16 +41,6 @@ TEST_F(GeneralSettingsTest, TheDefaultsWriteTheKeysThatAlwaysStand) {
               AsWritten("CLOSEOFFICEPASSWORDBOX;20\nTEMPFOLDER;Temp\nTIMEALLOW;14000\nSCREEN;Default Size\n"
                         "PRINTCOPIES;1\nPRINTCOPIESREPEAT;1\nSETUPINI;\nLOGFONTSIZE;7\nUNZIPFOLDER;\n"
                         "USEOPENPASSWORD;\n"));
-}
-
-TEST_F(GeneralSettingsTest, ALineOfSeveralNumbersHasAFieldForEach) {
-    const GeneralOptions options = Load("STARTUPRECT;1;2;3;4\nPRINTCOPIES;3\nPRINTCOPIESREPEAT;4");
-    EXPECT_EQ(options.m_startupTop, 1);
-    EXPECT_EQ(options.m_startupBottom, 2);
-    EXPECT_EQ(options.m_startupLeft, 3);
-    EXPECT_EQ(options.m_startupRight, 4);
-    EXPECT_EQ(options.m_printCopies, 3);
-    EXPECT_EQ(options.m_printCopiesRepeat, 4);
 }
 
 TEST_F(GeneralSettingsTest, KeysWithoutAValueFallBack) {
@@ -119,10 +110,8 @@ TEST_F(GeneralSettingsTest, SavingIsInhibitedOrRefusedWithTheOwnersMessage) {
     EXPECT_EQ(SaveGeneralOptions({}, m_place, true), kSettingsDone);
     EXPECT_TRUE(m_prompts.boxes.empty());
     EXPECT_EQ(SaveGeneralOptions({}, m_place, false), kSettingsNotWritten);
-    EXPECT_EQ(SaveMiscOptions({}, m_place), kSettingsNotWritten);
     EXPECT_EQ(m_prompts.boxes,
-              (std::vector<FakePrompts::Box>{{"Save Error!", "Can't save to general_setup.ini file."},
-                                             {"Save Error!", "Can't save to misc.ini file."}}));
+              (std::vector<FakePrompts::Box>{{"Save Error!", "Can't save to general_setup.ini file."}}));
 }
 
 TEST_F(GeneralSettingsTest, TheDialogCouplesItsPdfOptions) {
@@ -141,17 +130,6 @@ TEST_F(GeneralSettingsTest, TheDialogCouplesItsPdfOptions) {
     ApplyDialogCouplings(without);
     EXPECT_FALSE(without.m_dontRetryPdf);
     EXPECT_TRUE(without.m_dontPrintPdfZero);
-}
-
-TEST_F(GeneralSettingsTest, MiscOptionsComeBack) {
-    EXPECT_EQ(SaveMiscOptions({"/srv/in", -12, 8}, m_place), kSettingsDone);
-    EXPECT_EQ(m_folder.Read("misc.ini"),
-              AsWritten("BULKLOADDIR;/srv/in\nREPORTFONTHEIGHT;-12\nREPORTFONTWIDTH;8\n"));
-    MiscOptions options;
-    EXPECT_EQ(LoadMiscOptions(options, m_place), kSettingsDone);
-    EXPECT_EQ(options.m_bulkLoadFolder, "/srv/in");
-    EXPECT_EQ(options.m_reportFontHeight, -12);
-    EXPECT_EQ(options.m_reportFontWidth, 8);
 }
 
 }  // namespace

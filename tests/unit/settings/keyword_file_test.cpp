@@ -48,7 +48,7 @@ protected:
     std::string Saved() { return m_folder.Read("sample.ini"); }
 };
 
-TEST_F(KeywordFileTest, ReadsWholeWordsInAnyOrder) {
+TEST_F(KeywordFileTest, ReadsWholeWordsInAnyOrderAndTheLaterLineWins) {
     const Sample sample = Load(
         "TEXT;a b \r\nFLAGLONGER;ignored\nDONTOPTION\nflag\n FLAG\n;;\n\nFLAGS\nPAIR;3;-4;5\nNUMBER;  12abc");
     EXPECT_FALSE(sample.m_flag);
@@ -58,13 +58,10 @@ TEST_F(KeywordFileTest, ReadsWholeWordsInAnyOrder) {
     EXPECT_EQ(sample.m_first, 3);
     EXPECT_EQ(sample.m_second, -4);
     EXPECT_EQ(sample.m_number, 12);
-}
-
-TEST_F(KeywordFileTest, TheLaterLineWins) {
-    const Sample sample = Load("NUMBER;3\nTEXT;x\nNUMBER;5\nTEXT;y\nEMAILTO;a@x\nEMAILTO;b@x\n");
-    EXPECT_EQ(sample.m_number, 5);
-    EXPECT_EQ(sample.m_text, "y");
-    EXPECT_EQ(sample.m_recipients, (std::vector<std::string>{"a@x", "b@x"}));
+    const Sample twice = Load("NUMBER;3\nTEXT;x\nNUMBER;5\nTEXT;y\nEMAILTO;a@x\nEMAILTO;b@x\n");
+    EXPECT_EQ(twice.m_number, 5);
+    EXPECT_EQ(twice.m_text, "y");
+    EXPECT_EQ(twice.m_recipients, (std::vector<std::string>{"a@x", "b@x"}));
 }
 
 TEST_F(KeywordFileTest, AMissingValueLeavesTheFieldAndAWordIsZero) {
@@ -77,16 +74,6 @@ TEST_F(KeywordFileTest, AMissingValueLeavesTheFieldAndAWordIsZero) {
     const Sample sample = Load("PAIR;3");
     EXPECT_EQ(sample.m_first, 3);
     EXPECT_EQ(sample.m_second, 0);
-}
-
-TEST_F(KeywordFileTest, ALongLineEndsTheReading) {
-    const std::string fits = "TEXT;" + std::string(249, 'x');
-    for (const char* end : {"\n", "\r\n", ""}) {
-        EXPECT_EQ(Load("NUMBER;1\n" + fits + end).m_text, std::string(249, 'x'));
-        const Sample sample = Load("NUMBER;1\n" + fits + "x" + end + "\nNUMBER;2\n");
-        EXPECT_EQ(sample.m_number, 1);
-        EXPECT_EQ(sample.m_text, "default");
-    }
 }
 
 TEST_F(KeywordFileTest, AnUnreadableFileLeavesTheDefaults) {
@@ -112,6 +99,8 @@ TEST_F(KeywordFileTest, GarbageCostsItsOwnLine) {
     EXPECT_EQ(sample.m_second, 9);
     EXPECT_EQ(sample.m_kept, 1);
     EXPECT_EQ(Save(sample), kSettingsDone);
+    const std::string tooLong(250, 'x');
+    EXPECT_EQ(Load("NUMBER;1\nTEXT;" + tooLong + "\nNUMBER;2\n").m_number, 1) << "the reading ends there";
     for (const char* text : {"TEXT;a\r\r\n", "TEXT;a\rb\n", "TEXT;a\r"}) EXPECT_EQ(Load(text).m_text, "a");
 }
 
@@ -180,14 +169,8 @@ TEST_F(KeywordFileTest, ACodePageFileStaysOneWhileItsTextsFit) {
     EXPECT_EQ(Save(sample), kSettingsDone);
     EXPECT_EQ(Saved(), AsWritten("NUMBER;7\nTEXT;Straße €\xC2\x81Ж\n"));
     EXPECT_EQ(Load(Saved()).m_text, sample.m_text);
-}
-
-TEST_F(KeywordFileTest, ACodePageFileNeverTurnsIntoOneThatReadsAsUtf8) {
-    // Only a line that nobody knows shows that the file is in the code page.
-    const Sample sample = Load("TEXT;\xC3\xA9\nJUNK\xFF\n");
-    EXPECT_EQ(sample.m_text, "Ã©");
-    EXPECT_EQ(Save(sample), kSettingsDone);
-    EXPECT_EQ(Load(Saved()).m_text, "Ã©");
+    m_place.codePage.highBytes[0xC6 - 0x80] = 0x0416;
+    EXPECT_EQ(Load("TEXT;\xC6\n").m_text, "Ж") << "the system's code page counts";
 }
 
 TEST_F(KeywordFileTest, BytesThatAreNoUtf8GoOutAsTheyCameIn) {
@@ -197,9 +180,12 @@ TEST_F(KeywordFileTest, BytesThatAreNoUtf8GoOutAsTheyCameIn) {
     EXPECT_EQ(Saved(), AsWritten("NUMBER;7\nTEXT;/srv/caf\xE9\n"));
 }
 
-TEST_F(KeywordFileTest, TheSystemsCodePageCounts) {
-    m_place.codePage.highBytes[0xC6 - 0x80] = 0x0416;
-    EXPECT_EQ(Load("TEXT;\xC6\n").m_text, "Ж");
+TEST_F(KeywordFileTest, ACodePageFileNeverTurnsIntoOneThatReadsAsUtf8) {
+    // Only a line that nobody knows shows that the file is in the code page.
+    const Sample sample = Load("TEXT;\xC3\xA9\nJUNK\xFF\n");
+    EXPECT_EQ(sample.m_text, "Ã©");
+    EXPECT_EQ(Save(sample), kSettingsDone);
+    EXPECT_EQ(Load(Saved()).m_text, "Ã©");
 }
 
 }  // namespace
