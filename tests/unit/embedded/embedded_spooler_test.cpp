@@ -28,17 +28,6 @@ TEST_F(EmbeddedSpoolerTest, TheFirstPrinterIsMadeOnce) {
     EXPECT_FALSE(m_folder.Has("Printers/Quirepress"));
 }
 
-TEST_F(EmbeddedSpoolerTest, JobsComeToLieInTheOutputFolderAndLeaveNothingBehind) {
-    const std::string large(100'000, 'q');
-    EXPECT_EQ(Spool("Quirepress", "/docs/a.ps", large), 1);
-    EXPECT_EQ(Spool("Quirepress", "/docs/b.ps", ""), 2);
-    EXPECT_FALSE(m_spooler->IsIdle());
-    ASSERT_TRUE(Deliver());
-    EXPECT_THAT(Output(), ElementsAre(Pair("00000001-a.ps", large), Pair("00000002-b.ps", "")));
-    EXPECT_THAT(Jobs("Quirepress"), IsEmpty());
-    EXPECT_THAT(ReadFolder(m_files, JobsFolder()), IsEmpty());
-}
-
 TEST_F(EmbeddedSpoolerTest, IdsAreNeverGivenAgain) {
     Spool("Quirepress", "a");
     ASSERT_TRUE(Deliver());
