@@ -7,7 +7,10 @@ namespace quirepress {
 // An event loop in virtual time: a wait jumps from one due timer to the next and takes no real time.
 class FakeEventLoop : public PumpedEventLoop {
 public:
-    void Wait(int milliseconds) override;
+    void Wait(int milliseconds) override {
+        ++m_waitCount;
+        PumpedEventLoop::Wait(milliseconds);
+    }
     long long MonotonicMilliseconds() override { return m_now; }
 
     // Time goes by without a pump, as while a call keeps the program busy.

@@ -34,20 +34,12 @@ public:
         if (m_spooler.m_failures.start != 0) return Fail(m_spooler.m_failures.start);
         if (m_spooler.StartJob(m_printer, document, m_sent) != 0) return Fail(kNoSuchPrinter);
         m_started = true;
-        m_chunks = 0;
-        m_complete = true;
         return 0;
     }
 
     int WriteChunk(const void* data, std::size_t size) override {
         m_spooler.m_calls.push_back(Join("WriteChunk", std::to_string(size)));
         if (!m_started) return Fail(kNoSuchFile);
-        ++m_chunks;
-        const FakeSpooler::Failures& failures = m_spooler.m_failures;
-        if (failures.chunk != 0 && (failures.chunkNumber == 0 || failures.chunkNumber == m_chunks)) {
-            m_complete = false;
-            return Fail(failures.chunk);
-        }
         m_spooler.m_sent[m_sent].bytes.append(static_cast<const char*>(data), size);
         return 0;
     }
@@ -74,21 +66,19 @@ private:
         if (!m_started) return Fail(kNoSuchFile);
         m_started = false;
         const int refusal = m_spooler.m_failures.finish;
-        if (m_complete && refusal == 0) {
+        if (refusal == 0) {
             const int finished = m_spooler.FinishJob(m_sent);
             return m_spooler.m_failures.answers ? 1 : finished;
         }
         m_spooler.TakeJobAway(JobId());
-        return refusal != 0 ? Fail(refusal) : -1;
+        return Fail(refusal);
     }
 
     FakeSpooler& m_spooler;
     std::string m_printer;
     std::size_t m_sent = kNone;
-    int m_chunks = 0;
     int m_error = 0;
     bool m_started = false;
-    bool m_complete = true;
 };
 
 void FakeSpooler::PutPrinter(std::string_view name, std::string_view port, std::uint32_t statusBits) {
@@ -148,11 +138,6 @@ void FakeSpooler::DeliverJobs() {
         if ((printer.info.statusBits & printer_status::kPaused) != 0) continue;
         std::erase_if(printer.jobs, [](const JobInfo& job) { return job.statusBits == 0; });
     }
-}
-
-void FakeSpooler::FailChunk(int number, int error) {
-    m_failures.chunkNumber = number;
-    m_failures.chunk = error;
 }
 
 int FakeSpooler::CountCalls(std::string_view start) const {

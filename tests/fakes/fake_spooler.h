@@ -50,8 +50,6 @@ public:
     // Failures, from now on until StopFailing. `error` is what SystemError then tells.
     void FailOpening(int error) { m_failures.opening = error; }
     void FailStart(int error) { m_failures.start = error; }
-    void FailChunk(int number,
-                   int error);  // the chunk of this number, from 1, of each document; 0: every one
     void FailFinish(int error) { m_failures.finish = error; }
     void FailPrintDocument(int error) { m_failures.printDocument = error; }
     void LoseAnswers() { m_failures.answers = true; }  // of jobs that were taken
@@ -88,7 +86,7 @@ public:
 private:
     friend class FakeRawPrinter;
     struct Failures {
-        int opening = 0, start = 0, chunk = 0, chunkNumber = 0, finish = 0, printDocument = 0;
+        int opening = 0, start = 0, finish = 0, printDocument = 0;
         bool listing = false, answers = false;
     };
     struct Printer {

@@ -114,8 +114,7 @@ void PrivateCups::WriteConfiguration(const PrivateCupsOptions& options) const {
                        "\nLogLevel warn\nMaxLogSize 0\nBrowsing No\nWebInterface No\nDefaultAuthType None\n"
                        "DefaultEncryption Never\nPreserveJobFiles No\nJobKillDelay 1\nJobRetryInterval 1\n"
                        "<Location />\nOrder allow,deny\nAllow all\n</Location>\n<Policy default>\n"
-                       "JobPrivateAccess all\nJobPrivateValues none\n" +
-                       std::string(options.policyLimits) +
+                       "JobPrivateAccess all\nJobPrivateValues none\n"
                        "<Limit All>\nOrder deny,allow\nAllow all\n</Limit>\n</Policy>\n");
 }
 
@@ -262,9 +261,8 @@ std::vector<CapturedJob> PrivateCups::Captured() const {
     for (const FolderEntry& entry : entries) {
         if (FileExtension(entry.name) != ".data") continue;
         const std::string start = "out/" + std::string(TitleWithoutExtension(entry.name));
-        jobs.push_back({ParseLong(entry.name), m_folder.Read(start + ".title"),
-                        m_folder.Read(start + ".user"), m_folder.Read(start + ".options"),
-                        m_folder.Read(start + ".data")});
+        jobs.push_back(
+            {ParseLong(entry.name), m_folder.Read(start + ".title"), m_folder.Read(start + ".data")});
     }
     std::sort(jobs.begin(), jobs.end(),
               [](const CapturedJob& left, const CapturedJob& right) { return left.id < right.id; });

@@ -16,15 +16,12 @@ struct PrivateCupsOptions {
     int maxJobs = 0;                             // 0: any number
     int dirtyCleanInterval = 30;                 // seconds until the server's state is written; 0: at once
     std::string_view errorPolicy = "abort-job";  // what becomes of a job whose backend fails
-    std::string_view policyLimits = {};          // further <Limit> sections
 };
 
 // A job that came out of a captured queue.
 struct CapturedJob {
     int id = 0;
     std::string title;
-    std::string user;
-    std::string options;
     std::string bytes;  // all copies, one behind the other
 };
 
@@ -62,8 +59,6 @@ public:
     void Remove(const std::string& name) { RunTool({"lpadmin", "-x", name}); }
     int RunTool(std::vector<std::string> arguments, std::string* output = nullptr);
 
-    // How the capturing backend behaves from the next job on: shell assignments to `delay` and `code`.
-    void SetBehaviour(std::string_view assignments) { m_folder.Write("out/behaviour", assignments); }
     std::vector<CapturedJob> Captured() const;  // by their ids
     bool AwaitCaptured(std::size_t count);
     // Of the n-th document that a network printer got: the values that it was printed with

@@ -16,12 +16,12 @@ using End = AppendOutcome::End;
 
 class AppendPdfsTest : public ListFixture {
 protected:
-    AppendPdfsTest() { m_options.m_tempFolder = m_folder.PathOf("temp"); }
+    AppendPdfsTest() { m_options.m_tempFolder = folder.PathOf("temp"); }
 
     // Documents "NAME.pdf" whose one page says "(NAME)".
     void Load(const std::vector<std::string>& names) {
         for (const std::string& name : names)
-            Insert(m_folder.Write(name, name == "bad.pdf" ? "junk" : MakeSmallPdf({"(" + name + ")"})));
+            Insert(folder.Write(name, name == "bad.pdf" ? "junk" : MakeSmallPdf({"(" + name + ")"})));
     }
     AppendOutcome Append() {
         return AppendPdfs(m_append, [this] {
@@ -31,7 +31,7 @@ protected:
     }
     // The contents of the pages of the merged file, in order.
     std::string Pages(const AppendOutcome& outcome) {
-        const std::string merged = m_folder.Read("temp/" + std::string(FileTitle(outcome.path)));
+        const std::string merged = folder.Read("temp/" + std::string(FileTitle(outcome.path)));
         std::string pages;
         for (std::size_t at = merged.find("stream\n("); at != std::string::npos;
              at = merged.find("stream\n(", at + 1))
@@ -41,13 +41,13 @@ protected:
     }
     int FilesInTemp() {
         std::vector<FolderEntry> entries;
-        m_files.ListFolder(m_options.m_tempFolder, entries);
+        files.ListFolder(m_options.m_tempFolder, entries);
         return static_cast<int>(entries.size());
     }
     void Put(int row, Column column, std::string_view text) { m_list.SetText(row, column, text); }
 
-    QpdfLibrary m_library{*m_services.files};
-    AppendServices m_append{m_list, m_files, m_clock, m_debugLog, m_library, m_options, m_folder.Path()};
+    QpdfLibrary m_library{*system.files};
+    AppendServices m_append{m_list, files, clock, debugLog, m_library, m_options, folder.Path()};
     std::function<void()> m_beforeEach;
 };
 
@@ -59,7 +59,7 @@ TEST_F(AppendPdfsTest, TheMergedFileTakesThePlaceOfTheFirst) {
     AppendOutcome outcome = Append();
     ASSERT_EQ(outcome.end, End::kMerged);
     EXPECT_EQ(Pages(outcome), "(a.pdf)(b.PDF)(c.pdf)");
-    EXPECT_THAT(outcome.path, StartsWith(m_folder.PathOf("temp/QPRMerged_")));
+    EXPECT_THAT(outcome.path, StartsWith(folder.PathOf("temp/QPRMerged_")));
     const std::string title(FileTitle(outcome.path));
     EXPECT_THAT(Rows(), ElementsAre("Yes|note.txt|Ready.", "Yes|" + title + "|Ready.", "No|a.pdf|Done Append",
                                     "Yes|plan.ps|Ready.", "No|b.PDF|Done Append", "No|off.pdf|Ready.",
@@ -81,7 +81,7 @@ TEST_F(AppendPdfsTest, TheMergedFileTakesThePlaceOfTheFirst) {
 
 TEST_F(AppendPdfsTest, OneFailureCostsOneRow) {
     Load({"a.pdf", "bad.pdf", "c.pdf"});
-    Insert(m_folder.PathOf("missing.pdf"));
+    Insert(folder.PathOf("missing.pdf"));
     Put(3, kColumnSelected, "Yes");
     const AppendOutcome outcome = Append();
     ASSERT_EQ(outcome.end, End::kMerged);
@@ -93,24 +93,24 @@ TEST_F(AppendPdfsTest, OneFailureCostsOneRow) {
     EXPECT_EQ(m_list.MarkOf(2).outcome, RowOutcome::kFailed);
     EXPECT_EQ(m_list.MarkOf(1).outcome, RowOutcome::kNotSelected);
     ASSERT_EQ(outcome.failures.size(), 2U);
-    EXPECT_EQ(outcome.failures[0].path, m_folder.PathOf("bad.pdf"));
+    EXPECT_EQ(outcome.failures[0].path, folder.PathOf("bad.pdf"));
     EXPECT_EQ(outcome.failures[0].error, error);
     TickAppendedRows(m_list);
     EXPECT_EQ(TextOf(2, kColumnSelected), "Yes");
 }
 
 TEST_F(AppendPdfsTest, RangesAndProtectedFilesGoThroughTheLibrary) {
-    Insert(m_folder.Write("a.pdf", MakeSmallPdf({"(1)", "(2)", "(3)"})));
-    Insert(m_folder.Write("b.pdf", MakeSmallPdf({"(4)"}, true)));
+    Insert(folder.Write("a.pdf", MakeSmallPdf({"(1)", "(2)", "(3)"})));
+    Insert(folder.Write("b.pdf", MakeSmallPdf({"(4)"}, true)));
     Put(0, kColumnProcessingParameters, "-s2");
-    Insert(m_folder.Write("last.pro", "-s2|-e2"));
-    Insert(m_folder.PathOf("a.pdf"));
-    Insert(m_folder.PathOf("a.pdf"));
+    Insert(folder.Write("last.pro", "-s2|-e2"));
+    Insert(folder.PathOf("a.pdf"));
+    Insert(folder.PathOf("a.pdf"));
     Put(4, kColumnExtraOptions, "-e1");
-    Insert(m_folder.PathOf("a.pdf"));
+    Insert(folder.PathOf("a.pdf"));
     Put(5, kColumnProcessingParameters, "-sx");
-    Insert(m_folder.Write("junk.pro", "pages 2 to 5"));
-    Insert(m_folder.PathOf("a.pdf"));
+    Insert(folder.Write("junk.pro", "pages 2 to 5"));
+    Insert(folder.PathOf("a.pdf"));
     const AppendOutcome outcome = Append();
     EXPECT_EQ(Pages(outcome), "(2)(3)(4)(2)(1)");
     ASSERT_EQ(outcome.failures.size(), 2U);
@@ -153,7 +153,7 @@ TEST_F(AppendPdfsTest, WhatIsGivenUpLeavesAListThatPrints) {
     m_keepGoing = true;
     for (const FaultyFiles::Call call : {FaultyFiles::Call::kTryLock, FaultyFiles::Call::kOpenForWriting,
                                          FaultyFiles::Call::kWrite, FaultyFiles::Call::kRename}) {
-        m_files.FailOnce(call, FileResult::kNoSpace);
+        files.FailOnce(call, FileResult::kNoSpace);
         EXPECT_EQ(Append().end, End::kNotWritten);
         EXPECT_THAT(Rows(), untouched);
     }
@@ -167,7 +167,7 @@ TEST_F(AppendPdfsTest, TheListMayChangeMeanwhile) {
         ++asked;
         if (asked == 2) m_list.RemoveRow(0);
         if (asked == 3) Load({"late.pdf"});
-        if (asked == 4) m_list.InsertFileAtRow(0, m_folder.Write("new.ps", "%!PS\n"), 1, "", {});
+        if (asked == 4) m_list.InsertFileAtRow(0, folder.Write("new.ps", "%!PS\n"), 1, "", {});
     };
     const AppendOutcome outcome = Append();
     EXPECT_EQ(Pages(outcome), "(a.pdf)(b.pdf)(c.pdf)(d.pdf)(late.pdf)");
@@ -176,25 +176,25 @@ TEST_F(AppendPdfsTest, TheListMayChangeMeanwhile) {
 }
 
 TEST_F(AppendPdfsTest, LeftoversGoAfterADayUnlessAProgramUsesThem) {
-    const std::string old = m_folder.Write("temp/QPRMerged_11.pdf", "old");
-    m_folder.Write("temp/QPRMerged_11.pdf.lock", "");
-    const std::string used = m_folder.Write("temp/QPRMerged_12.pdf", "used");
-    m_folder.Write("temp/report.pdf", "not ours");
+    const std::string old = folder.Write("temp/QPRMerged_11.pdf", "old");
+    folder.Write("temp/QPRMerged_11.pdf.lock", "");
+    const std::string used = folder.Write("temp/QPRMerged_12.pdf", "used");
+    folder.Write("temp/report.pdf", "not ours");
     FileResult result = FileResult::kDone;
-    std::unique_ptr<FileLock> lock = m_files.TryLock(used + ".lock", result);
+    std::unique_ptr<FileLock> lock = files.TryLock(used + ".lock", result);
     constexpr Instant kHour = Instant{3600} * 1'000'000'000;
-    m_clock.SetNow(m_files.Inspect(old).written + 23 * kHour);
+    clock.SetNow(files.Inspect(old).written + 23 * kHour);
     DropMergedRows(m_append);
     EXPECT_EQ(FilesInTemp(), 5);
-    m_clock.SetNow(m_files.Inspect(used).written + 25 * kHour);
+    clock.SetNow(files.Inspect(used).written + 25 * kHour);
     DropMergedRows(m_append);
-    EXPECT_FALSE(m_folder.Has("temp/QPRMerged_11.pdf"));
-    EXPECT_TRUE(m_folder.Has("temp/QPRMerged_12.pdf"));
+    EXPECT_FALSE(folder.Has("temp/QPRMerged_11.pdf"));
+    EXPECT_TRUE(folder.Has("temp/QPRMerged_12.pdf"));
     EXPECT_EQ(FilesInTemp(), 3);
     lock.reset();
     DropMergedRows(m_append);
     EXPECT_EQ(FilesInTemp(), 1);
-    EXPECT_TRUE(m_folder.Has("temp/report.pdf"));
+    EXPECT_TRUE(folder.Has("temp/report.pdf"));
 }
 
 }  // namespace

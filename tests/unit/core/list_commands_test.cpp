@@ -1,5 +1,6 @@
 #include "core/list_commands.h"
 
+#include "core/list_item.h"
 #include "unit/core/list_fixture.h"
 
 namespace quirepress {
@@ -19,15 +20,15 @@ using TextList = std::vector<std::string>;
 
 TEST_F(ListCommandsTest, WritesOneMoveToFolderIntoTheRows) {
     for (const char* path : {"/in/a.ps", "/in/b.ps", "/in/c.ps"}) Insert(path);
-    EXPECT_EQ(MoveToCommand(m_list, m_prompts, m_second, "/out"), 1);
+    EXPECT_EQ(MoveToCommand(m_list, prompts, m_second, "/out"), 1);
     EXPECT_EQ(Texts(kColumnMoveTo), (TextList{"", "/out", ""}));
-    m_prompts.AnswerNext(true);
-    EXPECT_EQ(MoveToCommand(m_list, m_prompts, m_second, "copy:/all"), 3);
+    prompts.AnswerNext(true);
+    EXPECT_EQ(MoveToCommand(m_list, prompts, m_second, "copy:/all"), 3);
     EXPECT_EQ(Texts(kColumnMoveTo), TextList(3, "copy:/all"));
-    EXPECT_EQ(m_prompts.questions.at(0).text, "Do you want to apply to all in list?");
-    EXPECT_EQ(m_prompts.statusTexts.back(), "Done");
+    EXPECT_EQ(prompts.questions.at(0).text, "Do you want to apply to all in list?");
+    EXPECT_EQ(prompts.statusTexts.back(), "Done");
     EXPECT_EQ(MoveToCommand(
-                  m_list, m_prompts, [] { return std::vector<int>(); }, "/none"),
+                  m_list, prompts, [] { return std::vector<int>(); }, "/none"),
               0);
     EXPECT_EQ(Texts(kColumnMoveTo), TextList(3, "copy:/all"));
 }
@@ -37,45 +38,88 @@ TEST_F(ListCommandsTest, PutsTheFilesOfTheRowsElsewhere) {
     for (const char* path : {"/in/a.ps", "C:\\in\\b.ps", "bw.papercolor", "/in/x.prs",
                              "-------Separator-------", "http://host/in/c.ps", "d.ps"})
         Insert(path);
-    EXPECT_EQ(RePathCommand(m_list, m_prompts, m_second, "/new"), 1);  // only the selected one by default
+    EXPECT_EQ(RePathCommand(m_list, prompts, m_second, "/new"), 1);  // only the selected one by default
     EXPECT_EQ(TextOf(0, kColumnFilename), "/in/a.ps");
-    m_prompts.AnswerNext(false);
-    EXPECT_EQ(RePathCommand(m_list, m_prompts, m_second, "/new"), 4);
+    prompts.AnswerNext(false);
+    EXPECT_EQ(RePathCommand(m_list, prompts, m_second, "/new"), 4);
     const std::string start = "/new" + separator;
     EXPECT_EQ(Texts(kColumnFilename),
               (TextList{start + "a.ps", start + "b.ps", "bw.papercolor", start + "x.prs",
                         "-------Separator-------", "http://host/in/c.ps", start + "d.ps"}));
-    EXPECT_EQ(m_prompts.questions.at(0).text, "Do you want to change selected only ?");
+    EXPECT_EQ(prompts.questions.at(0).text, "Do you want to change selected only ?");
 }
 
 TEST_F(ListCommandsTest, LetsRowsBeSpreadOverPrintersAndTakesItBack) {
-    EXPECT_EQ(LoadBalancingCommand(m_list, m_prompts, m_second, "1,3"), 0);
-    EXPECT_EQ(LoadBalancingClearCommand(m_list, m_prompts, m_second), 0);
-    ASSERT_EQ(m_prompts.boxes.size(), 2U);
-    EXPECT_EQ(m_prompts.boxes[0].title, "Printer Load Balancing");
-    EXPECT_EQ(m_prompts.boxes[1].title, "Printer Load Balancing Clear");
-    for (const auto& box : m_prompts.boxes) EXPECT_EQ(box.text, "Please add some files to list first!");
-    EXPECT_TRUE(m_prompts.questions.empty());
+    EXPECT_EQ(LoadBalancingCommand(m_list, prompts, m_second, "1,3"), 0);
+    EXPECT_EQ(LoadBalancingClearCommand(m_list, prompts, m_second), 0);
+    ASSERT_EQ(prompts.boxes.size(), 2U);
+    EXPECT_EQ(prompts.boxes[0].title, "Printer Load Balancing");
+    EXPECT_EQ(prompts.boxes[1].title, "Printer Load Balancing Clear");
+    for (const auto& box : prompts.boxes) EXPECT_EQ(box.text, "Please add some files to list first!");
+    EXPECT_TRUE(prompts.questions.empty());
 
     for (const char* path : {"/in/a.ps", "/in/b.ps", "/in/c.ps"}) Insert(path);
-    EXPECT_EQ(LoadBalancingCommand(m_list, m_prompts, m_second, "2"), 1);
+    EXPECT_EQ(LoadBalancingCommand(m_list, prompts, m_second, "2"), 1);
     EXPECT_EQ(Texts(kColumnBalancedPrinters), (TextList{"", "2", ""}));
-    m_prompts.AnswerNext(true);
-    EXPECT_EQ(LoadBalancingCommand(m_list, m_prompts, m_second, "1,3"), 3);
+    prompts.AnswerNext(true);
+    EXPECT_EQ(LoadBalancingCommand(m_list, prompts, m_second, "1,3"), 3);
     EXPECT_EQ(Texts(kColumnBalancedPrinters), TextList(3, "1,3"));
-    EXPECT_EQ(LoadBalancingClearCommand(m_list, m_prompts, m_second), 1);
+    EXPECT_EQ(LoadBalancingClearCommand(m_list, prompts, m_second), 1);
     EXPECT_EQ(Texts(kColumnBalancedPrinters), (TextList{"1,3", "", "1,3"}));
-    EXPECT_EQ(m_prompts.questions.at(2).title, "Printer Load Balancing Clear");
-    EXPECT_EQ(m_prompts.questions.at(2).text, "Do you want to apply to all in list?");
+    EXPECT_EQ(prompts.questions.at(2).title, "Printer Load Balancing Clear");
+    EXPECT_EQ(prompts.questions.at(2).text, "Do you want to apply to all in list?");
 }
 
 // The selection is that of the list as it is when the user has answered.
 TEST_F(ListCommandsTest, BearsAListThatShrinksWhileTheUserIsAsked) {
     for (const char* path : {"/in/a.ps", "/in/b.ps"}) Insert(path);
-    m_prompts.WhileOpen([this] { m_list.Clear(); });
-    m_prompts.AnswerNext(true);
-    EXPECT_EQ(MoveToCommand(m_list, m_prompts, m_second, "/out"), 0);
-    EXPECT_EQ(RePathCommand(m_list, m_prompts, m_second, "/out"), 0);
+    prompts.WhileOpen([this] { m_list.Clear(); });
+    prompts.AnswerNext(true);
+    EXPECT_EQ(MoveToCommand(m_list, prompts, m_second, "/out"), 0);
+    EXPECT_EQ(RePathCommand(m_list, prompts, m_second, "/out"), 0);
+}
+
+TEST(ListItemTest, CommandItemsAreKnownByExactTexts) {
+    for (const std::string_view path :
+         {"t.tra", "/x/landscape.paperorientation", "run.vbs", "run.bat", "x.bat.pdf", "setup.pro.txt",
+          "a.product", "lj.prs", "50.paperscale.old", "bw.papercolor", "9.papersize", "3.papercopies",
+          "simplex.paperduplex", "form.ppp", "/data.bat/report.pdf"})
+        EXPECT_TRUE(IsCommandItem(path)) << path;
+    for (const std::string_view path : {"report.PRS", "lj.prs.pdf", "form.ppp.pdf", "run.BAT", "t.TRA", "bat",
+                                        "prs", "report.pdf", "", "pro", "laser.printer", "x.Pro"})
+        EXPECT_FALSE(IsCommandItem(path)) << path;
+}
+
+TEST(ListItemTest, KindFollowsFromTheText) {
+    EXPECT_EQ(KindOfItem("DL;http://h/a.pdf"), ItemKind::kDownload);
+    EXPECT_EQ(KindOfItem("DL;https://h/a.bat"), ItemKind::kDownload);
+    EXPECT_EQ(KindOfItem("DL;ftp://h/a"), ItemKind::kDownload);
+    EXPECT_EQ(KindOfItem("https://www.x.pro/a"), ItemKind::kDownload);
+    EXPECT_EQ(KindOfItem("http://h"), ItemKind::kDownload);
+    EXPECT_EQ(KindOfItem("ftp://h/a"), ItemKind::kDocument);
+    EXPECT_EQ(KindOfItem("DL;http:/h"), ItemKind::kDocument);
+    EXPECT_EQ(KindOfItem("-------Separator-------"), ItemKind::kSeparator);
+    EXPECT_EQ(KindOfItem("-------Separator------- "), ItemKind::kDocument);
+    EXPECT_EQ(KindOfItem("laser.printer"), ItemKind::kCommand);
+    EXPECT_EQ(KindOfItem("report.PRS"), ItemKind::kDocument);
+}
+
+TEST(ListItemTest, TextsOfOneColumnLeaveTheOthersAlone) {
+    ColumnTexts texts;
+    texts[kColumnSelected] = "Yes";
+    texts[kColumnFilename] = "/a.pdf";
+    texts[kColumnProfiling] = "last";
+    ListItem item(texts);
+    item.SetText(kColumnStatus, "a long status that makes the item grow, and then some more of it");
+    item.SetText(kColumnSelected, "");
+    item.SetText(kColumnProfiling, std::string_view("with\0zero", 9));
+    item.SetText(kColumnFilename, item.Text(kColumnStatus));  // from itself
+    item.SetText(kColumnStatus, "Done");
+    EXPECT_EQ(item.Text(kColumnSelected), "");
+    EXPECT_EQ(item.Text(kColumnFilename), "a long status that makes the item grow, and then some more of it");
+    EXPECT_EQ(item.Text(kColumnPages), "");
+    EXPECT_EQ(item.Text(kColumnStatus), "Done");
+    EXPECT_EQ(item.Text(kColumnProfiling), std::string_view("with\0zero", 9));
 }
 
 }  // namespace

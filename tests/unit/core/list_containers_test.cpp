@@ -17,22 +17,21 @@ using testing::ElementsAre;
 class ListContainersTest : public ListFixture {
 protected:
     int Scan(std::string_view mask, bool descend) {
-        return m_list.DoScanDir(m_folder.PathOf("in"), mask, descend, 1, "", {});
+        return m_list.DoScanDir(folder.PathOf("in"), mask, descend, 1, "", {});
     }
 };
 
 TEST_F(ListContainersTest, ScansAFolderByName) {
     for (const char* name : {"in/b.txt", "in/a.TXT", "in/c.pdf", "in/sub/d.txt", "in/Thumbs.db"})
-        m_folder.Write(name, "x");
+        folder.Write(name, "x");
     EXPECT_EQ(Scan("*.txt", false), 2);
     EXPECT_THAT(Titles(), ElementsAre("a.TXT", "b.txt"));
-    const std::string folder = m_folder.PathOf("in");
-    EXPECT_EQ(m_prompts.statusTexts.back(), "Scanning directory: " + folder);
+    EXPECT_EQ(prompts.statusTexts.back(), "Scanning directory: " + folder.PathOf("in"));
     m_list.Clear();
     Scan("*.*", true);
     EXPECT_THAT(Titles(), ElementsAre("a.TXT", "b.txt", "c.pdf", "d.txt"));
     m_list.Clear();
-    EXPECT_EQ(Insert(folder), 1);
+    EXPECT_EQ(Insert(folder.PathOf("in")), 1);
     EXPECT_EQ(m_list.RowCount(), 4);
     m_list.Clear();
     Scan("?.p*f", true);
@@ -40,39 +39,39 @@ TEST_F(ListContainersTest, ScansAFolderByName) {
 }
 
 TEST_F(ListContainersTest, FoldersThatLeadInACircleEnd) {
-    m_folder.Write("in/a/x.txt", "x");
+    folder.Write("in/a/x.txt", "x");
     std::error_code error;
-    fs::create_directory_symlink(m_folder.PathOf("in"), m_folder.PathOf("in/a/up"), error);
-    fs::create_directory_symlink(m_folder.PathOf("in/a"), m_folder.PathOf("in/z"), error);
+    fs::create_directory_symlink(folder.PathOf("in"), folder.PathOf("in/a/up"), error);
+    fs::create_directory_symlink(folder.PathOf("in/a"), folder.PathOf("in/z"), error);
     if (error) GTEST_SKIP() << "no links here";
     EXPECT_EQ(Scan("*.*", true), 1);
     EXPECT_THAT(Titles(), ElementsAre("x.txt"));
 }
 
 TEST_F(ListContainersTest, AFolderThatCannotBeListedCostsItsOwnRow) {
-    m_folder.Write("in/a.txt", "x");
-    m_folder.Write("in/b/c.txt", "x");
-    m_files.FailOnce(FaultyFiles::Call::kListFolder, FileResult::kNoAccess, 2);
+    folder.Write("in/a.txt", "x");
+    folder.Write("in/b/c.txt", "x");
+    files.FailOnce(FaultyFiles::Call::kListFolder, FileResult::kNoAccess, 2);
     Scan("*.*", true);
     EXPECT_THAT(Rows(), ElementsAre("Yes|a.txt|Ready.", "No|b|Error - Can't open folder: access is denied"));
-    EXPECT_EQ(m_list.DoScanDir(m_folder.PathOf("none"), "*", true, 1, "", {}), 0);
+    EXPECT_EQ(m_list.DoScanDir(folder.PathOf("none"), "*", true, 1, "", {}), 0);
 }
 
 TEST_F(ListContainersTest, AScanStopsWhenItIsTold) {
-    for (const char* name : {"in/a", "in/b", "in/c"}) m_folder.Write(name, "x");
-    m_loop.AddPumpTask([this] {
+    for (const char* name : {"in/a", "in/b", "in/c"}) folder.Write(name, "x");
+    loop.AddPumpTask([this] {
         m_keepGoing = m_list.RowCount() < 2;
         return false;
     });
-    m_files.BeforeEach(FaultyFiles::Call::kInspect, [&](std::string_view) { m_loop.Advance(100); });
+    files.BeforeEach(FaultyFiles::Call::kInspect, [&](std::string_view) { loop.Advance(100); });
     Scan("*.*", true);
     EXPECT_EQ(m_list.RowCount(), 2);
-    EXPECT_GE(m_loop.PumpCount(), 2);
+    EXPECT_GE(loop.PumpCount(), 2);
 }
 
 TEST_F(ListContainersTest, ArchivesAreUnpackedWhenAsked) {
     const std::string zip =
-        m_folder.Write("orders.ZIP", MakeArchive("zip", {{"b.txt", "1"}, {"s/a.txt", "2"}}));
+        folder.Write("orders.ZIP", MakeArchive("zip", {{"b.txt", "1"}, {"s/a.txt", "2"}}));
     Insert(zip);
     EXPECT_THAT(Titles(), ElementsAre("orders.ZIP"));
     m_list.Clear();
@@ -82,15 +81,15 @@ TEST_F(ListContainersTest, ArchivesAreUnpackedWhenAsked) {
     texts.profiling = "night";
     EXPECT_EQ(Insert(zip, 1, texts), 1);
     EXPECT_THAT(Rows(), ElementsAre("Yes|b.txt|Ready.", "Yes|a.txt|Ready."));
-    EXPECT_EQ(TextOf(1, kColumnFilename), m_folder.PathOf("Temp/Unzip/orders/s/a.txt"));
+    EXPECT_EQ(TextOf(1, kColumnFilename), folder.PathOf("Temp/Unzip/orders/s/a.txt"));
     EXPECT_EQ(TextOf(1, kColumnProfiling), "night");
-    EXPECT_TRUE(m_folder.Has("orders.ZIP"));
+    EXPECT_TRUE(folder.Has("orders.ZIP"));
     m_options.m_deleteZipFiles = true;
-    m_options.m_unzipFolder = m_folder.PathOf("elsewhere");
-    m_folder.Write("elsewhere/orders/mine.txt", "x");
+    m_options.m_unzipFolder = folder.PathOf("elsewhere");
+    folder.Write("elsewhere/orders/mine.txt", "x");
     Insert(zip);
-    EXPECT_EQ(TextOf(2, kColumnFilename), m_folder.PathOf("elsewhere/orders_2/b.txt"));
-    EXPECT_FALSE(m_folder.Has("orders.ZIP"));
+    EXPECT_EQ(TextOf(2, kColumnFilename), folder.PathOf("elsewhere/orders_2/b.txt"));
+    EXPECT_FALSE(folder.Has("orders.ZIP"));
 }
 
 TEST_F(ListContainersTest, AnArchiveThatFailsHasARowOfItsOwn) {
@@ -98,10 +97,10 @@ TEST_F(ListContainersTest, AnArchiveThatFailsHasARowOfItsOwn) {
     std::string damaged =
         MakeArchive("zip", {{"good.txt", "g"}, {"bad.txt", "bbbb"}}, "", "zip:compression=store");
     damaged[damaged.find("bbbb")] = '!';
-    Insert(m_folder.Write("damaged.zip", damaged));
-    Insert(m_folder.Write("no.rar", "no archive"));
-    Insert(m_folder.Write("links.tar", MakeArchive("ustar", {{"l", "", AE_IFLNK, "/etc/passwd"}})));
-    Insert(m_folder.Write("empty.zip", ""));
+    Insert(folder.Write("damaged.zip", damaged));
+    Insert(folder.Write("no.rar", "no archive"));
+    Insert(folder.Write("links.tar", MakeArchive("ustar", {{"l", "", AE_IFLNK, "/etc/passwd"}})));
+    Insert(folder.Write("empty.zip", ""));
     EXPECT_THAT(
         Rows(),
         ElementsAre("Yes|good.txt|Ready.",
@@ -110,33 +109,33 @@ TEST_F(ListContainersTest, AnArchiveThatFailsHasARowOfItsOwn) {
                     "No|links.tar|Error - 1 entries of the archive were left out: links, or names that "
                     "leave its folder",
                     "No|empty.zip|Empty File"));
-    for (const char* name : {"damaged.zip", "no.rar", "links.tar"}) EXPECT_TRUE(m_folder.Has(name)) << name;
+    for (const char* name : {"damaged.zip", "no.rar", "links.tar"}) EXPECT_TRUE(folder.Has(name)) << name;
 }
 
 TEST_F(ListContainersTest, ArchivesInsideArchivesEndAtALimit) {
     m_options.m_extractZip = true;
     std::string bytes = MakeArchive("zip", {{"core.txt", "x"}});
     for (int i = 0; i < 20; ++i) bytes = MakeArchive("zip", {{"inner.zip", bytes}});
-    Insert(m_folder.Write("outer.zip", bytes));
+    Insert(folder.Write("outer.zip", bytes));
     EXPECT_THAT(Rows(), ElementsAre("No|inner.zip|Error - Files inside files go deeper than 16, the limit"));
 }
 
 TEST_F(ListContainersTest, ShortcutsLeadToTheirTargets) {
-    const std::string link = m_folder.Write("a.lnk", "x");
-    const std::string lost = m_folder.Write("lost.lnk", "x");
-    const std::string circle = m_folder.Write("in/circle.lnk", "x");
-    m_shell.targets[link] = m_folder.Write("target.txt", "x");
-    m_shell.targets[circle] = m_folder.PathOf("in");
+    const std::string link = folder.Write("a.lnk", "x");
+    const std::string lost = folder.Write("lost.lnk", "x");
+    const std::string circle = folder.Write("in/circle.lnk", "x");
+    m_shell.targets[link] = folder.Write("target.txt", "x");
+    m_shell.targets[circle] = folder.PathOf("in");
     for (const std::string& path : {link, lost, circle}) Insert(path);
     EXPECT_THAT(Rows(), ElementsAre("Yes|target.txt|Ready.", "No|lost.lnk|Error - The shortcut leads nowhere",
                                     "No|circle.lnk|Error - The file leads back to itself"));
 }
 
 TEST_F(ListContainersTest, AnAddonJobBringsItsRowsWithAllColumns) {
-    const std::string document = m_folder.Write("a.txt", "x");
+    const std::string document = folder.Write("a.txt", "x");
     const std::string line =
         "Yes ;" + document + " ;00009 ;Done ;/done ;c ;m ;addon ;from ;4.0 ;proc ; ; ;7 ;Yes ;\r\r\n";
-    const std::string job = m_folder.Write(
+    const std::string job = folder.Write(
         "jobs/x.aob",
         "Title\r\r\n\r\r\nset.prs\r\r\nnote\r\r\n" + line +
             "No ;DL;ftp://host/x.pdf ; ;Ready. ; ; ; ; ; ; ; ; ; ; ; ;\r\r\nYes ;rel.txt ;\r\r\n");
@@ -148,14 +147,14 @@ TEST_F(ListContainersTest, AnAddonJobBringsItsRowsWithAllColumns) {
     EXPECT_EQ(TextOf(0, kColumnPrintDirect), "Yes");
     EXPECT_EQ(TextOf(0, kColumnFileTitle), "a.txt");
     EXPECT_EQ(TextOf(1, kColumnFilename), "DL;ftp://host/x.pdf");
-    EXPECT_EQ(TextOf(2, kColumnFilename), m_folder.PathOf("jobs/rel.txt"));
+    EXPECT_EQ(TextOf(2, kColumnFilename), folder.PathOf("jobs/rel.txt"));
 }
 
 TEST_F(ListContainersTest, AJobListsPathsOfEveryKind) {
-    m_folder.Write("jobs/docs/a.txt", "x");
-    m_folder.Write("jobs/inner.job", "/none/b.txt\n");
-    m_folder.Write("jobs/set.prs", "x");
-    const std::string job = m_folder.Write(
+    folder.Write("jobs/docs/a.txt", "x");
+    folder.Write("jobs/inner.job", "/none/b.txt\n");
+    folder.Write("jobs/set.prs", "x");
+    const std::string job = folder.Write(
         "jobs/x.job",
         "\xEF\xBB\xBF; a comment\r\ndocs\r\n\r\ninner.job\r\nset.prs\r\nlandscape.paperorientation\r\n"
         "docs\\a.txt\r\nC:\\w.txt\r\n-------Separator-------\r\nNo ;docs/a.txt ;\r\n");
@@ -166,7 +165,7 @@ TEST_F(ListContainersTest, AJobListsPathsOfEveryKind) {
                                     "Yes|landscape.paperorientation|No File.", "Yes|a.txt|Ready.",
                                     "No|" + std::string(FileTitle("C:\\w.txt")) + "|No File.",
                                     "Yes|-------Separator-------|Separator", "No|a.txt|Ready"));
-    EXPECT_EQ(TextOf(2, kColumnFilename), m_folder.PathOf("jobs/set.prs"));
+    EXPECT_EQ(TextOf(2, kColumnFilename), folder.PathOf("jobs/set.prs"));
     EXPECT_EQ(TextOf(3, kColumnFilename), "landscape.paperorientation");
     EXPECT_EQ(TextOf(0, kColumnPriority), "9");
     EXPECT_EQ(TextOf(7, kColumnPriority), "9");
@@ -174,42 +173,42 @@ TEST_F(ListContainersTest, AJobListsPathsOfEveryKind) {
 }
 
 TEST_F(ListContainersTest, AReplicationFileNamesItsDocument) {
-    m_folder.Write("in/bill.txt", "x");
-    EXPECT_EQ(Insert(m_folder.Write("in/bill.txt.repl",
-                                    "1.tra\n[REPLICATION_FILENAME]\nYes ;[REPLICATION_FILENAME] ;\n")),
+    folder.Write("in/bill.txt", "x");
+    EXPECT_EQ(Insert(folder.Write("in/bill.txt.repl",
+                                  "1.tra\n[REPLICATION_FILENAME]\nYes ;[REPLICATION_FILENAME] ;\n")),
               1);
     EXPECT_THAT(Titles(), ElementsAre("1.tra", "bill.txt", "bill.txt"));
-    EXPECT_EQ(TextOf(2, kColumnFilename), m_folder.PathOf("in/bill.txt"));
+    EXPECT_EQ(TextOf(2, kColumnFilename), folder.PathOf("in/bill.txt"));
 }
 
 TEST_F(ListContainersTest, JobsThatLoadThemselvesEnd) {
-    m_folder.Write("a.job", "b.job\nx.txt\n");
-    Insert(m_folder.Write("b.job", "a.job\n"));
+    folder.Write("a.job", "b.job\nx.txt\n");
+    Insert(folder.Write("b.job", "a.job\n"));
     EXPECT_THAT(Rows(), ElementsAre("No|b.job|Error - The file leads back to itself", "No|x.txt|No File."));
     m_list.Clear();
     m_options.m_extractZip = true;
     // Each level names the next one ten times.
     std::string lines;
     for (int level = 0; level < 12; ++level) {
-        m_folder.Write(Format("level%d.job", level), lines);
+        folder.Write(Format("level%d.job", level), lines);
         lines.clear();
         for (int i = 0; i < 10; ++i) lines += Format("level%d.job\n", level);
     }
-    Insert(m_folder.PathOf("level11.job"));
+    Insert(folder.PathOf("level11.job"));
     EXPECT_GT(m_list.RowCount(), 0);
     EXPECT_EQ(TextOf(m_list.RowCount() - 1, kColumnStatus),
               "Error - More than 20000 files inside files, the limit");
 }
 
 TEST_F(ListContainersTest, AJobThatCannotBeReadIsReported) {
-    const std::string job = m_folder.PathOf("none.aob");
+    const std::string job = folder.PathOf("none.aob");
     EXPECT_EQ(Insert(job), 0);
-    EXPECT_THAT(m_prompts.boxes, ElementsAre(FakePrompts::Box{"Can't read job parameters file.", job}));
+    EXPECT_THAT(prompts.boxes, ElementsAre(FakePrompts::Box{"Can't read job parameters file.", job}));
     EXPECT_EQ(m_list.RowCount(), 0);
     // Inside a folder or another job it has a row.
-    m_folder.Write("in/a.txt", "x");
-    m_folder.Write("in/all.job", "none.aob\na.txt\n");
-    EXPECT_EQ(Insert(m_folder.PathOf("in")), 1);
+    folder.Write("in/a.txt", "x");
+    folder.Write("in/all.job", "none.aob\na.txt\n");
+    EXPECT_EQ(Insert(folder.PathOf("in")), 1);
     EXPECT_THAT(Rows(), ElementsAre("Yes|a.txt|Ready.", "No|none.aob|Error - Can't read job parameters file",
                                     "Yes|a.txt|Ready."));
 }

@@ -8,22 +8,14 @@
 #include "base/path.h"
 #include "core/print_list.h"
 #include "documents/pdf_counter.h"
-#include "fakes/fake_clock.h"
-#include "fakes/fake_event_loop.h"
-#include "fakes/fake_machine.h"
-#include "fakes/fake_prompts.h"
 #include "fakes/fake_shell.h"
-#include "fakes/faulty_files.h"
-#include "fakes/temporary_folder.h"
-#include "logs/debug_log.h"
-#include "platform/files.h"
-#include "platform/services.h"
+#include "fakes/surroundings.h"
 #include "settings/general_options.h"
 
 namespace quirepress {
 
 // A print list over real files in a temporary folder.
-class ListFixture : public testing::Test {
+class ListFixture : public testing::Test, protected Surroundings {
 protected:
     // Never asked: the counter tells the pages of whole files itself.
     class NoLibrary : public PdfLibrary {
@@ -41,23 +33,15 @@ protected:
     std::vector<std::string> Rows() const;
     // Titles of all rows.
     std::vector<std::string> Titles() const;
-    std::string DebugText() const { return m_folder.Read("qpr.log"); }
+    std::string DebugText() const { return folder.Read("qpr.log"); }
 
-    TemporaryFolder m_folder;
-    Services m_services = MakeSystemServices();
-    FaultyFiles m_files{*m_services.files};
     FakeShell m_shell;
-    FakeEventLoop m_loop;
-    FakeClock m_clock;
-    FakeMachine m_machine;
-    FakePrompts m_prompts;
-    DebugLog m_debugLog;
     NoLibrary m_pdfLibrary;
-    PdfCounter m_pdfCounter{m_files, m_pdfLibrary};
+    PdfCounter m_pdfCounter{files, m_pdfLibrary};
     GeneralOptions m_options;
     bool m_keepGoing = true;
-    PrintList m_list{PrintListServices{m_files, m_shell, m_clock, m_machine, m_loop, m_prompts, m_debugLog,
-                                       m_pdfCounter, m_options, WithTrailingSeparator(m_folder.Path()),
+    PrintList m_list{PrintListServices{files, m_shell, clock, machine, loop, prompts, debugLog, m_pdfCounter,
+                                       m_options, WithTrailingSeparator(folder.Path()),
                                        [this] { return m_keepGoing; }}};
 };
 

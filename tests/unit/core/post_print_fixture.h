@@ -29,30 +29,30 @@ class PostPrintFixture : public ListFixture {
 protected:
     PostPrintFixture() { m_postPrint.UseNotices(&m_notices); }
 
-    PostPrint MakePostPrint(Files& files) {
-        return PostPrint({files, m_loop, m_clock, m_prompts, m_debugLog, m_errorLog, m_options,
-                          WithTrailingSeparator(m_folder.Path())});
+    PostPrint MakePostPrint(Files& used) {
+        return PostPrint({used, loop, clock, prompts, debugLog, m_errorLog, m_options,
+                          WithTrailingSeparator(folder.Path())});
     }
     std::string Put(const std::string& name = "in/a.pdf", const std::string& bytes = "bytes") const {
-        return m_folder.Write(name, bytes);
+        return folder.Write(name, bytes);
     }
-    std::string PathOf(std::string_view name) const { return m_folder.PathOf(name); }
+    std::string PathOf(std::string_view name) const { return folder.PathOf(name); }
     bool Check(const std::string& path, const std::string& moveTo) {
         return m_postPrint.CheckForFileOnMove(path, moveTo, FileTitle(path));
     }
-    std::string Read(std::string_view name) const { return m_folder.Read(name); }
-    bool Has(std::string_view name) const { return m_folder.Has(name); }
+    std::string Read(std::string_view name) const { return folder.Read(name); }
+    bool Has(std::string_view name) const { return folder.Has(name); }
     static int Count(const std::string& text, std::string_view part) {
         int count = 0;
         for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++count;
         return count;
     }
-    void OpenDebugLog() { ASSERT_EQ(m_debugLog.Open(m_files, PathOf("qpr.log")), 0); }
+    void OpenDebugLog() { ASSERT_EQ(debugLog.Open(files, PathOf("qpr.log")), 0); }
 
     const std::string m_separator = std::string(1, PlatformSeparator());
-    ErrorLog m_errorLog{m_files, m_clock, PathOf("error.log")};
+    ErrorLog m_errorLog{files, clock, PathOf("error.log")};
     RecordedNotices m_notices;
-    PostPrint m_postPrint = MakePostPrint(m_files);
+    PostPrint m_postPrint = MakePostPrint(files);
 };
 
 }  // namespace quirepress

@@ -32,17 +32,17 @@ TEST_F(PostPrintTest, DoesWhatTheMoveToSays) {
     for (const char* prefix : {"copy:", "Copy:", "COPY:"}) {
         EXPECT_TRUE(Check(Put("in/a.pdf", prefix), prefix + out)) << prefix;
         EXPECT_EQ(Read("out/new/a.pdf"), prefix);
-        EXPECT_EQ(m_prompts.statusTexts.back(), "Copying file to:" + JoinPath(out, "a.pdf"));
+        EXPECT_EQ(prompts.statusTexts.back(), "Copying file to:" + JoinPath(out, "a.pdf"));
         std::filesystem::remove(PathOf("out/new/a.pdf"));
     }
     EXPECT_TRUE(Check(PathOf("in/a.pdf"), out));
     EXPECT_EQ(Read("out/new/a.pdf"), "COPY:");
-    EXPECT_EQ(m_prompts.statusTexts.back(), "Moving file to:" + JoinPath(out, "a.pdf"));
+    EXPECT_EQ(prompts.statusTexts.back(), "Moving file to:" + JoinPath(out, "a.pdf"));
     EXPECT_FALSE(Has("in/a.pdf"));
     for (const char* marker : {"qprdelete", "qprdelete+job"}) {
         EXPECT_TRUE(Check(Put(), marker));
         EXPECT_FALSE(Has("in/a.pdf")) << marker;
-        EXPECT_EQ(m_prompts.statusTexts.back(), "Delete file status 1");
+        EXPECT_EQ(prompts.statusTexts.back(), "Delete file status 1");
     }
     EXPECT_TRUE(Check(Put("in/QPRMerged_1.pdf"), ""));
     EXPECT_FALSE(Has("in/QPRMerged_1.pdf"));
@@ -52,25 +52,25 @@ TEST_F(PostPrintTest, DoesWhatTheMoveToSays) {
     EXPECT_TRUE(Has("out/new/Invoice 7.pdf"));
     EXPECT_TRUE(m_postPrint.MoveFromCommandLine(Put(), out, "by hand.pdf"));
     EXPECT_TRUE(Has("out/new/by hand.pdf"));
-    EXPECT_TRUE(m_prompts.boxes.empty() && m_notices.all.empty());
+    EXPECT_TRUE(prompts.boxes.empty() && m_notices.all.empty());
 }
 
 TEST_F(PostPrintTest, TellsThatAFileWasNotDeleted) {
     OpenDebugLog();
     const std::string path = Put();
-    m_files.FailAlways(Call::kErase, FileResult::kBusy);
+    files.FailAlways(Call::kErase, FileResult::kBusy);
     EXPECT_FALSE(Check(path, "qprdelete"));
-    EXPECT_EQ(m_files.CountOf(Call::kErase), 200);
+    EXPECT_EQ(files.CountOf(Call::kErase), 200);
     EXPECT_EQ(Count(DebugText(), "Delete file status 0\r\n"), 200);
     EXPECT_TRUE(DebugText().ends_with("DeleteFile: 0, 0=error moving file  " + path + " to qprdelete\r\n"));
     const Box box = {"Delete Error", "File didn't delete, please check acrobat\n\nFROM:" + path};
-    EXPECT_EQ(m_prompts.boxes, (std::vector<Box>{{box.title, box.text + std::string(kHint)}}));
+    EXPECT_EQ(prompts.boxes, (std::vector<Box>{{box.title, box.text + std::string(kHint)}}));
     ASSERT_EQ(m_notices.all.size(), 1U);
     EXPECT_EQ(m_notices.all[0].kind, 2);
     EXPECT_EQ(m_notices.all[0].body,
-              "Date/Time:2024-03-01 12:00:00\r\nStatus: Delete Error\r\nFilename:" + path);
+              "Date/Time:2024-03-01 12:00:49\r\nStatus: Delete Error\r\nFilename:" + path);
 
-    m_files.Heal();
+    files.Heal();
     std::filesystem::remove(path);
     EXPECT_TRUE(Check(path, "qprdelete"));  // somebody else was quicker
     std::filesystem::create_directory(path);
@@ -80,9 +80,9 @@ TEST_F(PostPrintTest, TellsThatAFileWasNotDeleted) {
 
 TEST_F(PostPrintTest, TellsThatAFileWasNotMoved) {
     const std::string path = Put();
-    m_files.FailAlways(Call::kRename, FileResult::kNoAccess);
+    files.FailAlways(Call::kRename, FileResult::kNoAccess);
     EXPECT_FALSE(Check(path, PathOf("out")));
-    EXPECT_EQ(m_prompts.boxes,
+    EXPECT_EQ(prompts.boxes,
               (std::vector<Box>{{"Move Error", "File didn't move\n\nFROM:" + path + "\nTO:" +
                                                    JoinPath(PathOf("out"), "a.pdf") + std::string(kHint) +
                                                    " (this message does not show in NT services)"}}));
@@ -91,34 +91,34 @@ TEST_F(PostPrintTest, TellsThatAFileWasNotMoved) {
 
     m_options.m_errorLog = true;
     EXPECT_EQ(HandleRow(path, PathOf("out"), PrintEnd::kPrinted), RowHandled::kFailed);
-    EXPECT_EQ(m_prompts.boxes.size(), 1U);
+    EXPECT_EQ(prompts.boxes.size(), 1U);
     for (const std::string& part : {path, JoinPath(PathOf("out"), "a.pdf"),
                                     std::string("Move Error: access is denied"), std::string("Laser")})
         EXPECT_EQ(Count(Read("error.log"), part), 1) << part;
     EXPECT_EQ(m_notices.all.size(), 2U);
     // A log that cannot be written is told once, at the end.
-    m_files.FailAlways(Call::kOpenForWriting, FileResult::kNoSpace);
+    files.FailAlways(Call::kOpenForWriting, FileResult::kNoSpace);
     EXPECT_FALSE(Check(path, PathOf("out")));
     EXPECT_FALSE(Check(path, PathOf("out")));
-    EXPECT_EQ(m_prompts.boxes.size(), 1U);
+    EXPECT_EQ(prompts.boxes.size(), 1U);
     m_postPrint.AtRunEnd(m_list, 1);
     m_postPrint.AtRunEnd(m_list, 1);
-    ASSERT_EQ(m_prompts.boxes.size(), 2U);
-    EXPECT_EQ(m_prompts.boxes[1].title, "Log File Error");
+    ASSERT_EQ(prompts.boxes.size(), 2U);
+    EXPECT_EQ(prompts.boxes[1].title, "Log File Error");
 }
 
 TEST_F(PostPrintTest, TriesAgainAsOftenAsTheOptionsSay) {
     const std::string path = Put();
     const auto attempts = [&](int extra) {
         m_options.m_extraMoveRetry = extra;
-        const int before = m_files.CountOf(Call::kRename);
-        const long long start = m_loop.MonotonicMilliseconds();
+        const int before = files.CountOf(Call::kRename);
+        const long long start = loop.MonotonicMilliseconds();
         Check(path, PathOf("out"));
-        const int count = m_files.CountOf(Call::kRename) - before;
-        EXPECT_EQ(m_loop.MonotonicMilliseconds() - start, 250 * (count - 1));
+        const int count = files.CountOf(Call::kRename) - before;
+        EXPECT_EQ(loop.MonotonicMilliseconds() - start, 250 * (count - 1));
         return count;
     };
-    m_files.FailAlways(Call::kRename, FileResult::kBusy);
+    files.FailAlways(Call::kRename, FileResult::kBusy);
     EXPECT_EQ(attempts(0), 200);
     EXPECT_EQ(attempts(5), 205);
     EXPECT_EQ(attempts(-5), 200);
@@ -129,46 +129,46 @@ TEST_F(PostPrintTest, TriesAgainAsOftenAsTheOptionsSay) {
     EXPECT_EQ(attempts(0), 1);
     EXPECT_TRUE(Has("in/a.pdf"));
     m_postPrint.UseStop([] { return false; });
-    m_files.Heal();
-    m_files.FailOnce(Call::kRename, FileResult::kBusy);
+    files.Heal();
+    files.FailOnce(Call::kRename, FileResult::kBusy);
     EXPECT_EQ(attempts(0), 2);
     EXPECT_TRUE(Has("out/a.pdf"));
     // What no later attempt can mend.
-    const long long start = m_loop.MonotonicMilliseconds();
-    for (const std::string& folder : {std::string("out\0x", 5), std::string(300, 'n'),
+    const long long start = loop.MonotonicMilliseconds();
+    for (const std::string& target : {std::string("out\0x", 5), std::string(300, 'n'),
                                       std::string("in/a.pdf"), std::string("in/a.pdf/x")})
-        EXPECT_FALSE(Check(Put(), PathOf(folder)));
+        EXPECT_FALSE(Check(Put(), PathOf(target)));
     EXPECT_FALSE(Check(PathOf("in"), PathOf("out")));
     EXPECT_FALSE(Check(PathOf("in"), "qprdelete"));
-    m_files.FailAlways(Call::kRename, FileResult::kNoSpace);
+    files.FailAlways(Call::kRename, FileResult::kNoSpace);
     EXPECT_FALSE(Check(Put(), PathOf("out")));
-    EXPECT_EQ(m_loop.MonotonicMilliseconds(), start);
+    EXPECT_EQ(loop.MonotonicMilliseconds(), start);
     // A folder that has refused one file for as long gives the next one attempt, until the run ends.
-    m_files.FailAlways(Call::kRename, FileResult::kNoAccess);
+    files.FailAlways(Call::kRename, FileResult::kNoAccess);
     EXPECT_EQ(attempts(0), 200);
     EXPECT_EQ(attempts(0), 1);
     m_postPrint.AtRunEnd(m_list, 1);
     EXPECT_EQ(attempts(0), 200);
-    m_files.Heal();
+    files.Heal();
     EXPECT_TRUE(Check(path, PathOf("out")));
     Put();
-    m_files.FailAlways(Call::kRename, FileResult::kNoAccess);
+    files.FailAlways(Call::kRename, FileResult::kNoAccess);
     EXPECT_EQ(attempts(0), 200) << "it has taken one meanwhile";
-    EXPECT_EQ(m_prompts.boxes.size(), 16U);
+    EXPECT_EQ(prompts.boxes.size(), 16U);
 }
 
 TEST_F(PostPrintTest, PausesBeforeMovesOnly) {
     m_options.m_pauseMove = 3;
     const auto elapsed = [&](const std::string& moveTo) {
-        const long long start = m_loop.MonotonicMilliseconds();
+        const long long start = loop.MonotonicMilliseconds();
         EXPECT_TRUE(Check(Put(), moveTo));
-        return m_loop.MonotonicMilliseconds() - start;
+        return loop.MonotonicMilliseconds() - start;
     };
-    const int waits = m_loop.WaitCount();
+    const int waits = loop.WaitCount();
     EXPECT_EQ(elapsed(PathOf("out")), 3'000);
-    EXPECT_EQ(m_loop.WaitCount() - waits, 30);
+    EXPECT_EQ(loop.WaitCount() - waits, 30);
     EXPECT_EQ(elapsed("qprdelete"), 0);
-    m_postPrint.UseStop([&] { return m_loop.WaitCount() > waits + 40; });
+    m_postPrint.UseStop([&] { return loop.WaitCount() > waits + 40; });
     EXPECT_EQ(elapsed("copy:" + PathOf("out")), 1'100);
     EXPECT_TRUE(Has("out/a_v1.pdf"));
 }
@@ -195,7 +195,7 @@ TEST_F(PostPrintTest, NeverOverwritesAFile) {
     EXPECT_TRUE(Check(PathOf("out/b"), PathOf("out")));
     EXPECT_TRUE(Check(PathOf("out/b"), "copy:" + PathOf("out/../out")));
     EXPECT_TRUE(Has("out/b") && !Has("out/b_v3"));
-    EXPECT_TRUE(m_prompts.boxes.empty());
+    EXPECT_TRUE(prompts.boxes.empty());
 }
 
 TEST_F(PostPrintTest, TellsThatAnOldFileWasNotRenamed) {
@@ -203,24 +203,24 @@ TEST_F(PostPrintTest, TellsThatAnOldFileWasNotRenamed) {
     m_postPrint.RenameOldFiles(true);
     const std::string path = Put();
     Put("out/a.pdf", "old");
-    m_files.BeforeEach(Call::kRename, [&](std::string_view from) {
-        if (from != path) m_files.FailOnce(Call::kRename, FileResult::kBusy);
+    files.BeforeEach(Call::kRename, [&](std::string_view from) {
+        if (from != path) files.FailOnce(Call::kRename, FileResult::kBusy);
     });
     EXPECT_FALSE(Check(path, PathOf("out")));
     EXPECT_EQ(Count(DebugText(), "Rename File status 0\r\nRename: 0, 0=error renaming file, err code: 6,  "),
               200);
-    ASSERT_EQ(m_prompts.boxes.size(), 1U);
-    EXPECT_EQ(m_prompts.boxes[0].title, "Rename Error");
+    ASSERT_EQ(prompts.boxes.size(), 1U);
+    EXPECT_EQ(prompts.boxes[0].title, "Rename Error");
     EXPECT_TRUE(
-        m_prompts.boxes[0].text.starts_with("File didn't rename, please check acrobat\n\nFROM:" + path));
+        prompts.boxes[0].text.starts_with("File didn't rename, please check acrobat\n\nFROM:" + path));
     EXPECT_TRUE(m_notices.all.at(0).body.ends_with("\r\nStatus: Rename Error\r\nFilename:" + path));
     EXPECT_EQ(Read("out/a.pdf") + Read("in/a.pdf"), "oldbytes");
     // It keeps its name when it is the new one that does not come.
-    m_files.BeforeEach(Call::kRename, [&](std::string_view from) {
-        if (from == path && Has("out/a_v1.pdf")) m_files.FailOnce(Call::kRename, FileResult::kBusy);
+    files.BeforeEach(Call::kRename, [&](std::string_view from) {
+        if (from == path && Has("out/a_v1.pdf")) files.FailOnce(Call::kRename, FileResult::kBusy);
     });
     EXPECT_FALSE(Check(path, PathOf("out")));
-    EXPECT_EQ(m_prompts.boxes.back().title, "Move Error");
+    EXPECT_EQ(prompts.boxes.back().title, "Move Error");
     EXPECT_EQ(Read("out/a.pdf") + Read("in/a.pdf"), "oldbytes");
     EXPECT_FALSE(Has("out/a_v1.pdf"));
 }
@@ -238,20 +238,20 @@ public:
 };
 
 TEST_F(PostPrintTest, StopsWhenEveryVersionIsTaken) {
-    CrowdedFiles files(*m_services.files);
-    PostPrint postPrint = MakePostPrint(files);
+    CrowdedFiles crowded(*system.files);
+    PostPrint postPrint = MakePostPrint(crowded);
     Put("out/a.pdf", "old");
-    files.versions = 999'998;
+    crowded.versions = 999'998;
     EXPECT_TRUE(postPrint.CheckForFileOnMove(Put(), PathOf("out"), "a.pdf"));
     EXPECT_EQ(Read("out/a_v999999.pdf"), "bytes");
-    EXPECT_EQ(files.CountOf(Call::kRename), 2);
+    EXPECT_EQ(crowded.CountOf(Call::kRename), 2);
     EXPECT_FALSE(postPrint.CheckForFileOnMove(Put(), PathOf("out"), "a.pdf"));
     EXPECT_EQ(
-        m_prompts.boxes,
+        prompts.boxes,
         (std::vector<Box>{{"Limit Reached!",
                            "Sorry same name limit reached!,\nyou must delete some of the old versions to "
                            "continue."}}));
-    EXPECT_EQ(m_loop.WaitCount(), 0);
+    EXPECT_EQ(loop.WaitCount(), 0);
     EXPECT_TRUE(Has("in/a.pdf"));
 }
 
@@ -264,20 +264,20 @@ TEST_F(PostPrintTest, KeepsTheSourceWhateverIsWrongWithTheTarget) {
     EXPECT_EQ(Count(Read("error.log"), "Move Error: the folder can't be made: a file has its name"), 2);
     m_options.m_errorLog = false;
     EXPECT_FALSE(Check(path, "copy:"));
-    m_files.FillDiskAfter(3);
+    files.FillDiskAfter(3);
     EXPECT_FALSE(Check(path, "copy:" + PathOf("out")));
-    m_files.Heal();
-    m_files.FailAlways(Call::kMakeFolders, FileResult::kNoAccess);
+    files.Heal();
+    files.FailAlways(Call::kMakeFolders, FileResult::kNoAccess);
     EXPECT_FALSE(Check(path, PathOf("new")));
-    m_files.Heal();
+    files.Heal();
     EXPECT_EQ(Read("in/a.pdf"), "bytes");
     EXPECT_EQ(Read("file"), "bytes");
     std::vector<FolderEntry> entries;
-    m_files.ListFolder(PathOf("out"), entries);
+    files.ListFolder(PathOf("out"), entries);
     EXPECT_TRUE(entries.empty());
     EXPECT_FALSE(Check(PathOf("in/gone.pdf"), PathOf("out")));
     EXPECT_FALSE(Check(PathOf("in"), PathOf("out")));  // a folder is no document
-    EXPECT_EQ(m_prompts.boxes.size(), 5U);
+    EXPECT_EQ(prompts.boxes.size(), 5U);
 }
 
 class OtherVolumeTest : public PostPrintTest {
@@ -287,7 +287,7 @@ protected:
         return m_acrossVolumes.CheckForFileOnMove(PathOf("in/a.pdf"), moveTo, "a.pdf");
     }
 
-    HaltingFiles m_halting{*m_services.files};
+    HaltingFiles m_halting{*system.files};
     FaultyFiles m_faulty{m_halting};
     PostPrint m_acrossVolumes = MakePostPrint(m_faulty);
 };
@@ -296,11 +296,11 @@ TEST_F(OtherVolumeTest, MovesWithTimesAndVersions) {
     const std::string path = Put();
     std::filesystem::last_write_time(path,
                                      std::filesystem::last_write_time(path) - std::chrono::hours(9'000));
-    const Instant written = m_files.Inspect(path).written;
+    const Instant written = files.Inspect(path).written;
     Put("out/a.pdf", "old");
     EXPECT_TRUE(CheckAcross(PathOf("out")));
     EXPECT_EQ(Read("out/a.pdf") + Read("out/a_v1.pdf"), "oldbytes");
-    EXPECT_EQ(m_files.Inspect(PathOf("out/a_v1.pdf")).written, written);
+    EXPECT_EQ(files.Inspect(PathOf("out/a_v1.pdf")).written, written);
     EXPECT_FALSE(Has("in/a.pdf"));
 }
 
@@ -355,23 +355,23 @@ TEST_F(OtherVolumeTest, LosesNothingWhereverItIsKilled) {
         for (const bool renamesOld : {false, true}) {
             bool isWhole = false;
             for (int changes = 0; !isWhole; ++changes) {
-                for (const char* name : {"in", "out", "near"}) EraseTree(*m_services.files, PathOf(name));
+                for (const char* name : {"in", "out", "near"}) EraseTree(*system.files, PathOf(name));
                 Put("in/a.pdf", bytes);
                 for (const char* name : {"out/a.pdf", "near/a.pdf"}) Put(name, "old");
-                HaltingFiles files(*m_services.files);
-                files.PutOnOtherVolume(PathOf("out"));
-                files.HaltAfter(changes);
-                PostPrint postPrint = MakePostPrint(files);
+                HaltingFiles halting(*system.files);
+                halting.PutOnOtherVolume(PathOf("out"));
+                halting.HaltAfter(changes);
+                PostPrint postPrint = MakePostPrint(halting);
                 postPrint.RenameOldFiles(renamesOld);
                 postPrint.UseStop([] { return true; });
                 postPrint.CheckForFileOnMove(PathOf("in/a.pdf"), target, "a.pdf");
-                isWhole = !files.HasHalted();
+                isWhole = !halting.HasHalted();
 
                 int whole = Read("in/a.pdf") == bytes ? 1 : 0;
                 int old = 0;
-                for (const char* folder : {"out", "near"})
+                for (const char* where : {"out", "near"})
                     for (const char* name : {"/a.pdf", "/a_v1.pdf"}) {
-                        const std::string read = Read(folder + std::string(name));
+                        const std::string read = Read(where + std::string(name));
                         whole += read == bytes ? 1 : 0;
                         old += read == "old" ? 1 : 0;
                         EXPECT_TRUE(read.empty() || read == bytes || read == "old") << target << changes;
@@ -409,7 +409,7 @@ TEST_F(PostPrintTest, HandlesARowByTheEndOfItsPrint) {
     EXPECT_EQ(HandleRow("-------Separator-------", out, PrintEnd::kPrinted), RowHandled::kLeft);
     // A row that failed because its file is gone costs no time.
     EXPECT_EQ(HandleRow(PathOf("in/gone.pdf"), out, PrintEnd::kFailed, bad), RowHandled::kLeft);
-    EXPECT_EQ(m_loop.WaitCount(), 0);
+    EXPECT_EQ(loop.WaitCount(), 0);
 }
 
 TEST_F(PostPrintTest, TellsAtTheEndWhatItHasDone) {
@@ -485,7 +485,7 @@ TEST_F(PostPrintTest, KeepsTheJobFileOfRowsThatWereNotReached) {
     EXPECT_TRUE(Has("in/inner.job"));
     // A job file that was not taken in to its end names none of its rows.
     m_list.Clear();
-    m_files.BeforeEach(Call::kInspect, [&](std::string_view path) { m_keepGoing = path == inner; });
+    files.BeforeEach(Call::kInspect, [&](std::string_view path) { m_keepGoing = path == inner; });
     m_list.InsertFileIntoList(inner, 1, "qprjobdelete", {});
     ASSERT_EQ(m_list.RowCount(), 1);
     EXPECT_EQ(m_list.JobFileOf(0), "");

@@ -14,13 +14,13 @@ using testing::ElementsAre;
 class PrintListTest : public ListFixture {};
 
 TEST_F(PrintListTest, FillsTheColumnsOfADocument) {
-    const std::string path = m_folder.Write("in/report.pdf", MakePdf(7));
+    const std::string path = folder.Write("in/report.pdf", MakePdf(7));
     const ItemTexts texts = {"addon", "from",    "processing", "onerror", "",
                              "extra", "profile", "printers",   "5"};
     EXPECT_EQ(m_list.InsertFileIntoList(path, 1, "/done", texts), 1);
     ASSERT_EQ(m_list.RowCount(), 1);
     const std::string modified = TextOf(0, kColumnModified);
-    EXPECT_EQ(modified, FormatDateTime(m_clock.ToLocal(m_files.Inspect(path).written)));
+    EXPECT_EQ(modified, FormatDateTime(clock.ToLocal(files.Inspect(path).written)));
     const std::string size = Format("%.1lf", static_cast<double>(MakePdf(7).size()) / 1024.0);
     const std::vector<std::string> expected = {
         "Yes",      path,    "00007", "Ready.",  "/done",      TextOf(0, kColumnCreated),
@@ -33,35 +33,35 @@ TEST_F(PrintListTest, FillsTheColumnsOfADocument) {
 }
 
 TEST_F(PrintListTest, TicksAndStatusesFollowTheFile) {
-    m_folder.Write("full.txt", "x");
-    m_folder.Write("empty.txt", "");
-    m_folder.Write("here.prs", "x");
-    Insert(m_folder.PathOf("full.txt"), 1);
-    Insert(m_folder.PathOf("full.txt"), 0);
-    Insert(m_folder.PathOf("empty.txt"), 1);
-    Insert(m_folder.PathOf("missing.txt"), 1);
-    Insert(m_folder.PathOf("here.prs"), 0);
+    folder.Write("full.txt", "x");
+    folder.Write("empty.txt", "");
+    folder.Write("here.prs", "x");
+    Insert(folder.PathOf("full.txt"), 1);
+    Insert(folder.PathOf("full.txt"), 0);
+    Insert(folder.PathOf("empty.txt"), 1);
+    Insert(folder.PathOf("missing.txt"), 1);
+    Insert(folder.PathOf("here.prs"), 0);
     Insert("none.tra", 0);
     Insert("none.printer", 0);
     Insert("DL;https://host/x.zip", 0);
     Insert("-------Separator-------", 1);
     Insert("-------Separator-------", 0);
     Insert("", 1);
-    for (const char* name : {"Thumbs.db", "MyThumbs.db"}) EXPECT_EQ(Insert(m_folder.Write(name, "x")), 1);
-    Insert(m_folder.Write("thumbs.db", "x"));
-    EXPECT_THAT(Rows(), ElementsAre("Yes|full.txt|Ready.", "No|full.txt|Ready.", "No|empty.txt|Empty File",
-                                    "No|missing.txt|No File.", "Yes|here.prs|Ready.", "Yes|none.tra|No File.",
-                                    "Yes|none.printer|No File.", "Yes|x.zip|Ready.",
-                                    "Yes|-------Separator-------|Separator",
-                                    "No|-------Separator-------|Separator", "No||No File.",
-                                    "Yes|thumbs.db|Ready."));
+    for (const char* name : {"Thumbs.db", "MyThumbs.db"}) EXPECT_EQ(Insert(folder.Write(name, "x")), 1);
+    Insert(folder.Write("thumbs.db", "x"));
+    EXPECT_THAT(
+        Rows(),
+        ElementsAre("Yes|full.txt|Ready.", "No|full.txt|Ready.", "No|empty.txt|Empty File",
+                    "No|missing.txt|No File.", "Yes|here.prs|Ready.", "Yes|none.tra|No File.",
+                    "Yes|none.printer|No File.", "Yes|x.zip|Ready.", "Yes|-------Separator-------|Separator",
+                    "No|-------Separator-------|Separator", "No||No File.", "Yes|thumbs.db|Ready."));
     EXPECT_EQ(TextOf(3, kColumnSizeKb), "");
     EXPECT_EQ(TextOf(2, kColumnSizeKb), "0.0");
     EXPECT_EQ(TextOf(3, kColumnPages), "Unknown");
 }
 
 TEST_F(PrintListTest, WhatExistsButCannotBeOpenedSaysWhy) {
-    m_files.FailAlways(FaultyFiles::Call::kOpenForReading, FileResult::kNoAccess);
+    files.FailAlways(FaultyFiles::Call::kOpenForReading, FileResult::kNoAccess);
     Insert("/dev/null", 1);
     EXPECT_EQ(Rows()[0].substr(0, 34), "No|null|Error - Can't open file: i");
     EXPECT_EQ(m_list.ColourListRow(0), RowColour::kError);
@@ -103,21 +103,21 @@ TEST_F(PrintListTest, TheRunningRowIsFollowedAndReplaced) {
 
 TEST_F(PrintListTest, CountsTheKindsThatHaveACounter) {
     const std::string postScript = "%!PS\n%%Pages: 3\n";
-    for (const char* name : {"a.ps", "b.PS", "c.Ps"}) Insert(m_folder.Write(name, postScript));
-    Insert(m_folder.Write("d.pcl",
-                          "text\f\x1B"
-                          "E"));
-    Insert(m_folder.Write("e.Pdf", MakePdf(12)));
-    Insert(m_folder.Write("f.pDF", MakePdf(12)));
-    Insert(m_folder.Write("g.pdf", "no count"));
-    Insert(m_folder.Write("h.ps", ""));
-    Insert(m_folder.Write("i.pdf", ""));
+    for (const char* name : {"a.ps", "b.PS", "c.Ps"}) Insert(folder.Write(name, postScript));
+    Insert(folder.Write("d.pcl",
+                        "text\f\x1B"
+                        "E"));
+    Insert(folder.Write("e.Pdf", MakePdf(12)));
+    Insert(folder.Write("f.pDF", MakePdf(12)));
+    Insert(folder.Write("g.pdf", "no count"));
+    Insert(folder.Write("h.ps", ""));
+    Insert(folder.Write("i.pdf", ""));
     std::vector<std::string> pages;
     for (int row = 0; row < m_list.RowCount(); ++row) pages.push_back(TextOf(row, kColumnPages));
     EXPECT_THAT(pages, ElementsAre("00003", "00003", "Unknown", "00001", "00012", "Unknown", "Unknown",
                                    "00000", "Unknown"));
     m_options.m_noPdfPages = true;
-    Insert(m_folder.PathOf("a.ps"));
+    Insert(folder.PathOf("a.ps"));
     EXPECT_EQ(TextOf(9, kColumnPages), "Unknown");
 }
 
@@ -132,16 +132,16 @@ public:
 TEST_F(PrintListTest, AddonsCountWhatTheyClaim) {
     OneAddon addon;
     m_list.UseAddons(&addon);
-    Insert(m_folder.Write("mine.doc", "x"));
-    Insert(m_folder.Write("yours.pdf", MakePdf(2)));
+    Insert(folder.Write("mine.doc", "x"));
+    Insert(folder.Write("yours.pdf", MakePdf(2)));
     EXPECT_EQ(TextOf(0, kColumnPages), "00005");
     EXPECT_EQ(TextOf(1, kColumnPages), "00002");
 }
 
 TEST_F(PrintListTest, MailIsDeletedAndPageRangesAreWritten) {
-    m_list.InsertFileIntoList(m_folder.Write("mail.msg", "x"), 1, "/done", {});
+    m_list.InsertFileIntoList(folder.Write("mail.msg", "x"), 1, "/done", {});
     EXPECT_EQ(TextOf(0, kColumnMoveTo), "qprdelete");
-    const std::string pdf = m_folder.Write("a.pdf", MakePdf(9));
+    const std::string pdf = folder.Write("a.pdf", MakePdf(9));
     const auto parametersFor = [&](const char* options, const char* parameters) {
         ItemTexts texts;
         texts.extraOptions = options;
@@ -169,13 +169,13 @@ TEST_F(PrintListTest, TheExportedCallsAlwaysAnswerOne) {
 }
 
 TEST_F(PrintListTest, RefreshDerivesStatusAndPagesAnew) {
-    Insert(m_folder.Write("a.pdf", MakePdf(4)));
-    Insert(m_folder.Write("b.ps", "%!PS\n%%Pages: 3\n"));
-    Insert(m_folder.Write("c.txt", "x"));
+    Insert(folder.Write("a.pdf", MakePdf(4)));
+    Insert(folder.Write("b.ps", "%!PS\n%%Pages: 3\n"));
+    Insert(folder.Write("c.txt", "x"));
     Insert("/missing.pdf.txt");
     Insert("-------Separator-------");
     for (int row = 0; row < m_list.RowCount(); ++row) m_list.SetText(row, kColumnStatus, "Done");
-    m_folder.Write("a.pdf", MakePdf(44));
+    folder.Write("a.pdf", MakePdf(44));
     m_list.RefreshListStatus();
     EXPECT_THAT(Rows(), ElementsAre("Yes|a.pdf|Ready", "Yes|b.ps|Ready", "Yes|c.txt|Ready",
                                     "No|missing.pdf.txt|No File.", "Yes|-------Separator-------|Ready"));
@@ -196,9 +196,9 @@ TEST_F(PrintListTest, RefreshDerivesStatusAndPagesAnew) {
 }
 
 TEST_F(PrintListTest, AListThatChangesWhileItRefreshesDoesNoHarm) {
-    for (int i = 0; i < 5; ++i) Insert(m_folder.Write("a.txt", "x"));
-    m_files.BeforeEach(FaultyFiles::Call::kInspect, [&](std::string_view) {
-        m_loop.Advance(1000);
+    for (int i = 0; i < 5; ++i) Insert(folder.Write("a.txt", "x"));
+    files.BeforeEach(FaultyFiles::Call::kInspect, [&](std::string_view) {
+        loop.Advance(1000);
         m_list.RemoveRow(0);
     });
     m_list.RefreshListStatus();

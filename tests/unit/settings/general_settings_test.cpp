@@ -14,14 +14,14 @@ constexpr SystemFamily kModern = SystemFamily::kWindowsXpOrLater;
 class GeneralSettingsTest : public SettingsTest {
 protected:
     GeneralOptions Load(std::string_view text, SystemFamily family = kModern, bool isUnattended = false) {
-        m_folder.Write(kFile, text);
+        folder.Write(kFile, text);
         GeneralOptions options;
         EXPECT_EQ(LoadGeneralOptions(options, m_place, family, isUnattended), kSettingsDone);
         return options;
     }
     std::string Save(const GeneralOptions& options) {
         EXPECT_EQ(SaveGeneralOptions(options, m_place, false), kSettingsDone);
-        return m_folder.Read(kFile);
+        return folder.Read(kFile);
     }
 };
 
@@ -67,7 +67,7 @@ TEST_F(GeneralSettingsTest, AChangeDelayWithoutAValueClearsThePause) {
 
 TEST_F(GeneralSettingsTest, ASecondLoadKeepsWhatItDoesNotReset) {
     GeneralOptions options = Load(ReadGolden(kFile));
-    m_folder.Write(kFile, "REMOVEITEM\n");
+    folder.Write(kFile, "REMOVEITEM\n");
     ASSERT_EQ(LoadGeneralOptions(options, m_place, kModern, false), kSettingsDone);
     EXPECT_EQ(Save(options), AsWritten("REMOVEITEM\nPAUSE1BEFORE;4\nCLOSEOFFICEPASSWORDBOX;6\n"
                                        "TEMPFOLDER;/var/spool/qpr temp\nCOPIESPROMPT\nTIMEALLOW;14000\n"
@@ -92,7 +92,7 @@ TEST_F(GeneralSettingsTest, AnOldSystemKnowsNoInternalPdfEngine) {
 TEST_F(GeneralSettingsTest, UnattendedTheErrorLogIsOn) {
     EXPECT_TRUE(Load("REMOVEITEM", kModern, true).m_errorLog);
     GeneralOptions options;
-    m_files.Erase(m_folder.PathOf(kFile));
+    files.Erase(folder.PathOf(kFile));
     EXPECT_EQ(LoadGeneralOptions(options, m_place, kModern, true), kSettingsNotRead);
     EXPECT_TRUE(options.m_errorLog);
 }
@@ -100,17 +100,16 @@ TEST_F(GeneralSettingsTest, UnattendedTheErrorLogIsOn) {
 TEST_F(GeneralSettingsTest, TheFileWithThePasswordIsForItsOwnerOnly) {
     Save({});
     if (PlatformSeparator() == '/') {
-        EXPECT_EQ(std::filesystem::status(m_folder.PathOf(kFile)).permissions(),
-                  std::filesystem::perms(0600));
+        EXPECT_EQ(std::filesystem::status(folder.PathOf(kFile)).permissions(), std::filesystem::perms(0600));
     }
 }
 
 TEST_F(GeneralSettingsTest, SavingIsInhibitedOrRefusedWithTheOwnersMessage) {
-    m_files.FailAlways(FaultyFiles::Call::kOpenForWriting, FileResult::kNoAccess);
+    files.FailAlways(FaultyFiles::Call::kOpenForWriting, FileResult::kNoAccess);
     EXPECT_EQ(SaveGeneralOptions({}, m_place, true), kSettingsDone);
-    EXPECT_TRUE(m_prompts.boxes.empty());
+    EXPECT_TRUE(prompts.boxes.empty());
     EXPECT_EQ(SaveGeneralOptions({}, m_place, false), kSettingsNotWritten);
-    EXPECT_EQ(m_prompts.boxes,
+    EXPECT_EQ(prompts.boxes,
               (std::vector<FakePrompts::Box>{{"Save Error!", "Can't save to general_setup.ini file."}}));
 }
 

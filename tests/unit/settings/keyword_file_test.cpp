@@ -39,13 +39,13 @@ const KeywordTable<Sample>& SampleKeywords() {
 class KeywordFileTest : public SettingsTest {
 protected:
     Sample Load(std::string_view text) {
-        m_folder.Write("sample.ini", text);
+        folder.Write("sample.ini", text);
         Sample sample;
         EXPECT_EQ(LoadSettings(SampleKeywords(), m_place, sample), kSettingsDone);
         return sample;
     }
     int Save(const Sample& sample) { return SaveSettings(SampleKeywords(), m_place, sample); }
-    std::string Saved() { return m_folder.Read("sample.ini"); }
+    std::string Saved() { return folder.Read("sample.ini"); }
 };
 
 TEST_F(KeywordFileTest, ReadsWholeWordsInAnyOrderAndTheLaterLineWins) {
@@ -83,9 +83,9 @@ TEST_F(KeywordFileTest, AnUnreadableFileLeavesTheDefaults) {
     EXPECT_EQ(LoadSettings(SampleKeywords(), m_place, sample), kSettingsNotRead);
     EXPECT_EQ(sample.m_number, 7);
     EXPECT_EQ(sample.m_kept, 9);
-    m_files.MakeFolders(m_folder.PathOf("sample.ini"));
+    files.MakeFolders(folder.PathOf("sample.ini"));
     EXPECT_EQ(LoadSettings(SampleKeywords(), m_place, sample), kSettingsNotRead);
-    EXPECT_TRUE(m_prompts.boxes.empty());
+    EXPECT_TRUE(prompts.boxes.empty());
 }
 
 TEST_F(KeywordFileTest, GarbageCostsItsOwnLine) {
@@ -121,7 +121,7 @@ TEST_F(KeywordFileTest, WritesByTheRowsConditions) {
 }
 
 TEST_F(KeywordFileTest, WhatTheFormatCannotHoldIsRefused) {
-    m_folder.Write("sample.ini", "FLAG\n");
+    folder.Write("sample.ini", "FLAG\n");
     Sample sample;
     for (const std::string& text : {std::string("a;b"), std::string("a\nb"), std::string("a\r"),
                                     std::string("a\0b", 3), std::string(250, 'x')}) {
@@ -129,9 +129,9 @@ TEST_F(KeywordFileTest, WhatTheFormatCannotHoldIsRefused) {
         EXPECT_EQ(Save(sample), kSettingsNotWritten);
         EXPECT_EQ(Saved(), "FLAG\n");
     }
-    ASSERT_EQ(m_prompts.boxes.size(), 5U);
+    ASSERT_EQ(prompts.boxes.size(), 5U);
     EXPECT_EQ(
-        m_prompts.boxes.back(),
+        prompts.boxes.back(),
         (FakePrompts::Box{"Save Error!",
                           "Can't save the sample. The value of TEXT makes its line longer than 254 bytes."}));
     sample.m_text = std::string(249, 'x');
@@ -139,21 +139,21 @@ TEST_F(KeywordFileTest, WhatTheFormatCannotHoldIsRefused) {
 }
 
 TEST_F(KeywordFileTest, AFailedWriteLeavesTheOldFile) {
-    m_folder.Write("sample.ini", "FLAG\n");
+    folder.Write("sample.ini", "FLAG\n");
     using Call = FaultyFiles::Call;
     for (const Call call :
          {Call::kOpenForWriting, Call::kWrite, Call::kFlushToDisk, Call::kClose, Call::kRename}) {
-        m_files.FailAlways(call, FileResult::kNoAccess);
+        files.FailAlways(call, FileResult::kNoAccess);
         EXPECT_EQ(Save(Sample()), kSettingsNotWritten);
-        m_files.Heal();
+        files.Heal();
     }
-    m_files.FillDiskAfter(4);
+    files.FillDiskAfter(4);
     EXPECT_EQ(Save(Sample()), kSettingsNotWritten);
     EXPECT_EQ(Saved(), "FLAG\n");
-    ASSERT_EQ(m_prompts.boxes.size(), 6U);
-    EXPECT_EQ(m_prompts.boxes.back(), (FakePrompts::Box{"Save Error!", "Can't save the sample."}));
+    ASSERT_EQ(prompts.boxes.size(), 6U);
+    EXPECT_EQ(prompts.boxes.back(), (FakePrompts::Box{"Save Error!", "Can't save the sample."}));
     std::vector<FolderEntry> entries;
-    m_files.ListFolder(m_folder.Path(), entries);
+    files.ListFolder(folder.Path(), entries);
     EXPECT_EQ(entries.size(), 1U);
 }
 

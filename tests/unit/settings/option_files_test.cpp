@@ -37,9 +37,9 @@ TEST_F(OptionFilesTest, AFullFileIsWrittenAsItWasRead) {
                "NOLONGER\nKEEPLOGS\nCLEAROLDER\nEVERY;2\nOLDEREVERY;3\nEVERYCTRL;4\nOLDEREVERYCTRL;5\n"
                "RUNSTARTUP\nRUNMONITOR\n"},
           Case{"misc", "misc.ini", "BULKLOADDIR;/srv/in\nREPORTFONTHEIGHT;-12\nREPORTFONTWIDTH;8\n"}}) {
-        m_folder.Write(item.file, item.text);
+        folder.Write(item.file, item.text);
         EXPECT_EQ(OpenSettings(item.name, m_place)->Save(), kSettingsDone) << item.name;
-        EXPECT_EQ(m_folder.Read(item.file), AsWritten(item.text));
+        EXPECT_EQ(folder.Read(item.file), AsWritten(item.text));
     }
     BalanceOptions balance;
     balance.m_printers[2] = {"of an earlier load", "x", 5};
@@ -64,28 +64,28 @@ TEST_F(OptionFilesTest, AFullFileIsWrittenAsItWasRead) {
     EXPECT_EQ(log.m_olderThan, 3);
     EXPECT_EQ(log.m_everyUnit, 4);
     ASSERT_EQ(SaveLogOptions({}, m_place), kSettingsDone);
-    EXPECT_EQ(m_folder.Read("log_setup.ini"),
+    EXPECT_EQ(folder.Read("log_setup.ini"),
               AsWritten("EVERY;1\nOLDEREVERY;1\nEVERYCTRL;0\nOLDEREVERYCTRL;0\n"));
 }
 
 TEST_F(OptionFilesTest, AFailedSaveLeavesTheFileAndNamesOne) {
-    m_folder.Write("balancedprinters.ini", "PRINTER1;A\n");
-    m_files.FailAlways(FaultyFiles::Call::kOpenForWriting, FileResult::kNoAccess);
+    folder.Write("balancedprinters.ini", "PRINTER1;A\n");
+    files.FailAlways(FaultyFiles::Call::kOpenForWriting, FileResult::kNoAccess);
     EXPECT_EQ(SaveBalanceOptions({}, m_place), kSettingsNotWritten);
     EXPECT_EQ(SaveColorPrinterOptions({}, m_place), kSettingsNotWritten);
     EXPECT_EQ(SaveEmailOptions({}, m_place), kSettingsNotWritten);
     EXPECT_EQ(SaveMiscOptions({}, m_place), kSettingsNotWritten);
-    ASSERT_EQ(m_prompts.boxes.size(), 4U);
+    ASSERT_EQ(prompts.boxes.size(), 4U);
     for (const std::size_t box : {0U, 1U})
-        EXPECT_TRUE(StartsWith(m_prompts.boxes[box].text, "Can't open pdfcolorprinters.ini file."));
-    EXPECT_EQ(m_prompts.boxes[2].text, "Can't save to general_setup.ini file.");
-    EXPECT_EQ(m_prompts.boxes[3].text, "Can't save to misc.ini file.");
-    EXPECT_EQ(m_folder.Read("balancedprinters.ini"), "PRINTER1;A\n");
+        EXPECT_TRUE(StartsWith(prompts.boxes[box].text, "Can't open pdfcolorprinters.ini file."));
+    EXPECT_EQ(prompts.boxes[2].text, "Can't save to general_setup.ini file.");
+    EXPECT_EQ(prompts.boxes[3].text, "Can't save to misc.ini file.");
+    EXPECT_EQ(folder.Read("balancedprinters.ini"), "PRINTER1;A\n");
 }
 
 TEST_F(OptionFilesTest, NobodyElseReadsThePasswordOfTheMail) {
     namespace fs = std::filesystem;
-    const fs::path path = m_folder.Write("email_setup.ini", "EMAILPASSWORD;old\n");
+    const fs::path path = folder.Write("email_setup.ini", "EMAILPASSWORD;old\n");
     fs::permissions(path, fs::perms(0644));
     ASSERT_EQ(SaveEmailOptions({}, m_place), kSettingsDone);
     if (PlatformSeparator() == '/') {
@@ -101,30 +101,30 @@ TEST_F(OptionFilesTest, RecipientsAreChangedTogether) {
     EXPECT_EQ(document->ChangeKey("EMAILTO", {"a@example.org", "b@example.org"}, message, notes), 0);
     EXPECT_EQ(document->ChangeKey("EMAILTO", {}, message, notes), 1);
     ASSERT_EQ(document->Save(), kSettingsDone);
-    EXPECT_TRUE(Contains(m_folder.Read("email_setup.ini"),
+    EXPECT_TRUE(Contains(folder.Read("email_setup.ini"),
                          AsWritten("EMAILTO;a@example.org\nEMAILTO;b@example.org\n")));
 }
 
 TEST_F(OptionFilesTest, TheSwitchesOfTheLogCheckAreReadPastADateAndSavedWithoutIt) {
-    m_folder.Write("printlogcheck.ini", "2024-03-01 12:00:00\nNOFILESIZE\nNOMODIFIEDDATE\n");
+    folder.Write("printlogcheck.ini", "2024-03-01 12:00:00\nNOFILESIZE\nNOMODIFIEDDATE\n");
     LogCheckOptions options;
     EXPECT_EQ(LoadLogCheckOptions(options, m_place), kSettingsDone);
     EXPECT_EQ(options, (LogCheckOptions{true, false, true, false}));
     EXPECT_EQ(SaveLogCheckOptions(options, m_place), kSettingsDone);
-    EXPECT_EQ(m_folder.Read("printlogcheck.ini"), AsWritten("NOFILESIZE\nNOMODIFIEDDATE\n"));
-    m_folder.Write("printlogcheck.ini", "2024-03-01 12:00:00\n");
+    EXPECT_EQ(folder.Read("printlogcheck.ini"), AsWritten("NOFILESIZE\nNOMODIFIEDDATE\n"));
+    folder.Write("printlogcheck.ini", "2024-03-01 12:00:00\n");
     EXPECT_EQ(LoadLogCheckOptions(options, m_place), kSettingsDone);
     EXPECT_EQ(options, LogCheckOptions());
 }
 
 TEST_F(OptionFilesTest, AMonitoredFoldersValueIsFoundByItsIndex) {
     EXPECT_EQ(ReadMonitorValue(m_place, "MONCHECK_LOG", 0), "");
-    m_folder.Write("setup.ini",
-                   "MONITOR;1\r\nMONCHECK_LOG;0;1\r\nMONCHECK_LOG;10;1\r\nMONCHECK_LOG;1;0\r\n"
-                   "MONCHECK_LOGS;2;1\r\nMONCHECK_LOG;2\r\nMONCHECK_LOG;1;yes\r\n");
-    for (const auto& [folder, value] :
+    folder.Write("setup.ini",
+                 "MONITOR;1\r\nMONCHECK_LOG;0;1\r\nMONCHECK_LOG;10;1\r\nMONCHECK_LOG;1;0\r\n"
+                 "MONCHECK_LOGS;2;1\r\nMONCHECK_LOG;2\r\nMONCHECK_LOG;1;yes\r\n");
+    for (const auto& [index, value] :
          {std::pair(0, "1"), std::pair(1, "yes"), std::pair(2, ""), std::pair(10, "1")})
-        EXPECT_EQ(ReadMonitorValue(m_place, "MONCHECK_LOG", folder), value) << folder;
+        EXPECT_EQ(ReadMonitorValue(m_place, "MONCHECK_LOG", index), value) << index;
 }
 
 }  // namespace

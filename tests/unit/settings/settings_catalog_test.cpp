@@ -37,7 +37,7 @@ protected:
         EXPECT_EQ(document->ClearKey(key, message), 0) << message;
         EXPECT_EQ(document->Save(), kSettingsDone);
     }
-    std::string File() { return m_folder.Read("general_setup.ini"); }
+    std::string File() { return folder.Read("general_setup.ini"); }
 };
 
 TEST_F(SettingsCatalogTest, ShowsEveryKeyWithItsDefault) {
@@ -60,7 +60,7 @@ TEST_F(SettingsCatalogTest, EachFlagHasAFieldOfItsOwn) {
     for (const auto& [key, value] : defaults) {
         if (!std::holds_alternative<bool>(value) || key == "GENERATEANDPRINTLIST")
             continue;  // which never stays
-        m_folder.Write("general_setup.ini", key + "\n");
+        folder.Write("general_setup.ini", key + "\n");
         const auto values = Open()->Values();
         for (std::size_t i = 0; i < values.size(); ++i)
             EXPECT_EQ(values[i].second != defaults[i].second, values[i].first == key) << key;
@@ -68,7 +68,7 @@ TEST_F(SettingsCatalogTest, EachFlagHasAFieldOfItsOwn) {
 }
 
 TEST_F(SettingsCatalogTest, ChangesOneKeyAndLeavesTheOthers) {
-    m_folder.Write("general_setup.ini", "REMOVEITEM\nPAUSEMOVE;4\n");
+    folder.Write("general_setup.ini", "REMOVEITEM\nPAUSEMOVE;4\n");
     EXPECT_EQ(Set("DONTCLOSEACROBAT", {}), TextList());
     EXPECT_EQ(Set("PAGEMASK", {"on"}), TextList());
     EXPECT_EQ(Set("PRINTPRIORITY", {"99"}), TextList());
@@ -117,7 +117,7 @@ TEST_F(SettingsCatalogTest, WhatIsNoValueChangesNothing) {
         EXPECT_EQ(message, each.said);
         EXPECT_EQ(document->Values(), before);
     }
-    EXPECT_TRUE(m_prompts.boxes.empty());
+    EXPECT_TRUE(prompts.boxes.empty());
 }
 
 TEST_F(SettingsCatalogTest, TellsWhatWillNotStay) {
@@ -149,12 +149,12 @@ TEST_F(SettingsCatalogTest, TellsWhatTheDialogWouldChangeToo) {
 }
 
 TEST_F(SettingsCatalogTest, AFileThatCannotBeReadIsLeftAlone) {
-    m_folder.Write("general_setup.ini", "REMOVEITEM\n");
-    m_files.FailAlways(FaultyFiles::Call::kOpenForReading, FileResult::kNoAccess);
+    folder.Write("general_setup.ini", "REMOVEITEM\n");
+    files.FailAlways(FaultyFiles::Call::kOpenForReading, FileResult::kNoAccess);
     const auto document = Open();
     EXPECT_EQ(document->LoadResult(), kSettingsNotRead);
     EXPECT_EQ(document->Save(), kSettingsNotWritten);
-    EXPECT_EQ(m_prompts.boxes,
+    EXPECT_EQ(prompts.boxes,
               (std::vector<FakePrompts::Box>{
                   {"Save Error!", "general_setup.ini can't be read, so it is left as it is."}}));
     EXPECT_EQ(File(), "REMOVEITEM\n");

@@ -35,14 +35,14 @@ TEST_F(PostPrintLinuxTest, BringsWhatALinkStandsFor) {
     std::filesystem::create_directory_symlink(PathOf("in"), PathOf("alias"));
     EXPECT_TRUE(Check(Put("in/c.pdf"), PathOf("alias")));
     EXPECT_TRUE(Has("in/c.pdf"));
-    EXPECT_TRUE(m_prompts.boxes.empty());
+    EXPECT_TRUE(prompts.boxes.empty());
 }
 
 TEST_F(PostPrintLinuxTest, MovesBetweenRealVolumes) {
     struct stat here = {}, there = {};
     const std::string other = "/dev/shm/quirepress-test-" + std::to_string(getpid());
     const bool isThere = mkdir(other.c_str(), 0700) == 0 && stat(other.c_str(), &there) == 0;
-    ASSERT_EQ(stat(m_folder.Path().c_str(), &here), 0);
+    ASSERT_EQ(stat(folder.Path().c_str(), &here), 0);
     if (!isThere || here.st_dev == there.st_dev) {
         rmdir(other.c_str());
         GTEST_SKIP() << "There is no second volume";
@@ -51,13 +51,13 @@ TEST_F(PostPrintLinuxTest, MovesBetweenRealVolumes) {
     ASSERT_EQ(chmod(path.c_str(), 0600), 0);
     std::filesystem::last_write_time(path,
                                      std::filesystem::last_write_time(path) - std::chrono::hours(9'000));
-    const Instant written = m_files.Inspect(path).written;
+    const Instant written = files.Inspect(path).written;
     EXPECT_TRUE(Check(path, other));
     EXPECT_FALSE(Has("in/a.pdf"));
     EXPECT_TRUE(Check(other + "/a.pdf", PathOf("out")));
     EXPECT_FALSE(std::filesystem::exists(other + "/a.pdf"));
     EXPECT_EQ(Read("out/a.pdf").size(), 1'000'000U);
-    EXPECT_EQ(m_files.Inspect(PathOf("out/a.pdf")).written, written);
+    EXPECT_EQ(files.Inspect(PathOf("out/a.pdf")).written, written);
     ASSERT_EQ(stat(PathOf("out/a.pdf").c_str(), &here), 0);
     EXPECT_EQ(here.st_mode & 0777U, 0600U);
     std::filesystem::remove_all(other);
