@@ -11,59 +11,37 @@ namespace {
 
 class FakeHangWatch : public HangWatch {
 public:
-    int CheckForHang() override {
-        ++calls;
-        return code;
-    }
+    int CheckForHang() override { return code; }
     int code = kHung;
-    int calls = 0;
 };
 
-class HangRecoveryTest : public testing::Test {
-protected:
-    HangRecoveryTest() { m_options.m_onErrorHangPrintOneMoreTime = true; }
-    HangDecision Check(std::string_view path) {
-        return quirepress::CheckForHang(&m_watch, m_log, m_options, path);
-    }
-
-    Surroundings m_around;
-    GeneralOptions m_options;
-    HangLog m_log{m_around.files, m_around.clock, m_around.folder.PathOf(kHangLogName)};
-    FakeHangWatch m_watch;
-};
-
-TEST_F(HangRecoveryTest, TheFirstHangOfAFileIsWorthOneMoreTry) {
-    HangDecision first = Check("/in/a.doc");
-    EXPECT_TRUE(first.hung && first.tryAgain);
-    HangDecision second = Check("/in/a.doc");
-    EXPECT_TRUE(second.hung);
-    EXPECT_FALSE(second.tryAgain);
-    EXPECT_TRUE(Check("/in/a.docx").tryAgain);  // another file
-    EXPECT_EQ(m_log.CountHangs("/in/a.doc"), 2);
-}
-
-TEST_F(HangRecoveryTest, OnlyDocumentsOfTheWordProcessorAreAskedFor) {
+TEST(HangRecoveryTest, TheFirstHangOfADocumentIsWorthOneMoreTry) {
+    Surroundings around;
+    GeneralOptions options;
+    options.m_onErrorHangPrintOneMoreTime = true;
+    HangLog log{around.files, around.clock, around.folder.PathOf(kHangLogName)};
+    FakeHangWatch watch;
+    const auto check = [&](std::string_view path) { return CheckForHang(&watch, log, options, path); };
+    EXPECT_TRUE(check("/in/a.doc").tryAgain);
+    EXPECT_TRUE(check("/in/a.doc").hung);
+    EXPECT_FALSE(check("/in/a.doc").tryAgain);
+    EXPECT_TRUE(check("/in/A.DOCX").tryAgain) << "another file";
+    EXPECT_EQ(log.CountHangs("/in/a.doc"), 3);
     for (const char* path : {"/in/a.rtf", "/in/a.pdf", "/in/doc", "/in/a.doc/b"})
-        EXPECT_FALSE(Check(path).hung) << path;
-    EXPECT_EQ(m_watch.calls, 0);
-    EXPECT_TRUE(Check("/in/A.DOCX").hung);
-    EXPECT_FALSE(quirepress::CheckForHang(nullptr, m_log, m_options, "/in/a.doc").hung);
+        EXPECT_FALSE(check(path).hung) << path << " is none of the word processor";
+    EXPECT_FALSE(CheckForHang(nullptr, log, options, "/in/b.doc").hung);
     for (const int code : {0, 1, -1, 998}) {
-        m_watch.code = code;
-        EXPECT_FALSE(Check("/in/b.doc").hung);
+        watch.code = code;
+        EXPECT_FALSE(check("/in/b.doc").hung) << code;
     }
-    EXPECT_EQ(m_log.CountHangs("/in/b.doc"), 0);
-}
-
-TEST_F(HangRecoveryTest, WithoutTheOptionOrARecordThereIsNoOtherTry) {
-    m_options.m_onErrorHangPrintOneMoreTime = false;
-    EXPECT_FALSE(Check("/in/a.doc").tryAgain);
-    m_options.m_onErrorHangPrintOneMoreTime = true;
-    EXPECT_TRUE(Check("/in/b.doc").tryAgain);
-    m_around.files.FillDiskAfter(0);
-    const HangDecision unrecorded = Check("/in/b.doc");
-    EXPECT_TRUE(unrecorded.hung);
-    EXPECT_FALSE(unrecorded.tryAgain);
+    // Without the option, or a record of it, there is no other try.
+    watch.code = HangWatch::kHung;
+    options.m_onErrorHangPrintOneMoreTime = false;
+    EXPECT_FALSE(check("/in/c.doc").tryAgain);
+    options.m_onErrorHangPrintOneMoreTime = true;
+    around.files.FillDiskAfter(0);
+    EXPECT_TRUE(check("/in/d.doc").hung);
+    EXPECT_FALSE(check("/in/d.doc").tryAgain);
 }
 
 }  // namespace

@@ -14,12 +14,9 @@ using Fate = OutputFileName::Fate;
 
 class OutputFileNameTest : public testing::Test {
 protected:
-    OutputFileName Make(std::string_view document) {
-        return MakeOutputFileName(options, document,
-                                  [this](const std::string& path) { return existing.count(path) != 0; });
-    }
     void Expect(std::string_view document, const std::string& path, Fate fate) {
-        const OutputFileName name = Make(document);
+        const OutputFileName name = MakeOutputFileName(
+            options, document, [this](const std::string& each) { return existing.count(each) != 0; });
         EXPECT_EQ(name.path, path);
         EXPECT_EQ(name.fate, fate);
     }
@@ -47,21 +44,13 @@ TEST_F(OutputFileNameTest, FollowsTheOptions) {
 
     options.m_useSourcePath = true;
     Expect(source, JoinPath("/in", "test.ps"), Fate::kNew);
-}
-
-TEST_F(OutputFileNameTest, IsNeverThatOfTheDocumentItself) {
-    const std::string document = JoinPath("/in", "test.pdf");
-    options.m_extension = ".pdf";
-    options.m_useSourcePath = true;
-    options.m_overwrite = true;
-    existing = {document};
-    Expect(document, JoinPath("/in", "test_v0001.pdf"), Fate::kNew);
-}
-
-TEST_F(OutputFileNameTest, GivesUpWhereEveryVersionExists) {
+    // Never that of the document itself.
+    options.m_versionFile = false;
+    existing = {JoinPath("/in", "a.ps")};
+    Expect(JoinPath("/in", "a.ps"), JoinPath("/in", "a_v0001.ps"), Fate::kNew);
     options.m_versionFile = true;
-    const OutputFileName name = MakeOutputFileName(options, source, [](const std::string&) { return true; });
-    EXPECT_EQ(name.fate, Fate::kTaken);
+    const auto isThere = [](const std::string&) { return true; };
+    EXPECT_EQ(MakeOutputFileName(options, source, isThere).fate, Fate::kTaken);
 }
 
 }  // namespace

@@ -30,7 +30,6 @@ protected:
                      "COMMAND;Own printing\nTYPES;.plt text/x-plot\nPRINT;plot --to %1\n"
                      "COMMAND;To printer\nTYPES;.lab\nPRINT;lab -d %p %1 100%%\n"
                      "COMMAND;Texts\nTYPES;text/*\nPDF;totext %1 %o\n");
-        debugLog.Open(files, folder.PathOf("qpr.log"));
     }
     ShellCommand Find(const std::string& path) { return printer.FindCommand("Laser", path); }
     std::string NameFor(const std::string& path) { return Find(path).Name(); }
@@ -79,7 +78,6 @@ TEST_F(ShellPrintTest, PhotosGoToTheSystemsViewerUnlessSwitchedOff) {
     shell.photoProgram = "photos";
     shell.printCommands = {{".cr2", "raw-viewer"}};
     EXPECT_THAT(Find("/x/a.CR2").registered.request.arguments, ElementsAre("photos", "/x/a.CR2", "Laser"));
-    EXPECT_THAT(folder.Read("qpr.log"), HasSubstr("Check for photo print\r\n"));
     EXPECT_EQ(Find("/x/a.doc").way, Way::kBroken);
     options.m_xpPhoto = false;
     EXPECT_EQ(Find("/x/a.cr2").registered.line, "raw-viewer");
@@ -99,19 +97,14 @@ TEST_F(ShellPrintTest, StartsAProgramForTheDefaultPrinter) {
     printer.DoShellExecutePDF(Find("-x.lab"), "Laser", "-x.lab");
     EXPECT_EQ(spooler.DefaultPrinter(), "Plotter");
     EXPECT_THAT(processes.records.back().request.arguments,
-                ElementsAre("lab", "-d", "Laser", testing::EndsWith("-x.lab"), "100%"));
-    EXPECT_FALSE(processes.records.back().request.arguments[3].front() == '-');
-    EXPECT_THAT(folder.Read("qpr.log"), HasSubstr("DoShellExecutePDF file: -x.lab\r\n"));
-    EXPECT_THAT(folder.Read("qpr.log"),
-                HasSubstr("ShellExecute result 33\r\nDone DoShellExecutePDF file: -x.lab OK\r\n"));
+                ElementsAre("lab", "-d", "Laser", testing::EndsWith("/-x.lab"), "100%"));
 }
 
 TEST_F(ShellPrintTest, AnswersTheDialogsOfAProgramWhileItPrints) {
     shell.programs = {"lab"};
     FakeAppWindows windows;
     windows.environment = {{"SHOW", "1"}};
-    PrintToFileSettings settings;
-    settings.printFile.m_path = folder.Path();
+    const PrintToFileSettings settings;
     DialogRules rules({windows, files, loop, debugLog, options, settings});
     printer.UseDialogs(&rules);
     FakeProcesses::Script script;
@@ -120,10 +113,6 @@ TEST_F(ShellPrintTest, AnswersTheDialogsOfAProgramWhileItPrints) {
     {
         const ShellStart start = printer.DoShellExecute(Find("/x/a.lab"), "Laser", "/x/a.lab");
         EXPECT_EQ(processes.records.back().request.environment, windows.environment);
-        windows.PutDialog("Print to File", {FakeAppWindows::Field("name"), FakeAppWindows::Button("Save")});
-        loop.Wait(300);
-        ASSERT_EQ(windows.actions.size(), 2U);
-        EXPECT_EQ(windows.actions[0], "text Print to File: name = " + folder.PathOf("a"));
         windows.PutDialog("Odd", {FakeAppWindows::Button("OK")}, start.process->Id());
         loop.Wait(12'000);
         EXPECT_THAT(start.dialogs->Flaw(), HasSubstr("\"Odd\""));
@@ -131,8 +120,6 @@ TEST_F(ShellPrintTest, AnswersTheDialogsOfAProgramWhileItPrints) {
     windows.PutDialog("Print", {FakeAppWindows::Button("OK")});
     loop.Wait(1'000);
     EXPECT_TRUE(windows.IsOpen("Print"));
-    printer.UseDialogs(nullptr);
-    EXPECT_FALSE(printer.DoShellExecute(Find("/x/a.lab"), "Laser", "/x/a.lab").dialogs);
 }
 
 TEST_F(ShellPrintTest, TellsWhyNothingWasStarted) {

@@ -40,19 +40,16 @@ TEST_F(ErrorLogTest, ARecordHasItsColumns) {
                                                "Error can't move", "Office"}}));
 }
 
-TEST_F(ErrorLogTest, ALongSourceShiftsWhatFollows) {
+TEST_F(ErrorLogTest, ALongSourceShiftsWhatFollowsAndALineEndDoesNot) {
     EXPECT_EQ(m_log.Append({std::string(203, 's'), "to", "", ""}), 0);
     const Fields fields = Records().at(0);
     EXPECT_EQ(fields[2], std::string(200, 's'));
     EXPECT_EQ(fields[3], "sssto");
-}
-
-TEST_F(ErrorLogTest, ALineEndInAFieldStartsNoRecord) {
     using namespace std::string_literals;
     EXPECT_EQ(m_log.Append({"a\r\nb\0c"s, "", "one\ntwo", ""}), 0);
-    ASSERT_EQ(Records().size(), 1U);
-    EXPECT_EQ(Records()[0][2], "a  b c");
-    EXPECT_EQ(Records()[0][4], "one two");
+    ASSERT_EQ(Records().size(), 2U) << "a line end starts no record";
+    EXPECT_EQ(Records()[1][2], "a  b c");
+    EXPECT_EQ(Records()[1][4], "one two");
 }
 
 TEST_F(ErrorLogTest, AHalfLineSpoilsOnlyItself) {

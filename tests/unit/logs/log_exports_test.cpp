@@ -40,14 +40,6 @@ protected:
     std::string m_opened;
 };
 
-TEST_F(LogExportsTest, AnEmptyLogHasAHeaderAndATotal) {
-    PutLog("");
-    EXPECT_EQ(Export(), 0);
-    EXPECT_EQ(Csv(), std::string(kPrintHeader) + ",,,,,0,\r\n");
-    EXPECT_TRUE(m_around.prompts.boxes.empty());
-    EXPECT_TRUE(m_around.prompts.questions.empty());
-}
-
 TEST_F(LogExportsTest, FieldsGoOutAsTheyStand) {
     PutLog(Record("/in/a,b.pdf", "3") + Record("=1+1", "x") + "\n" + Record("\"q\"", "4").substr(0, 245));
     EXPECT_EQ(Export(), 0);
@@ -93,13 +85,6 @@ TEST_F(LogExportsTest, TheErrorLogHasItsOwnTitlesAndNoTotal) {
               "Date,Time,Filename From,Filename To,Error Message,Printer\r\n"
               "2024-03-01,12:00:00,/in/a.pdf,/done,Error," +
                   printer + "\r\n");
-    m_request.target = "nofile";
-    m_around.prompts.ChooseNext(m_around.folder.PathOf("out.csv"));
-    EXPECT_EQ(ExportErrorLogCsv(m_around.files, m_around.prompts, m_request), 0);
-    EXPECT_EQ(m_around.prompts.questions,
-              (std::vector<Box>{{"Export Error Log to CSV file", "*.csv"},
-                                {"Export Error Log", "Do you want to include a description header ?"},
-                                {"Open File", "Do you want to open file now in excel ?"}}));
 }
 
 TEST_F(LogExportsTest, FailuresAreSaidAndLeaveTheTarget) {

@@ -88,15 +88,9 @@ TEST_F(LogHousekeepingTest, EveryUnitHasItsLength) {
         SetNow(each.due);
         EXPECT_TRUE(IsDue()) << each.unit;
     }
-    m_around.folder.Write("printlogcheck.ini", "2031-03-01 12:00:00\n");
-    EXPECT_FALSE(IsDue());
-    EXPECT_EQ(Stamp(), "2031-03-01 12:00:00\n");
-}
-
-TEST_F(LogHousekeepingTest, AStampThatCannotBeReadIsNeverDue) {
-    for (const char* text : {"NOFILENAME\n", "", "garbage"}) {
+    for (const char* text : {"2031-03-01 12:00:00\n", "NOFILENAME\n", "", "garbage"}) {
         m_around.folder.Write("printlogcheck.ini", text);
-        EXPECT_FALSE(IsDue());
+        EXPECT_FALSE(IsDue()) << text;
         EXPECT_EQ(Stamp(), text);
     }
 }
@@ -115,11 +109,13 @@ TEST_F(LogHousekeepingTest, NothingIsDoneUnlessItIsWanted) {
 TEST_F(LogHousekeepingTest, RecordsOfMissingFilesGo) {
     m_around.system.files->MakeFolders(m_around.folder.PathOf("folder"));
     const std::string folder = Record("", m_around.folder.PathOf("folder"));
-    PutLog(m_here + m_gone + "short\r\n\r\n" + folder + m_here + std::string(1100, 'x') + "\n" + m_here);
+    std::string many;
+    while (many.size() < 600'000) many += m_here;
+    PutLog(many + m_gone + "short\r\n\r\n" + folder + m_here + std::string(1100, 'x') + "\n" + m_here);
     const LogCleanup cleanup = Run();
     EXPECT_EQ(cleanup.missing, 6);  // the overlong line comes in two pieces
     EXPECT_FALSE(cleanup.hasFailed);
-    EXPECT_EQ(Log(), m_here + m_here + m_here);
+    EXPECT_EQ(Log(), many + m_here + m_here);
     EXPECT_TRUE(Archives().empty());
     EXPECT_FALSE(m_around.folder.Has("print.log.new"));
 }
@@ -155,15 +151,6 @@ TEST_F(LogHousekeepingTest, OldRecordsGoByTheSameCalendarOnBothSides) {
     OnlyRemoveOld(1, 2);
     PutLog(recordOf("2023-03-01 11:59:59") + recordOf("2023-03-01 12:00:00"));
     EXPECT_EQ(Run(false).old, 1);
-}
-
-TEST_F(LogHousekeepingTest, LinesBeforeTheFirstRemovedOneStayTheSame) {
-    std::string kept;
-    while (kept.size() < 600'000) kept += Record("2024-02-29 10:00:00", "/in/a.pdf");
-    PutLog(kept + Record("2001-01-01 00:00:00", "/in/a.pdf") + kept + "unended");
-    OnlyRemoveOld(1, 2);
-    EXPECT_EQ(Run().old, 1);
-    EXPECT_EQ(Log(), kept + kept + "unended\r\n");
 }
 
 TEST_F(LogHousekeepingTest, AtEveryMomentTheLogIsOldOrNew) {
