@@ -4,14 +4,12 @@
 #include "contract/spooler_stage.h"
 #include "fakes/both_kinds.h"
 #include "fakes/fake_spooler.h"
-#include "fakes/temporary_folder.h"
 #include "platform/clock.h"
 #include "platform/embedded/embedded_spooler.h"
 #include "platform/event_loop.h"
 #include "platform/files.h"
 #include "platform/machine.h"
 #include "platform/network.h"
-#include "platform/services.h"
 
 namespace quirepress {
 namespace {
@@ -27,14 +25,9 @@ public:
     }
     Spooler& System() override { return m_spooler; }
     PrinterAdministration& Administration() override { return m_spooler; }
-    std::string WriteDocument(std::string_view name, std::string_view bytes) override {
-        return m_folder.Write(name, bytes);
-    }
     void Deliver() override { m_spooler.DeliverJobs(); }
 
 private:
-    Services m_services = MakeSystemServices();
-    TemporaryFolder m_folder;
     FakeSpooler m_spooler{*m_services.files};
 };
 
@@ -49,16 +42,11 @@ public:
     }
     Spooler& System() override { return m_spooler; }
     PrinterAdministration& Administration() override { return m_spooler; }
-    std::string WriteDocument(std::string_view name, std::string_view bytes) override {
-        return m_folder.Write(name, bytes);
-    }
     void Deliver() override {
         while (!m_spooler.IsIdle()) m_services.loop->Wait(1);
     }
 
 private:
-    Services m_services = MakeSystemServices();
-    TemporaryFolder m_folder;
     EmbeddedSpooler m_spooler{*m_services.files, *m_services.loop,    *m_services.network,
                               *m_services.clock, *m_services.machine, m_folder.Path()};
 };
@@ -93,7 +81,7 @@ protected:
 
     PrinterInfo Printer(std::string_view name) {
         std::vector<PrinterInfo> printers;
-        System().ListPrinters(printers);
+        EXPECT_EQ(System().ListPrinters(printers), 0);
         for (const PrinterInfo& printer : printers)
             if (printer.name == name) return printer;
         return {};

@@ -7,6 +7,8 @@
 #include <string_view>
 #include <vector>
 
+#include "fakes/temporary_folder.h"
+#include "platform/services.h"
 #include "platform/spooler.h"
 
 namespace quirepress {
@@ -21,7 +23,9 @@ public:
     virtual void RemovePrinter(const std::string& name) = 0;
     virtual void PausePrinter(const std::string& name) = 0;
     virtual void ResumePrinter(const std::string& name) = 0;
-    virtual std::string WriteDocument(std::string_view name, std::string_view bytes) = 0;
+    std::string WriteDocument(std::string_view name, std::string_view bytes) const {
+        return m_folder.Write(name, bytes);
+    }
     // Everything that can go out goes out.
     virtual void Deliver() = 0;
 
@@ -30,6 +34,10 @@ public:
     virtual bool KeepsEmptyDocuments() const { return true; }
     virtual std::int64_t SizeUnit() const { return 1; }  // in which sizes of jobs are told
     virtual std::string ShownName(const std::string& document) const { return document; }
+
+protected:
+    Services m_services = MakeSystemServices();
+    TemporaryFolder m_folder;
 };
 
 // One whose printers are the product's own. Its operations are those of the stage.

@@ -38,6 +38,16 @@ public:
 
 private:
     void RunWhileOpen();
+    // The next of the test's answers, else the usual one.
+    template <typename Answer>
+    Answer Ask(std::string_view title, std::string_view text, std::deque<Answer>& answers, Answer usual) {
+        questions.push_back({std::string(title), std::string(text)});
+        RunWhileOpen();
+        if (answers.empty()) return usual;
+        usual = std::move(answers.front());
+        answers.pop_front();
+        return usual;
+    }
 
     std::deque<bool> m_answers;
     std::deque<std::string> m_savePaths;

@@ -1,10 +1,8 @@
 #include "contract/spooler_stage.h"
-#include "fakes/temporary_folder.h"
 #include "platform/clock.h"
 #include "platform/cups/open_cups_spooler.h"
 #include "platform/event_loop.h"
 #include "platform/files.h"
-#include "platform/services.h"
 #include "rig/private_cups.h"
 
 namespace quirepress {
@@ -27,9 +25,6 @@ public:
     void RemovePrinter(const std::string& name) override { m_cups.Remove(name); }
     void PausePrinter(const std::string& name) override { m_cups.Pause(name); }
     void ResumePrinter(const std::string& name) override { m_cups.Resume(name); }
-    std::string WriteDocument(std::string_view name, std::string_view bytes) override {
-        return m_folder.Write(name, bytes);
-    }
     void Deliver() override {
         for (int i = 0; i < 2'000 && CountMovingJobs() > 0; ++i) m_services.loop->Wait(5);
         EXPECT_EQ(CountMovingJobs(), 0U);
@@ -55,8 +50,6 @@ private:
         return jobs;
     }
 
-    Services m_services = MakeSystemServices();
-    TemporaryFolder m_folder;
     PrivateCups m_cups{m_services};
     std::unique_ptr<Spooler> m_spooler;
 };

@@ -60,20 +60,20 @@ protected:
 };
 
 TEST_F(NotificationsTest, EachKindHasItsSwitchAndTheFifthHasNone) {
-    EXPECT_THAT(SubjectsOfAllKinds(), ElementsAre("Quirepress Prints Finished"));
-    m_email.m_scheduledJob = true;
-    EXPECT_THAT(SubjectsOfAllKinds(),
-                ElementsAre("Quirepress Scheduled Job Finished", "Quirepress Prints Finished"));
-    m_email.m_scheduledJob = false;
-    m_email.m_printError = true;
-    EXPECT_THAT(SubjectsOfAllKinds(), ElementsAre("Quirepress Print Error", "Quirepress Prints Finished"));
-    m_email.m_printError = false;
-    m_email.m_printerAlert = true;
-    EXPECT_THAT(SubjectsOfAllKinds(), ElementsAre("Quirepress Printer Alert", "Quirepress Prints Finished"));
-    m_email.m_printerAlert = false;
-    m_email.m_printsFinished = m_email.m_printsReady = true;
-    EXPECT_THAT(SubjectsOfAllKinds(), ElementsAre("Quirepress Prints Finished", "Quirepress Prints Finished",
-                                                  "Quirepress Prints Ready"));
+    const std::string always = "Quirepress Prints Finished";
+    EXPECT_THAT(SubjectsOfAllKinds(), ElementsAre(always));
+    const std::pair<bool EmailOptions::*, const char*> kinds[] = {
+        {&EmailOptions::m_scheduledJob, "Quirepress Scheduled Job Finished"},
+        {&EmailOptions::m_printError, "Quirepress Print Error"},
+        {&EmailOptions::m_printerAlert, "Quirepress Printer Alert"},
+        {&EmailOptions::m_printsFinished, "Quirepress Prints Finished"}};
+    for (const auto& [flag, subject] : kinds) {
+        m_email.*flag = true;
+        EXPECT_THAT(SubjectsOfAllKinds(), ElementsAre(subject, always));
+        m_email.*flag = false;
+    }
+    m_email.m_printsReady = true;
+    EXPECT_THAT(SubjectsOfAllKinds(), ElementsAre(always, "Quirepress Prints Ready"));
 }
 
 TEST_F(NotificationsTest, EveryRecipientGetsAMessageOfHisOwn) {

@@ -15,7 +15,7 @@
 namespace quirepress {
 namespace {
 
-using Objects = std::vector<std::pair<int, std::string>>;
+using Objects = PdfBodies;
 
 std::string Stream(const std::string& keys, const std::string& data) {
     return Format("<< %s /Length %d >>\nstream\n", keys, data.size()) + data + "\nendstream";

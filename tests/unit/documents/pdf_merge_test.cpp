@@ -12,7 +12,7 @@
 namespace quirepress {
 namespace {
 
-using Objects = std::vector<std::pair<int, std::string>>;
+using Objects = PdfBodies;
 using testing::HasSubstr;
 
 constexpr const char* kTrailer = "/Size 99 /Root 1 0 R";

@@ -77,11 +77,11 @@ TEST(PdfQuickCount, HybridFilesHideObjectsInAStream) {
 }
 
 TEST(PdfQuickCount, CountMayBeAnObjectOfItsOwn) {
-    std::vector<std::pair<int, std::string>> objects = {{1, "<</Type/Catalog/Pages 2 0 R>>"},
-                                                        {2, "<</Type/Pages/Count 3 0 R/Kids 4 0 R>>"},
-                                                        {3, "1"},
-                                                        {4, "[5 0 R]"},
-                                                        {5, "<</Type/Page/Parent 2 0 R>>"}};
+    PdfBodies objects = {{1, "<</Type/Catalog/Pages 2 0 R>>"},
+                         {2, "<</Type/Pages/Count 3 0 R/Kids 4 0 R>>"},
+                         {3, "1"},
+                         {4, "[5 0 R]"},
+                         {5, "<</Type/Page/Parent 2 0 R>>"}};
     EXPECT_EQ(QuickCount(MakePdfOf(objects, "/Root 1 0 R")), 1);
     objects[2].second = "3 0 R";
     EXPECT_EQ(QuickCount(MakePdfOf(objects, "/Root 1 0 R")), -1) << "a reference to itself";
@@ -265,12 +265,11 @@ TEST(PdfRecovery, AttachedFilesDoNotCount) {
 }
 
 TEST(PdfRecovery, TreesWithLoopsEnd) {
-    std::vector<std::pair<int, std::string>> objects = {
-        {1, "<< /Type /Catalog /Pages 2 0 R >>"},
-        {2, "<< /Type /Pages /Count 9 /Kids [ 3 0 R 2 0 R 5 0 R ] >>"},
-        {3, "<< /Type /Pages /Kids [ 2 0 R 4 0 R 4 0 R ] >>"},
-        {4, "<< /Type /Page >>"},
-        {5, "<< /Parent 2 0 R /MediaBox [ 0 0 9 9 ] >>"}};
+    PdfBodies objects = {{1, "<< /Type /Catalog /Pages 2 0 R >>"},
+                         {2, "<< /Type /Pages /Count 9 /Kids [ 3 0 R 2 0 R 5 0 R ] >>"},
+                         {3, "<< /Type /Pages /Kids [ 2 0 R 4 0 R 4 0 R ] >>"},
+                         {4, "<< /Type /Page >>"},
+                         {5, "<< /Parent 2 0 R /MediaBox [ 0 0 9 9 ] >>"}};
     EXPECT_EQ(Recover(MakePdfOf(objects, "/Root 1 0 R")).pages, 3) << "a page used twice, one without a type";
     // Every node names the next one many times: 30 levels of 30 kids.
     objects.resize(1);

@@ -54,7 +54,7 @@ TEST_F(PdfPagesTest, TakesThePasswordAwayAndKeepsWhatPagesInherit) {
 
 // Links, outlines and form fields may name pages that are left out; their contents must not come along.
 TEST_F(PdfPagesTest, LeavesOutWhatBelongsToOtherPages) {
-    std::vector<std::pair<int, std::string>> objects = {
+    PdfBodies objects = {
         {1, "<< /Type /Catalog /Pages 2 0 R /Outlines << /First 9 0 R >> /OCProperties << /D << >> >> >>"},
         {2, "<< /Type /Pages /Count 2 /Kids [ 3 0 R 4 0 R ] >>"},
         {3,

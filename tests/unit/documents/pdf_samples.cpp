@@ -4,7 +4,6 @@
 #include <zlib.h>
 
 #include <algorithm>
-#include <map>
 #include <qpdf/QPDF.hh>
 #include <qpdf/QPDFWriter.hh>
 #include <sstream>
@@ -12,39 +11,7 @@
 #include "base/format.h"
 
 namespace quirepress {
-namespace {
-
-using Objects = std::vector<std::pair<int, std::string>>;
-
-// `objects` behind `pdf`, and a table in as few sections as their numbers allow.
-std::string AppendObjects(std::string pdf, const Objects& objects, const std::string& trailerKeys) {
-    std::map<int, std::string> entries;
-    if (pdf.find("startxref") == std::string::npos) entries[0] = "0000000000 65535 f \n";
-    for (const auto& [number, body] : objects) {
-        entries[number] = Format("%010d 00000 n \n", pdf.size());
-        pdf += Format("%d 0 obj\n%s\nendobj\n", number, body);
-    }
-    std::string table = "xref\n";
-    for (auto first = entries.begin(); first != entries.end();) {
-        std::string rows;
-        int count = 0;
-        const int number = first->first;
-        for (; first != entries.end() && first->first == number + count; ++first, ++count)
-            rows += first->second;
-        table += Format("%d %d\n", number, count) + rows;
-    }
-    return pdf + table + Format("trailer\n<< %s >>\nstartxref\n%d\n%%%%EOF\n", trailerKeys, pdf.size());
-}
-
-}  // namespace
-
-std::string MakePdfOf(const Objects& objects, const std::string& trailerKeys) {
-    return AppendObjects("%PDF-1.5\n%\xE2\xE3\xCF\xD3\n", objects, trailerKeys);
-}
-
-std::string WithUpdate(const std::string& pdf, const Objects& objects, const std::string& trailerKeys) {
-    return AppendObjects(pdf, objects, trailerKeys + Format(" /Prev %d", StartOffset(pdf)));
-}
+using Objects = PdfBodies;
 
 std::string MakePdf(int pages, int fan) {
     Objects objects = {{1, "<< /Type /Catalog /Pages 2 0 R >>"}, {2, ""}};
@@ -165,11 +132,6 @@ std::string Replaced(std::string text, const std::string& from, const std::strin
     const std::size_t found = text.find(from);
     EXPECT_NE(found, std::string::npos) << from;
     return found == std::string::npos ? text : text.replace(found, from.size(), to);
-}
-
-std::size_t StartOffset(const std::string& pdf) {
-    const std::string word = "startxref\n";
-    return std::stoul(pdf.substr(pdf.rfind(word) + word.size()));
 }
 
 }  // namespace quirepress

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "fakes/small_pdf.h"
+
 class QPDFWriter;
 
 namespace quirepress {
@@ -22,13 +24,6 @@ enum class Cipher { kRc4Of40, kRc4Of128, kAes128, kAes256 };
 std::string Encrypted(const std::string& pdf, Cipher cipher, const std::string& userPassword,
                       bool objectStreams);
 
-// Objects "NUMBER 0 obj BODY endobj", their cross-reference table and a trailer with `trailerKeys`.
-std::string MakePdfOf(const std::vector<std::pair<int, std::string>>& objects,
-                      const std::string& trailerKeys);
-// The same appended to `pdf` as an update of it.
-std::string WithUpdate(const std::string& pdf, const std::vector<std::pair<int, std::string>>& objects,
-                       const std::string& trailerKeys);
-
 std::string Deflated(const std::string& bytes);
 
 // The pages of a file of MakePdf's kind, by the numbers in their texts: "0 1 7 "; "2@90 " for a turned one,
@@ -42,6 +37,5 @@ std::string ObjectAt(const std::string& pdf, const std::string& path);
 
 // `text` with its first `from` replaced by `to`; the test fails when there is none.
 std::string Replaced(std::string text, const std::string& from, const std::string& to);
-std::size_t StartOffset(const std::string& pdf);  // the number behind the last "startxref"
 
 }  // namespace quirepress

@@ -113,23 +113,5 @@ TEST_F(GeneralSettingsTest, SavingIsInhibitedOrRefusedWithTheOwnersMessage) {
               (std::vector<FakePrompts::Box>{{"Save Error!", "Can't save to general_setup.ini file."}}));
 }
 
-TEST_F(GeneralSettingsTest, TheDialogCouplesItsPdfOptions) {
-    GeneralOptions options;
-    options.m_dontPrintPdfZero = true;
-    ApplyDialogCouplings(options);
-    EXPECT_TRUE(options.m_dontRetryPdf);
-    EXPECT_TRUE(options.m_dontPrintPdfZero);
-    options.m_openPassword = "x";
-    ApplyDialogCouplings(options);
-    EXPECT_FALSE(options.m_dontPrintPdfZero);
-    GeneralOptions without;
-    without.m_dontUseIntPrintingPdf = true;
-    without.m_dontPrintPdfZero = true;
-    without.m_openPassword = "x";
-    ApplyDialogCouplings(without);
-    EXPECT_FALSE(without.m_dontRetryPdf);
-    EXPECT_TRUE(without.m_dontPrintPdfZero);
-}
-
 }  // namespace
 }  // namespace quirepress
