@@ -97,14 +97,8 @@ TEST_F(PrinterBalanceTest, TakesTheFirstPrinterThatHasRoom) {
     Queue("B", 500);
     EXPECT_EQ(ChosenName(), "B");
     EXPECT_EQ(m_spooler.CountCalls("MakeDefaultPrinter"), 0);
-}
-
-TEST_F(PrinterBalanceTest, ChoosesNoneWhereAllAreFullEmptyOrNotAllowed) {
-    EXPECT_EQ(m_balance.Choose().index, 0);
-    Use(1, "A", 1);
-    Use(7, "B", 2);
-    Queue("A", 1);
-    Queue("B", 2);
+    // None where all are full, empty or not allowed.
+    m_options.m_printers[1].spool = 2;
     const BalanceChoice none = m_balance.Choose();
     EXPECT_EQ(none.index, 0);
     EXPECT_EQ(none.printer, "");

@@ -25,13 +25,13 @@ TEST_F(EmbeddedSpoolerTest, TheFirstPrinterIsMadeOnce) {
     std::vector<PrinterInfo> printers;
     EXPECT_EQ(m_spooler->ListPrinters(printers), 0);
     EXPECT_THAT(printers, IsEmpty());
-    EXPECT_FALSE(m_folder.Has("Printers/Quirepress"));
+    EXPECT_FALSE(folder.Has("Printers/Quirepress"));
 }
 
 TEST_F(EmbeddedSpoolerTest, IdsAreNeverGivenAgain) {
     Spool("Quirepress", "a");
     ASSERT_TRUE(Deliver());
-    m_files.Erase(m_folder.PathOf("Printers/Quirepress/Output/00000001-a"));
+    files.Erase(folder.PathOf("Printers/Quirepress/Output/00000001-a"));
     Restart();
     EXPECT_EQ(Spool("Quirepress", "b"), 2);
     ASSERT_TRUE(Deliver());
@@ -41,10 +41,10 @@ TEST_F(EmbeddedSpoolerTest, IdsAreNeverGivenAgain) {
     EXPECT_EQ(Spool("Quirepress", "c"), 3);
     ASSERT_TRUE(Deliver());
     // And where somebody cleared the folder of everything, nothing is overwritten.
-    m_files.Erase(m_folder.PathOf("Printers/Quirepress/ids"));
+    files.Erase(folder.PathOf("Printers/Quirepress/ids"));
     EXPECT_EQ(Spool("Quirepress", "b"), 1);
     ASSERT_TRUE(Deliver());
-    m_folder.Write("Printers/Quirepress/ids", "garbage");
+    folder.Write("Printers/Quirepress/ids", "garbage");
     EXPECT_EQ(Spool("Quirepress", "b", "other"), 1);
     ASSERT_TRUE(Deliver());
     EXPECT_THAT(Output(), ElementsAre(Pair("00000001-b", "bytes"), Pair("00000001-b (2)", "other"),
@@ -54,9 +54,9 @@ TEST_F(EmbeddedSpoolerTest, IdsAreNeverGivenAgain) {
 TEST_F(EmbeddedSpoolerTest, NumbersThatFellBehindAreFoundByTheJobs) {
     ASSERT_EQ(m_spooler->PausePrinterQueue("Quirepress", m_message), 0);
     for (const char* name : {"a", "b", "c"}) Spool("Quirepress", name);
-    m_folder.Write("Printers/Quirepress/ids", "00000001\n");
+    folder.Write("Printers/Quirepress/ids", "00000001\n");
     EXPECT_EQ(Spool("Quirepress", "d"), 4);
-    m_folder.Write("Printers/Quirepress/ids", "99999998\n");
+    folder.Write("Printers/Quirepress/ids", "99999998\n");
     EXPECT_EQ(Spool("Quirepress", "the last"), 99'999'999);
     EXPECT_EQ(Spool("Quirepress", "one too many"), -1);
     EXPECT_EQ(Jobs("Quirepress").size(), 5U);
@@ -78,23 +78,23 @@ TEST_F(EmbeddedSpoolerTest, APrinterDeliversByPriorityAndThenByAge) {
 }
 
 TEST_F(EmbeddedSpoolerTest, JobsOfOtherProgramsArePickedUpAndCanBeCancelled) {
-    m_loop.Wait(5'000);
-    EmbeddedSpooler other(m_files, m_loop, m_network, m_clock, m_machine, m_folder.Path());
+    loop.Wait(5'000);
+    EmbeddedSpooler other(files, loop, m_network, clock, machine, folder.Path());
     SpoolDocument(other, "Quirepress", "theirs");
-    m_loop.Wait(2'000);
+    loop.Wait(2'000);
     EXPECT_THAT(Output(), ElementsAre(Pair("00000001-theirs", "bytes")));
     MakePrinter("Paused", "folder:");
     ASSERT_EQ(other.PausePrinterQueue("Paused", m_message), 0);
     SpoolDocument(other, "Paused", "a");
     SpoolDocument(other, "Paused", "b");
     EXPECT_EQ(m_spooler->CancelJob("Paused", 1), 0);
-    m_loop.Wait(2'000);
+    loop.Wait(2'000);
     EXPECT_THAT(Documents("Paused"), ElementsAre("b"));
 }
 
 TEST_F(EmbeddedSpoolerTest, SettingsOfAPrinterAreShownAsTheyStand) {
     MakePrinter("Simulated", "null:");
-    m_folder.Write("Printers/Simulated/printer.ini", "PORT;null:\nSTATUS;16\nBIN;4;Manual\nDRIVER;PCL\n");
+    folder.Write("Printers/Simulated/printer.ini", "PORT;null:\nSTATUS;16\nBIN;4;Manual\nDRIVER;PCL\n");
     EXPECT_EQ(Printer("Simulated").statusBits, printer_status::kPaperOut);
     EXPECT_EQ(Printer("Simulated").driver, "PCL");
     ASSERT_EQ(m_spooler->PausePrinterQueue("Simulated", m_message), 0);
@@ -108,16 +108,16 @@ TEST_F(EmbeddedSpoolerTest, SettingsOfAPrinterAreShownAsTheyStand) {
 
 TEST_F(EmbeddedSpoolerTest, GarbageBlocksNothing) {
     MakePrinter("Bad port", "null:");
-    m_folder.Write("Printers/Bad port/printer.ini", std::string("\0\1PORT\nPORT;usb:3\n", 18));
-    m_folder.Write("Printers/no printer.txt", "x");
-    m_folder.Write("Printers/Empty folder/note", "x");
-    m_folder.Write("Printers/Quirepress/Jobs/00000003-50.job/file", "a folder");
-    m_folder.Write("Printers/Quirepress/Jobs/99999999.txt", "x");
-    m_folder.Write("Printers/Quirepress/Jobs/0000000x-01.job", "x");
-    m_folder.Write("Printers/Quirepress/Jobs/00000001-00.job", "x");
-    m_folder.Write("Printers/Quirepress/Jobs/00000001-01.job", std::string(5000, '\xff'));
-    m_folder.Write("Printers/Quirepress/Jobs/00000001.data", "kept");
-    m_folder.Write("Printers/Quirepress/port.state", "TROUBLE;1");
+    folder.Write("Printers/Bad port/printer.ini", std::string("\0\1PORT\nPORT;usb:3\n", 18));
+    folder.Write("Printers/no printer.txt", "x");
+    folder.Write("Printers/Empty folder/note", "x");
+    folder.Write("Printers/Quirepress/Jobs/00000003-50.job/file", "a folder");
+    folder.Write("Printers/Quirepress/Jobs/99999999.txt", "x");
+    folder.Write("Printers/Quirepress/Jobs/0000000x-01.job", "x");
+    folder.Write("Printers/Quirepress/Jobs/00000001-00.job", "x");
+    folder.Write("Printers/Quirepress/Jobs/00000001-01.job", std::string(5000, '\xff'));
+    folder.Write("Printers/Quirepress/Jobs/00000001.data", "kept");
+    folder.Write("Printers/Quirepress/port.state", "TROUBLE;1");
     Restart();
     EXPECT_EQ(Spool("Quirepress", "good"), 2);
     EXPECT_GT(Spool("Bad port", "held"), 0);
@@ -130,8 +130,8 @@ TEST_F(EmbeddedSpoolerTest, GarbageBlocksNothing) {
     EXPECT_THAT(FirstJob("Bad port").statusText, HasSubstr("usb:3"));
     EXPECT_EQ(m_spooler->CancelJob("Quirepress", 1), 0);
     EXPECT_THAT(Jobs("Quirepress"), IsEmpty());
-    m_folder.Write("Printers/Bad port/printer.ini", "PORT;null:\n");
-    m_loop.Wait(120'000);
+    folder.Write("Printers/Bad port/printer.ini", "PORT;null:\n");
+    loop.Wait(120'000);
     EXPECT_THAT(Jobs("Bad port"), IsEmpty());
     EXPECT_EQ(Printer("Bad port").statusBits, 0U);
 }
@@ -141,7 +141,7 @@ TEST_F(EmbeddedSpoolerTest, AMissingChunkDropsTheDocument) {
     const auto raw = m_spooler->OpenRawPrinter("Quirepress", error);
     ASSERT_EQ(raw->StartDocument({"a", 1}), 0);
     ASSERT_EQ(raw->WriteChunk("1", 1), 0);
-    m_files.FailOnce(Call::kWrite, FileResult::kNoSpace);
+    files.FailOnce(Call::kWrite, FileResult::kNoSpace);
     EXPECT_EQ(raw->WriteChunk("2", 1), -1);
     const int number = raw->SystemError();
     EXPECT_NE(number, 0);
@@ -150,20 +150,20 @@ TEST_F(EmbeddedSpoolerTest, AMissingChunkDropsTheDocument) {
     EXPECT_EQ(raw->SystemError(), number);
     ASSERT_TRUE(Deliver());
     EXPECT_THAT(Output(), IsEmpty());
-    EXPECT_THAT(ReadFolder(m_files, JobsFolder()), IsEmpty());
+    EXPECT_THAT(ReadFolder(files, JobsFolder()), IsEmpty());
 }
 
 TEST_F(EmbeddedSpoolerTest, ADiskThatFillsUpLosesOnlyTheDocumentsThatWereRefused) {
     for (int room = 0; room < 3'000; room += 150) {
-        m_files.FillDiskAfter(room);
+        files.FillDiskAfter(room);
         const std::string name = "full" + std::to_string(room);
         EXPECT_EQ(Spool("Quirepress", name, std::string(2'000, 'f')) > 0, room >= 2'150) << room;
-        m_files.Heal();
+        files.Heal();
         ASSERT_TRUE(Deliver());
     }
     EXPECT_EQ(Output().size(), 5U);
     for (const Call call : {Call::kFlushToDisk, Call::kClose, Call::kRename}) {
-        m_files.FailOnce(call, FileResult::kNoSpace);
+        files.FailOnce(call, FileResult::kNoSpace);
         EXPECT_EQ(Spool("Quirepress", "refused"), -1);
         ASSERT_TRUE(Deliver());
     }
@@ -172,8 +172,8 @@ TEST_F(EmbeddedSpoolerTest, ADiskThatFillsUpLosesOnlyTheDocumentsThatWereRefused
 }
 
 TEST_F(EmbeddedSpoolerTest, AnUnwritableOutputFolderKeepsTheJobUntilItIsMended) {
-    MakePrinter("Blocked", "folder:" + m_folder.PathOf("file/out"));
-    m_folder.Write("file", "in the way");
+    MakePrinter("Blocked", "folder:" + folder.PathOf("file/out"));
+    folder.Write("file", "in the way");
     Spool("Blocked", "a.ps");
     Spool("Blocked", "b.ps");
     Spool("Quirepress", "c.ps");
@@ -184,36 +184,36 @@ TEST_F(EmbeddedSpoolerTest, AnUnwritableOutputFolderKeepsTheJobUntilItIsMended) 
     EXPECT_EQ(FirstJob("Blocked").statusBits, job_status::kError);
     EXPECT_THAT(FirstJob("Blocked").statusText, HasSubstr("can't be made"));
     EXPECT_EQ(Jobs("Blocked")[1].statusBits, 0U);
-    const int before = m_files.CountOf(Call::kMakeFolders);
-    m_loop.Wait(3'600'000);
+    const int before = files.CountOf(Call::kMakeFolders);
+    loop.Wait(3'600'000);
     EXPECT_THAT(Printer("Blocked").statusText, HasSubstr("next try in 60 s"));
-    const int tries = m_files.CountOf(Call::kMakeFolders) - before;
+    const int tries = files.CountOf(Call::kMakeFolders) - before;
     EXPECT_GE(tries, 58);
     EXPECT_LE(tries, 70);
-    m_files.Erase(m_folder.PathOf("file"));
-    m_loop.Wait(61'000);
+    files.Erase(folder.PathOf("file"));
+    loop.Wait(61'000);
     EXPECT_THAT(Jobs("Blocked"), IsEmpty());
     EXPECT_EQ(Printer("Blocked").statusBits, 0U);
-    EXPECT_TRUE(m_folder.Has("file/out/00000002-b.ps"));
+    EXPECT_TRUE(folder.Has("file/out/00000002-b.ps"));
 }
 
 TEST_F(EmbeddedSpoolerTest, AFullOutputVolumeKeepsTheJobUntilThereIsRoom) {
     const std::string large(400'000, 'L');
     Spool("Quirepress", "large", large);
-    m_files.FailOnce(Call::kRename, FileResult::kOtherVolume);
-    m_files.FailOnce(Call::kWrite, FileResult::kNoSpace);
+    files.FailOnce(Call::kRename, FileResult::kOtherVolume);
+    files.FailOnce(Call::kWrite, FileResult::kNoSpace);
     ASSERT_TRUE(Deliver());
     EXPECT_THAT(FirstJob("Quirepress").statusText, HasSubstr("no space"));
     EXPECT_EQ(Printer("Quirepress").statusBits, printer_status::kError);
     EXPECT_THAT(Output(), IsEmpty());
-    m_loop.Wait(2'000);
+    loop.Wait(2'000);
     EXPECT_THAT(Output(), ElementsAre(Pair("00000001-large", large)));
     EXPECT_THAT(Jobs("Quirepress"), IsEmpty());
 }
 
 TEST_F(EmbeddedSpoolerTest, AProgramThatOnlyJustStartedIsNotToldOldTroubles) {
-    MakePrinter("Blocked", "folder:" + m_folder.PathOf("file/out"));
-    m_folder.Write("file", "in the way");
+    MakePrinter("Blocked", "folder:" + folder.PathOf("file/out"));
+    folder.Write("file", "in the way");
     Spool("Blocked", "a.ps");
     ASSERT_TRUE(Deliver());
     Restart();
@@ -224,12 +224,12 @@ TEST_F(EmbeddedSpoolerTest, AProgramThatOnlyJustStartedIsNotToldOldTroubles) {
 }
 
 TEST_F(EmbeddedSpoolerTest, CopiesOfAFileAreJobsOfTheirOwnOrNone) {
-    const std::string path = m_folder.Write("a.pdf", std::string(700'000, 'p'));
+    const std::string path = folder.Write("a.pdf", std::string(700'000, 'p'));
     int error = 0;
     EXPECT_EQ(m_spooler->PrintDocument("Quirepress", path, {path, 3}, error), 1);
     ASSERT_TRUE(Deliver());
     EXPECT_EQ(Output().size(), 3U);
-    m_files.FailOnce(Call::kFlushToDisk, FileResult::kNoSpace, 5);
+    files.FailOnce(Call::kFlushToDisk, FileResult::kNoSpace, 5);
     EXPECT_EQ(m_spooler->PrintDocument("Quirepress", path, {path, 3}, error), -1);
     EXPECT_NE(error, 0);
     ASSERT_TRUE(Deliver());
@@ -238,10 +238,10 @@ TEST_F(EmbeddedSpoolerTest, CopiesOfAFileAreJobsOfTheirOwnOrNone) {
 
 TEST_F(EmbeddedSpoolerTest, TheProgramStaysAliveWhileALargeFileIsCopied) {
     Spool("Quirepress", "earlier.ps");
-    const std::string path = m_folder.Write("a.pdf", std::string(5'000'000, 'p'));
+    const std::string path = folder.Write("a.pdf", std::string(5'000'000, 'p'));
     int ticks = 0;
-    m_loop.StartTimer(7, 1, [&] { ++ticks; });
-    m_files.BeforeEach(Call::kReadAt, [this](std::string_view) { m_loop.Advance(10); });
+    loop.StartTimer(7, 1, [&] { ++ticks; });
+    files.BeforeEach(Call::kReadAt, [this](std::string_view) { loop.Advance(10); });
     int error = 0;
     EXPECT_EQ(m_spooler->PrintDocument("Quirepress", path, {path}, error), 2);
     EXPECT_GE(ticks, 15);
@@ -252,7 +252,7 @@ TEST_F(EmbeddedSpoolerTest, TheProgramStaysAliveWhileALargeFileIsCopied) {
 
 TEST_F(EmbeddedSpoolerTest, ADocumentKeepsHowItIsToBePrinted) {
     m_spooler->PausePrinterQueue("Quirepress", m_message);
-    const std::string path = m_folder.Write("a.pdf", "%PDF");
+    const std::string path = folder.Write("a.pdf", "%PDF");
     DocumentInfo document{path, 2};
     document.ticket.paperSize = 9;
     document.ticket.copies = 3;

@@ -25,15 +25,15 @@ std::string EveryByte(int times) {
 class LpdDelivery : public SpoolerBench {
 protected:
     LpdDelivery() {
-        m_machine.hostName = "desk";
-        m_machine.loginName = "ann";
+        machine.hostName = "desk";
+        machine.loginName = "ann";
         MakePrinter("Net", "lpd://host/raw");
         m_network.nextPeer.answer = [this](std::string_view bytes) { return m_server.Take(bytes); };
         m_network.onConnect = [this] { m_server.Begin(); };
     }
 
     bool HasBegun() {
-        for (const auto& [name, bytes] : ReadFolder(*m_system.files, JobsFolder("Net")))
+        for (const auto& [name, bytes] : ReadFolder(*system.files, JobsFolder("Net")))
             if (name.ends_with(".begun") && bytes.empty()) return true;
         return false;
     }
@@ -95,7 +95,7 @@ TEST_F(LpdDelivery, WhatIsRefusedBeforeTheDataIsTriedAgain) {
                              "printing is off\r\nmore"}};
         Spool("Net", "a", m_document);
         Spool("Net", "b", m_document);
-        m_loop.Wait(500);
+        loop.Wait(500);
         EXPECT_EQ(FirstJob("Net").statusBits, job_status::kError);
         EXPECT_THAT(FirstJob("Net").statusText, StartsWith("Net refuses: "));
         EXPECT_THAT(FirstJob("Net").statusText, HasSubstr("(answer 1: printing is off); next try in 1 s"));
@@ -103,10 +103,10 @@ TEST_F(LpdDelivery, WhatIsRefusedBeforeTheDataIsTriedAgain) {
         EXPECT_EQ(m_server.dataBytes, 0U);
         EXPECT_TRUE(m_spooler->IsIdle());
         const std::size_t tries = m_network.peers.size();
-        m_loop.Wait(600'000);
+        loop.Wait(600'000);
         EXPECT_LE(m_network.peers.size() - tries, 16U);
         m_server.answers.clear();
-        m_loop.Wait(61'000);
+        loop.Wait(61'000);
         EXPECT_THAT(Documents("Net"), IsEmpty());
         ASSERT_EQ(m_server.jobs.size(), 2U);
         EXPECT_TRUE(m_server.jobs[0].data == m_document);
@@ -123,7 +123,7 @@ TEST_F(LpdDelivery, ARefusalBehindTheDataLeavesTheJobAsUnknown) {
     EXPECT_THAT(
         FirstJob("Net").statusText,
         StartsWith("Unknown: the printer has all 768 bytes, and refuses them (answer 2: no space). "));
-    m_loop.Wait(600'000);
+    loop.Wait(600'000);
     EXPECT_EQ(m_network.peers.size(), 1U);
 }
 
@@ -139,9 +139,9 @@ TEST_F(LpdDelivery, AnEndAtEveryByteIsSentAgainOnlyBeforeTheData) {
             m_server.jobs.clear();
             (reset ? m_network.nextPeer.breaksAfter : m_network.nextPeer.endsAfter) = end;
             const std::int64_t id = Spool("Net", "a", m_document);
-            m_loop.Wait(200);
+            loop.Wait(200);
             m_network.nextPeer.breaksAfter = m_network.nextPeer.endsAfter = -1;
-            m_loop.Wait(3'000);
+            loop.Wait(3'000);
             const bool isConfirmed = !reset && end == all;
             if (end <= before || isConfirmed) {
                 ASSERT_THAT(Documents("Net"), IsEmpty()) << FirstJob("Net").statusText;
@@ -158,25 +158,25 @@ TEST_F(LpdDelivery, AnEndAtEveryByteIsSentAgainOnlyBeforeTheData) {
 TEST_F(LpdDelivery, APrinterThatStallsShowsItAndIsGivenUpOnlyBeforeTheData) {
     m_server.answers = {{Step::kQueue, ""}};
     Spool("Net", "a", m_document);
-    m_loop.Wait(40'000);
+    loop.Wait(40'000);
     EXPECT_GT(m_spooler->WaitingJobs().unmoved, 30'000);
-    m_loop.Wait(25'000);
+    loop.Wait(25'000);
     EXPECT_THAT(FirstJob("Net").statusText, StartsWith("Net is not reachable: no answer"));
     m_server.answers.clear();
     m_network.nextPeer.takes = 500;
-    m_loop.Wait(3'600'000);
+    loop.Wait(3'600'000);
     EXPECT_EQ(FirstJob("Net").statusBits, job_status::kPrinting);
     EXPECT_GT(m_spooler->WaitingJobs().unmoved, 30'000);
     m_network.peers.back()->takes = -1;
-    m_loop.Wait(1'000);
+    loop.Wait(1'000);
     EXPECT_THAT(Documents("Net"), IsEmpty());
     m_network.nextPeer.takes = -1;
     m_server.answers = {{Step::kData, ""}};
     Spool("Net", "a", m_document);
-    m_loop.Wait(300'000);
+    loop.Wait(300'000);
     EXPECT_GT(m_spooler->WaitingJobs().unmoved, 30'000);
     EXPECT_THAT(FirstJob("Net").statusText, HasSubstr("768 of 768 bytes sent"));
-    m_loop.Wait(400'000);
+    loop.Wait(400'000);
     EXPECT_EQ(FirstJob("Net").statusBits, kUnknown);
     EXPECT_THAT(FirstJob("Net").statusText, HasSubstr("did not confirm them. The reason: no answer."));
     EXPECT_EQ(m_server.jobs.size(), 2U);
@@ -185,16 +185,16 @@ TEST_F(LpdDelivery, APrinterThatStallsShowsItAndIsGivenUpOnlyBeforeTheData) {
 TEST_F(LpdDelivery, TheEndOfTheProgramLeavesTheJobAsUnknownOnlyOnceItsDataFlow) {
     m_server.answers = {{Step::kDataCommand, ""}};
     Spool("Net", "a", m_document);
-    m_loop.Wait(500);
+    loop.Wait(500);
     m_server.answers.clear();
     Restart();
-    m_loop.Wait(500);
+    loop.Wait(500);
     EXPECT_EQ(m_server.jobs.size(), 1U);
     m_server.answers = {{Step::kData, ""}};
     Spool("Net", "b", m_document);
-    m_loop.Wait(500);
+    loop.Wait(500);
     Restart();
-    m_loop.Wait(60'000);
+    loop.Wait(60'000);
     EXPECT_EQ(FirstJob("Net").statusBits, kUnknown);
     EXPECT_EQ(m_server.jobs.size(), 2U);
 }

@@ -22,7 +22,7 @@ TEST_F(SocketDelivery, IsDoneWhenAllIsAcknowledgedAndThePrinterHasHadTimeToObjec
     m_network.nextPeer.acknowledges = false;
     m_network.nextPeer.endsAtEnd = false;
     Spool("Net", "a", m_large);
-    m_loop.Wait(60'000);
+    loop.Wait(60'000);
     ASSERT_THAT(m_network.addresses, ElementsAre("host:9101"));
     EXPECT_EQ(m_network.peers[0]->received, m_large);
     EXPECT_TRUE(m_network.peers[0]->sawEnd);
@@ -30,19 +30,19 @@ TEST_F(SocketDelivery, IsDoneWhenAllIsAcknowledgedAndThePrinterHasHadTimeToObjec
     EXPECT_FALSE(m_spooler->IsIdle());
     EXPECT_GT(m_spooler->WaitingJobs().unmoved, 59'000);
     m_network.peers[0]->acknowledges = true;
-    m_loop.Wait(2'000);
+    loop.Wait(2'000);
     EXPECT_EQ(Documents("Net").size(), 1U);
-    m_loop.Wait(2'000);
+    loop.Wait(2'000);
     EXPECT_THAT(Jobs("Net"), IsEmpty());
     EXPECT_TRUE(m_network.peers[0]->dropped);
     m_network.nextPeer.acknowledges = true;
     Spool("Net", "b", "b");
-    m_loop.Wait(150);
+    loop.Wait(150);
     EXPECT_THAT(Jobs("Net"), IsEmpty()) << "it is known to keep its connections open";
     Spool("Net", "c", "c");
-    m_loop.Wait(20);
+    loop.Wait(20);
     m_network.peers[2]->breaksAfter = 1;
-    m_loop.Wait(20);
+    loop.Wait(20);
     EXPECT_EQ(FirstJob("Net").statusBits, kUnknown);
     EXPECT_THAT(FirstJob("Net").statusText, StartsWith("Unknown: the connection ended after 1 of 1 bytes. "));
 }
@@ -50,13 +50,13 @@ TEST_F(SocketDelivery, IsDoneWhenAllIsAcknowledgedAndThePrinterHasHadTimeToObjec
 TEST_F(SocketDelivery, WhereNothingIsAcknowledgedThePeersEndCounts) {
     m_network.nextPeer.tellsAcknowledged = false;
     Spool("Net", "ends", "1");
-    m_loop.Wait(1'000);
+    loop.Wait(1'000);
     EXPECT_THAT(Jobs("Net"), IsEmpty());
     m_network.nextPeer.endsAtEnd = false;
     Spool("Net", "stays open", "2");
-    m_loop.Wait(5'000);
+    loop.Wait(5'000);
     EXPECT_THAT(Documents("Net"), ElementsAre("stays open"));
-    m_loop.Wait(10'000);
+    loop.Wait(10'000);
     EXPECT_THAT(Jobs("Net"), IsEmpty());
     EXPECT_EQ(m_network.peers.size(), 2U);
 }
@@ -66,7 +66,7 @@ TEST_F(SocketDelivery, APrinterThatIsNotThereIsTriedAgain) {
     Spool("Net", "a", "a");
     Spool("Net", "b", "b");
     EXPECT_TRUE(FirstJob("Net").isUntried);
-    m_loop.Wait(2'000);
+    loop.Wait(2'000);
     EXPECT_FALSE(FirstJob("Net").isUntried);
     EXPECT_EQ(FirstJob("Net").statusBits, job_status::kOffline);
     EXPECT_THAT(FirstJob("Net").statusText,
@@ -76,10 +76,10 @@ TEST_F(SocketDelivery, APrinterThatIsNotThereIsTriedAgain) {
     EXPECT_EQ(m_spooler->WaitingJobs().stuck, 2);
     m_network.nextPeer.refuses = false;
     m_network.nextPeer.answers = false;
-    m_loop.Wait(30'000);
+    loop.Wait(30'000);
     EXPECT_THAT(FirstJob("Net").statusText, HasSubstr("no answer"));
     m_network.nextPeer.answers = true;
-    m_loop.Wait(60'000);
+    loop.Wait(60'000);
     EXPECT_THAT(Jobs("Net"), IsEmpty());
     EXPECT_EQ(Printer("Net").statusBits, 0U);
     std::string received;
@@ -90,7 +90,7 @@ TEST_F(SocketDelivery, APrinterThatIsNotThereIsTriedAgain) {
 TEST_F(SocketDelivery, AConnectionThatBreaksLeavesTheJobAsUnknown) {
     m_network.nextPeer.breaksAfter = 300'000;
     const std::int64_t broken = Spool("Net", "broken", m_large);
-    m_loop.Wait(50);
+    loop.Wait(50);
     m_network.nextPeer.breaksAfter = -1;
     Spool("Net", "later", "later");
     ASSERT_TRUE(Deliver());
@@ -100,7 +100,7 @@ TEST_F(SocketDelivery, AConnectionThatBreaksLeavesTheJobAsUnknown) {
                 StartsWith("Unknown: the connection ended after 300000 of 900000 bytes. "));
     EXPECT_EQ(m_network.peers[1]->received, "later");
     Restart();
-    m_loop.Wait(600'000);
+    loop.Wait(600'000);
     EXPECT_EQ(m_network.peers.size(), 2U);
     EXPECT_EQ(FirstJob("Net").statusBits, kUnknown);
     ASSERT_EQ(m_spooler->RestartJob("Net", broken, m_message), 0) << m_message;
@@ -112,22 +112,22 @@ TEST_F(SocketDelivery, AConnectionThatBreaksLeavesTheJobAsUnknown) {
 TEST_F(SocketDelivery, AConnectionThatBreaksBeforeTheFirstByteIsTriedAgain) {
     m_network.nextPeer.breaksAfter = 0;
     Spool("Net", "a", "a");
-    m_loop.Wait(200);
+    loop.Wait(200);
     EXPECT_EQ(FirstJob("Net").statusBits, job_status::kOffline);
     m_network.nextPeer.breaksAfter = -1;
-    m_loop.Wait(10'000);
+    loop.Wait(10'000);
     EXPECT_THAT(Jobs("Net"), IsEmpty());
 }
 
 TEST_F(SocketDelivery, TheEndOfTheProgramLeavesTheJobAsUnknown) {
     m_network.nextPeer.takes = 1'000;
     Spool("Net", "a", m_large);
-    m_loop.Wait(500);
+    loop.Wait(500);
     EXPECT_EQ(FirstJob("Net").statusBits, job_status::kPrinting);
     EXPECT_EQ(m_spooler->WaitingJobs().bytesSent, 1'000);
     EXPECT_EQ(m_spooler->WaitingJobs().bytesTotal, 900'000);
     EXPECT_EQ(m_spooler->RestartJob("Net", 1, m_message), -1);
-    EmbeddedSpooler other(m_files, m_loop, m_network, m_clock, m_machine, m_folder.Path());
+    EmbeddedSpooler other(files, loop, m_network, clock, machine, folder.Path());
     std::vector<JobInfo> jobs;
     other.ListJobs("Net", jobs);
     EXPECT_EQ(jobs[0].statusBits, job_status::kPrinting);
@@ -143,7 +143,7 @@ TEST_F(SocketDelivery, APrinterThatNeverReadsStallsOnlyItsOwnQueue) {
     m_network.nextPeer.takes = 10;
     Spool("Net", "stalled", m_large);
     Spool("Quirepress", "other");
-    m_loop.Wait(40'000);
+    loop.Wait(40'000);
     EXPECT_EQ(Output().size(), 1U);
     const DeliveryState state = m_spooler->WaitingJobs();
     EXPECT_EQ(state.waiting, 1);
@@ -158,15 +158,15 @@ TEST_F(SocketDelivery, APrinterThatNeverReadsStallsOnlyItsOwnQueue) {
 TEST_F(SocketDelivery, AJobCancelledElsewhereStops) {
     m_network.nextPeer.takes = 10;
     Spool("Net", "stalled", m_large);
-    m_loop.Wait(500);
-    EmbeddedSpooler other(m_files, m_loop, m_network, m_clock, m_machine, m_folder.Path());
+    loop.Wait(500);
+    EmbeddedSpooler other(files, loop, m_network, clock, machine, folder.Path());
     EXPECT_EQ(other.ChangeJobPriority("Net", 1, 50), 0);
-    m_loop.Wait(3'000);
+    loop.Wait(3'000);
     EXPECT_FALSE(m_network.peers[0]->dropped);
     EXPECT_EQ(other.CancelJob("Net", 1), 0);
-    m_loop.Wait(3'000);
+    loop.Wait(3'000);
     EXPECT_TRUE(m_network.peers[0]->dropped);
-    EXPECT_EQ(ReadFolder(m_files, JobsFolder("Net")).size(), 0U);
+    EXPECT_EQ(ReadFolder(files, JobsFolder("Net")).size(), 0U);
 }
 
 }  // namespace

@@ -34,8 +34,7 @@ std::map<std::string, std::string> ReadFolder(Files& files, const std::string& p
 
 void SpoolerBench::Restart() {
     m_spooler.reset();
-    m_spooler =
-        std::make_unique<EmbeddedSpooler>(m_files, m_loop, m_network, m_clock, m_machine, m_folder.Path());
+    m_spooler = std::make_unique<EmbeddedSpooler>(files, loop, m_network, clock, machine, folder.Path());
     EXPECT_EQ(m_spooler->Open(m_message), 0) << m_message;
 }
 
@@ -46,7 +45,7 @@ void SpoolerBench::MakePrinter(std::string_view name, std::string_view port) {
 bool SpoolerBench::Deliver() {
     constexpr int kMostWaits = 36'000;
     for (int i = 0; i < kMostWaits; ++i) {
-        m_loop.Wait(100);
+        loop.Wait(100);
         if (m_spooler->IsIdle()) return true;
     }
     return false;
@@ -79,7 +78,7 @@ PrinterInfo SpoolerBench::Printer(std::string_view name) {
 }
 
 std::map<std::string, std::string> SpoolerBench::Output(std::string_view printer) {
-    return ReadFolder(*m_system.files, m_folder.PathOf("Printers/" + std::string(printer) + "/Output"));
+    return ReadFolder(*system.files, folder.PathOf("Printers/" + std::string(printer) + "/Output"));
 }
 
 }  // namespace quirepress

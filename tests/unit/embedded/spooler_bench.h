@@ -9,14 +9,9 @@
 #include <string_view>
 #include <vector>
 
-#include "fakes/fake_clock.h"
-#include "fakes/fake_event_loop.h"
-#include "fakes/fake_machine.h"
 #include "fakes/fake_network.h"
-#include "fakes/faulty_files.h"
-#include "fakes/temporary_folder.h"
+#include "fakes/surroundings.h"
 #include "platform/embedded/embedded_spooler.h"
-#include "platform/services.h"
 
 namespace quirepress {
 
@@ -28,7 +23,7 @@ std::int64_t SpoolDocument(Spooler& spooler, std::string_view printer, std::stri
 std::map<std::string, std::string> ReadFolder(Files& files, const std::string& path);
 
 // A working folder with virtual time and a network in memory, and the spooler on it.
-class SpoolerBench : public testing::Test {
+class SpoolerBench : public testing::Test, protected Surroundings {
 protected:
     SpoolerBench() { Restart(); }
 
@@ -46,15 +41,9 @@ protected:
     PrinterInfo Printer(std::string_view name);
     std::map<std::string, std::string> Output(std::string_view printer = "Quirepress");
     std::string JobsFolder(std::string_view printer = "Quirepress") {
-        return m_folder.PathOf("Printers/" + std::string(printer) + "/Jobs");
+        return folder.PathOf("Printers/" + std::string(printer) + "/Jobs");
     }
 
-    Services m_system = MakeSystemServices();
-    TemporaryFolder m_folder;
-    FaultyFiles m_files{*m_system.files};
-    FakeEventLoop m_loop;
-    FakeClock m_clock{m_loop};
-    FakeMachine m_machine;
     FakeNetwork m_network;
     std::unique_ptr<EmbeddedSpooler> m_spooler;
     std::string m_message;

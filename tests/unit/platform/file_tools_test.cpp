@@ -7,16 +7,14 @@
 #include <map>
 #include <string>
 
-#include "fakes/faulty_files.h"
-#include "fakes/temporary_folder.h"
-#include "platform/services.h"
+#include "fakes/surroundings.h"
 
 namespace quirepress {
 namespace {
 
 using Call = FaultyFiles::Call;
 
-class FileToolsTest : public testing::Test {
+class FileToolsTest : public testing::Test, protected Surroundings {
 protected:
     std::size_t CountEntries() {
         std::vector<FolderEntry> entries;
@@ -24,9 +22,6 @@ protected:
         return entries.size();
     }
 
-    Services system = MakeSystemServices();
-    TemporaryFolder folder;
-    FaultyFiles files{*system.files};
     FileResult result = FileResult::kFailed;
 };
 

@@ -55,14 +55,11 @@ TEST_F(GeneralSettingsTest, KeysWithoutAValueFallBack) {
     EXPECT_EQ(options.m_tempFolder, "Temp");
     EXPECT_EQ(options.m_openPassword, "x");
     EXPECT_EQ(options.m_timeAllow, 6000);
-}
-
-TEST_F(GeneralSettingsTest, AChangeDelayWithoutAValueClearsThePause) {
+    // That of one key clears another one.
     const GeneralOptions after =
         Load("PRINTCHANGEDELAYALLOWANCE;3\nPAUSE1AFTER;5\nPRINTCHANGEDELAYALLOWANCE;\n");
     EXPECT_EQ(after.m_pauseAfter, 0);
     EXPECT_EQ(after.m_printerChangeDelay, 3);
-    EXPECT_EQ(Load("PRINTCHANGEDELAYALLOWANCE;\nPAUSE1AFTER;5\n").m_pauseAfter, 5);
 }
 
 TEST_F(GeneralSettingsTest, ASecondLoadKeepsWhatItDoesNotReset) {

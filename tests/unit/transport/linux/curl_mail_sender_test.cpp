@@ -33,12 +33,12 @@ const std::string& Certificate() {
     return path;
 }
 
-class CurlMailSenderTest : public testing::Test {
+class CurlMailSenderTest : public testing::Test, protected Surroundings {
 protected:
     std::unique_ptr<MailManager> Open(int port, bool isSsl = false) {
-        CurlMailSender sender({m_files,
-                               *m_system.clock,
-                               {*m_system.loop, m_trusted},
+        CurlMailSender sender({files,
+                               *system.clock,
+                               {*system.loop, m_trusted},
                                "print room",
                                [this] { return m_interrupts; },
                                m_limits});
@@ -55,9 +55,6 @@ protected:
         return text.empty() ? nlohmann::json() : nlohmann::json::parse(text);
     }
 
-    Services m_system = MakeSystemServices();
-    TemporaryFolder m_folder;
-    FaultyFiles m_files{*m_system.files};
     TransferLimits m_limits = {20'000, 20, 60'000};
     std::string m_trusted;
     int m_interrupts = 0;
@@ -65,14 +62,14 @@ protected:
 };
 
 TEST_F(CurlMailSenderTest, AMessageArrivesAsItWasWritten) {
-    const TestMailServer server(m_system);
+    const TestMailServer server(system);
     MailMessage message = Message();
     message.subject = "Quirepress \xE2\x82\xAC\r\nBcc: somebody@example.org";
     message.body = "Caf\xC3\xA9 =3D\n.\n\n..dots\r\n" + std::string(2000, 'x');
     message.recipient = "B\xC3\xBCro <office@example.org>";
     std::string bytes;
     for (int i = 0; i < 70'000; ++i) bytes += static_cast<char>(i * 7);
-    message.attachments = {m_folder.Write("caf\xC3\xA9 \"1\".pdf", bytes), m_folder.Write("empty.txt", "")};
+    message.attachments = {folder.Write("caf\xC3\xA9 \"1\".pdf", bytes), folder.Write("empty.txt", "")};
     const auto manager = Open(server.Port());
     ASSERT_TRUE(manager->Send(message)) << manager->FailureText();
 
@@ -94,22 +91,22 @@ TEST_F(CurlMailSenderTest, AMessageArrivesAsItWasWritten) {
 }
 
 TEST_F(CurlMailSenderTest, WhatCannotBeAttachedIsNamedInTheBody) {
-    const TestMailServer server(m_system);
+    const TestMailServer server(system);
     MailMessage message = Message();
-    const std::string pipe = m_folder.PathOf("pipe");
+    const std::string pipe = folder.PathOf("pipe");
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
-    const std::string large = m_folder.Write("large.pdf", std::string(19 << 20, 'x'));
-    message.attachments = {m_folder.PathOf("gone.pdf"), pipe, m_folder.Path(), large};
+    const std::string large = folder.Write("large.pdf", std::string(19 << 20, 'x'));
+    message.attachments = {folder.PathOf("gone.pdf"), pipe, folder.Path(), large};
     ASSERT_TRUE(Open(server.Port())->Send(message));
     const nlohmann::json got = Received(server);
     EXPECT_EQ(got["attachments"].size(), 0U);
-    for (const std::string& path : {m_folder.PathOf("gone.pdf"), pipe, m_folder.Path()})
+    for (const std::string& path : {folder.PathOf("gone.pdf"), pipe, folder.Path()})
         EXPECT_THAT(got["body"].get<std::string>(), HasSubstr("(" + path + " can't be attached: "));
     EXPECT_THAT(got["body"].get<std::string>(), HasSubstr("(" + large + " is too large to be attached.)"));
 }
 
 TEST_F(CurlMailSenderTest, MessagesShareAConnectionAndARefusalEndsItsOwn) {
-    const TestMailServer server(m_system, {"--refuse", "nobody@example.org"});
+    const TestMailServer server(system, {"--refuse", "nobody@example.org"});
     const auto manager = Open(server.Port());
     MailMessage message = Message();
     EXPECT_TRUE(manager->Send(message));
@@ -128,7 +125,7 @@ TEST_F(CurlMailSenderTest, EncryptsAndLogsIn) {
     for (const bool isAtOnce : {true, false}) {
         std::vector<std::string> options = {"--certificate", Certificate(), "--login", "user:pass word"};
         if (!isAtOnce) options.emplace_back("--starttls");
-        const TestMailServer server(m_system, options);
+        const TestMailServer server(system, options);
         m_trusted.clear();
         const auto strange = Open(server.Port(), isAtOnce);
         strange->SetLogin("user", "pass word");
@@ -208,27 +205,27 @@ TEST_F(CurlMailSenderTest, NoSilenceOfAServerLastsLong) {
     for (int answers = 0; answers <= static_cast<int>(SilentMailServer::kAnswers.size()); ++answers) {
         const SilentMailServer server(answers);
         int ticks = 0;
-        m_system.loop->StartTimer(1, 50, [&ticks] { ++ticks; });
-        const long long start = m_system.loop->MonotonicMilliseconds();
+        system.loop->StartTimer(1, 50, [&ticks] { ++ticks; });
+        const long long start = system.loop->MonotonicMilliseconds();
         auto manager = Open(server.Port());
         EXPECT_EQ(manager->Send(Message()), answers >= SilentMailServer::kAnswersToSend) << answers;
         if (answers < SilentMailServer::kAnswersToSend) {
             EXPECT_THAT(manager->FailureText(), HasSubstr("took too long")) << answers;
         }
         manager.reset();
-        EXPECT_LT(m_system.loop->MonotonicMilliseconds() - start, 15'000) << answers;
+        EXPECT_LT(system.loop->MonotonicMilliseconds() - start, 15'000) << answers;
         EXPECT_GT(ticks, 0) << answers;
     }
 }
 
 TEST_F(CurlMailSenderTest, StopsWhenTheUserWantsItTo) {
     const SilentMailServer server(2);
-    m_system.loop->StartTimer(1, 100, [this] { ++m_interrupts; });
-    const long long start = m_system.loop->MonotonicMilliseconds();
+    system.loop->StartTimer(1, 100, [this] { ++m_interrupts; });
+    const long long start = system.loop->MonotonicMilliseconds();
     const auto manager = Open(server.Port());
     EXPECT_FALSE(manager->Send(Message()));
     EXPECT_EQ(manager->FailureText(), "it was stopped");
-    EXPECT_LT(m_system.loop->MonotonicMilliseconds() - start, 5'000);
+    EXPECT_LT(system.loop->MonotonicMilliseconds() - start, 5'000);
 }
 
 TEST_F(CurlMailSenderTest, AMessageThatIsGivenUpIsNeverEnded) {
@@ -241,7 +238,7 @@ TEST_F(CurlMailSenderTest, AMessageThatIsGivenUpIsNeverEnded) {
             for (ssize_t count = 0; (count = recv(socket, bytes.data(), bytes.size(), 0)) > 0;)
                 received.append(bytes.data(), static_cast<std::size_t>(count));
         });
-        m_system.loop->StartTimer(1, 300, [this] { ++m_interrupts; });
+        system.loop->StartTimer(1, 300, [this] { ++m_interrupts; });
         MailMessage message = Message();
         message.body = std::string(15 << 20, 'x');  // more than the connection takes before it is read
         EXPECT_FALSE(Open(server.Port())->Send(message));

@@ -18,12 +18,12 @@ using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
-class DownloadTest : public testing::Test {
+class DownloadTest : public testing::Test, protected Surroundings {
 protected:
     DownloadResult Fetch(const std::string& address) {
         DownloadRequest request;
         request.address = address;
-        request.folder = m_folder.PathOf("in/coming");
+        request.folder = folder.PathOf("in/coming");
         request.limits = {5'000, m_silentSeconds, 30'000};
         request.largestFile = m_largestFile;
         request.keepGoing = [this] { return m_keepsGoing; };
@@ -31,7 +31,7 @@ protected:
             m_done = done;
             m_total = total;
         };
-        return FetchDownload(m_files, {*m_system.loop, {}}, request);
+        return FetchDownload(files, {*system.loop, {}}, request);
     }
     // From a server that answers each request so.
     DownloadResult FetchFrom(const std::string& answer) {
@@ -44,17 +44,14 @@ protected:
     // The names of what lies in the folder, however it came there.
     std::vector<std::string> Names() {
         std::vector<std::string> names;
-        if (!m_folder.Has("in/coming")) return names;
-        for (const auto& entry : std::filesystem::directory_iterator(m_folder.PathOf("in/coming")))
+        if (!folder.Has("in/coming")) return names;
+        for (const auto& entry : std::filesystem::directory_iterator(folder.PathOf("in/coming")))
             names.push_back(entry.path().filename());
         std::sort(names.begin(), names.end());
         return names;
     }
-    std::string Read(const std::string& name) { return m_folder.Read("in/coming/" + name); }
+    std::string Read(const std::string& name) { return folder.Read("in/coming/" + name); }
 
-    Services m_system = MakeSystemServices();
-    TemporaryFolder m_folder;
-    FaultyFiles m_files{*m_system.files};
     std::int64_t m_largestFile = 1 << 20;
     int m_silentSeconds = 5;
     bool m_keepsGoing = true;
@@ -63,18 +60,18 @@ protected:
 };
 
 TEST_F(DownloadTest, FetchesByHttp) {
-    const PythonServer server(m_system, "file_server.py", {"http", m_folder.Path()});
+    const PythonServer server(system, "file_server.py", {"http", folder.Path()});
     const std::string bytes(700'000, 'q');
-    m_folder.Write("price list.pdf", bytes);
-    m_folder.Write("empty.txt", "");
+    folder.Write("price list.pdf", bytes);
+    folder.Write("empty.txt", "");
     const std::string address = "http://" + server.Address() + "/";
     DownloadResult result = Fetch(address + "price list.pdf");
     EXPECT_EQ(result.end, TransferEnd::kDone) << result.failure;
-    EXPECT_EQ(result.path, m_folder.PathOf("in/coming/price list.pdf"));
+    EXPECT_EQ(result.path, folder.PathOf("in/coming/price list.pdf"));
     EXPECT_EQ(Read("price list.pdf"), bytes);
     EXPECT_EQ(m_done, 700'000);
     EXPECT_EQ(m_total, 700'000);
-    EXPECT_EQ(Fetch(address + "price%20list.pdf?a=b").path, m_folder.PathOf("in/coming/price list_2.pdf"));
+    EXPECT_EQ(Fetch(address + "price%20list.pdf?a=b").path, folder.PathOf("in/coming/price list_2.pdf"));
     EXPECT_EQ(Fetch(address + "empty.txt").end, TransferEnd::kDone);
     EXPECT_THAT(Names(), ElementsAre("empty.txt", "price list.pdf", "price list_2.pdf"));
     result = Fetch(address + "missing.pdf");
@@ -84,8 +81,8 @@ TEST_F(DownloadTest, FetchesByHttp) {
 }
 
 TEST_F(DownloadTest, FetchesByFtp) {
-    const PythonServer server(m_system, "file_server.py", {"ftp", m_folder.Path()});
-    m_folder.Write("labels/a b.zpl", "^XA^XZ");
+    const PythonServer server(system, "file_server.py", {"ftp", folder.Path()});
+    folder.Write("labels/a b.zpl", "^XA^XZ");
     const std::string host = server.Address();
     EXPECT_EQ(Fetch("ftp://" + host + "/labels/a b.zpl").failure, "");
     EXPECT_EQ(Fetch("FTP://user:secret@" + host + "/labels/a%20b.zpl;type=i").failure, "");
@@ -101,7 +98,7 @@ TEST_F(DownloadTest, FetchesByFtp) {
 TEST_F(DownloadTest, TakesTheNameThatTheServerGives) {
     const auto result = FetchFrom(
         "HTTP/1.0 200 OK\r\ncontent-disposition: attachment; filename=\"dir/report.pdf\"\r\n\r\nbytes");
-    EXPECT_EQ(result.path, m_folder.PathOf("in/coming/report.pdf")) << result.failure;
+    EXPECT_EQ(result.path, folder.PathOf("in/coming/report.pdf")) << result.failure;
     EXPECT_EQ(Read("report.pdf"), "bytes");
 }
 
@@ -116,9 +113,9 @@ TEST_F(DownloadTest, OnlyWholeFilesComeToBe) {
     EXPECT_THAT(FetchFrom("HTTP/1.0 200 OK\r\nContent-Length: 11\r\n\r\n12345678901").failure,
                 HasSubstr("larger than allowed"));
     EXPECT_EQ(FetchFrom("HTTP/1.0 200 OK\r\n\r\n12345678901").failure, "the file is larger than allowed");
-    m_files.FillDiskAfter(3);
+    files.FillDiskAfter(3);
     EXPECT_THAT(FetchFrom("HTTP/1.0 200 OK\r\n\r\n12345").failure, HasSubstr("no space is left"));
-    m_files.Heal();
+    files.Heal();
     EXPECT_THAT(Names(), IsEmpty());
     EXPECT_EQ(FetchFrom("HTTP/1.0 200 OK\r\n\r\n1234567890").failure, "");
     EXPECT_THAT(Names(), ElementsAre("file.pdf"));
@@ -150,7 +147,7 @@ TEST_F(DownloadTest, SilenceAndTheUserEndIt) {
     m_silentSeconds = 1;
     EXPECT_THAT(Fetch(address).failure, HasSubstr("took too long"));
     m_silentSeconds = 60;
-    m_system.loop->StartTimer(1, 200, [this] { m_keepsGoing = false; });
+    system.loop->StartTimer(1, 200, [this] { m_keepsGoing = false; });
     EXPECT_EQ(Fetch(address).end, TransferEnd::kStopped);
     EXPECT_THAT(Names(), IsEmpty());
 }
