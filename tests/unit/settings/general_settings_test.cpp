@@ -62,17 +62,6 @@ TEST_F(GeneralSettingsTest, KeysWithoutAValueFallBack) {
     EXPECT_EQ(after.m_printerChangeDelay, 3);
 }
 
-TEST_F(GeneralSettingsTest, ASecondLoadKeepsWhatItDoesNotReset) {
-    GeneralOptions options = Load(ReadGolden(kFile));
-    folder.Write(kFile, "REMOVEITEM\n");
-    ASSERT_EQ(LoadGeneralOptions(options, m_place, kModern, false), kSettingsDone);
-    EXPECT_EQ(Save(options), AsWritten("REMOVEITEM\nPAUSE1BEFORE;4\nCLOSEOFFICEPASSWORDBOX;6\n"
-                                       "TEMPFOLDER;/var/spool/qpr temp\nCOPIESPROMPT\nTIMEALLOW;14000\n"
-                                       "SCREEN;Default Size\nPRINTCOPIES;1\nPRINTCOPIESREPEAT;1\nSETUPINI;\n"
-                                       "MOVETODLG;/srv/done\nLOGFONTSIZE;7\nPRINTPRIORITY;99\n"
-                                       "DECREASEPRINTPRIORITY\nUNZIPFOLDER;\nUSEOPENPASSWORD;\n"));
-}
-
 TEST_F(GeneralSettingsTest, AnOldSystemKnowsNoInternalPdfEngine) {
     const std::string_view text = "PDFFITTOPAPER\nDONTPDFAUTOROTATE\nUSEOPENPASSWORD;x\nREMOVEITEM\n";
     const GeneralOptions options = Load(text, SystemFamily::kWindows2000);
