@@ -91,17 +91,13 @@ TEST(ListItemTest, CommandItemsAreKnownByExactTexts) {
 }
 
 TEST(ListItemTest, KindFollowsFromTheText) {
-    EXPECT_EQ(KindOfItem("DL;http://h/a.pdf"), ItemKind::kDownload);
-    EXPECT_EQ(KindOfItem("DL;https://h/a.bat"), ItemKind::kDownload);
-    EXPECT_EQ(KindOfItem("DL;ftp://h/a"), ItemKind::kDownload);
-    EXPECT_EQ(KindOfItem("https://www.x.pro/a"), ItemKind::kDownload);
-    EXPECT_EQ(KindOfItem("http://h"), ItemKind::kDownload);
-    EXPECT_EQ(KindOfItem("ftp://h/a"), ItemKind::kDocument);
-    EXPECT_EQ(KindOfItem("DL;http:/h"), ItemKind::kDocument);
+    for (const char* text :
+         {"DL;http://h/a.pdf", "DL;https://h/a.bat", "DL;ftp://h/a", "https://www.x.pro/a", "http://h"})
+        EXPECT_EQ(KindOfItem(text), ItemKind::kDownload) << text;
+    for (const char* text : {"ftp://h/a", "DL;http:/h", "-------Separator------- ", "report.PRS"})
+        EXPECT_EQ(KindOfItem(text), ItemKind::kDocument) << text;
     EXPECT_EQ(KindOfItem("-------Separator-------"), ItemKind::kSeparator);
-    EXPECT_EQ(KindOfItem("-------Separator------- "), ItemKind::kDocument);
     EXPECT_EQ(KindOfItem("laser.printer"), ItemKind::kCommand);
-    EXPECT_EQ(KindOfItem("report.PRS"), ItemKind::kDocument);
 }
 
 TEST(ListItemTest, TextsOfOneColumnLeaveTheOthersAlone) {
