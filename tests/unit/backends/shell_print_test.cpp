@@ -97,7 +97,8 @@ TEST_F(ShellPrintTest, StartsAProgramForTheDefaultPrinter) {
     printer.DoShellExecutePDF(Find("-x.lab"), "Laser", "-x.lab");
     EXPECT_EQ(spooler.DefaultPrinter(), "Plotter");
     EXPECT_THAT(processes.records.back().request.arguments,
-                ElementsAre("lab", "-d", "Laser", testing::EndsWith("/-x.lab"), "100%"));
+                ElementsAre("lab", "-d", "Laser", testing::EndsWith("-x.lab"), "100%"));
+    EXPECT_FALSE(processes.records.back().request.arguments[3].front() == '-');
 }
 
 TEST_F(ShellPrintTest, AnswersTheDialogsOfAProgramWhileItPrints) {
