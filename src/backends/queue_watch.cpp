@@ -80,21 +80,34 @@ QueueScan QueueWatch::ListJobsForPrinter(const std::string& printer, const Watch
     }
     m_debugLog.Trace("Close Printer\n");
     m_debugLog.Trace("%d jobs\r\n", jobs.size());
-    if (jobs.empty()) {
-        m_debugLog.Trace("ListJobsForPrinter -1 no jobs for printer: %s\r\n", printer);
-        return scan;
-    }
-    const std::uint32_t firstStatus = jobs.front().statusBits;
-    const auto job = FindJob(jobs, item);
+    if (jobs.empty()) m_debugLog.Trace("ListJobsForPrinter -1 no jobs for printer: %s\r\n", printer);
+    const auto job = jobs.empty() ? jobs.end() : FindJob(jobs, item);
     scan.found = job != jobs.end();
     if (scan.found) {
+        const std::uint32_t firstStatus = jobs.front().statusBits;
         scan.isOld = item.jobId == 0 && job->id <= item.afterJob;
         scan.job = std::move(*job);
         JudgeJob(printer, item.path, firstStatus, scan);
     }
-    if (scan.verdict != queue_verdict::kSpooling && WordProcessorSpools(item.path))
+    if (item.overToo && (!scan.found || scan.isOld)) FindOverJob(printer, item, scan);
+    const bool mayBeOpen = !jobs.empty() && !scan.isOver;
+    if (mayBeOpen && scan.verdict != queue_verdict::kSpooling && WordProcessorSpools(item.path))
         scan.verdict = queue_verdict::kSpooling;
     return scan;
+}
+
+// A job that has left the queue between two scans.
+void QueueWatch::FindOverJob(const std::string& printer, const WatchedItem& item, QueueScan& scan) {
+    std::vector<JobInfo> jobs;
+    const std::int64_t after = item.jobId != 0 ? item.jobId - 1 : item.afterJob;
+    if (m_spooler.ListOverJobs(printer, after, jobs) != 0) return;
+    const auto job = FindJob(jobs, item);
+    if (job == jobs.end()) return;
+    scan.found = scan.isOver = true;
+    scan.isOld = false;
+    scan.job = std::move(*job);
+    NoteJob(scan.job);
+    scan.verdict = VerdictOnStatus(scan.job.statusBits);
 }
 
 std::vector<JobInfo>::iterator QueueWatch::FindJob(std::vector<JobInfo>& jobs, const WatchedItem& item) {
@@ -120,17 +133,7 @@ std::vector<JobInfo>::iterator QueueWatch::FindJob(std::vector<JobInfo>& jobs, c
     return found;
 }
 
-std::int64_t QueueWatch::LastJob(const std::string& printer) {
-    std::vector<JobInfo> jobs;
-    m_spooler.ListJobs(printer, jobs);
-    std::int64_t last = 0;
-    for (const JobInfo& job : jobs) last = std::max(last, job.id);
-    return last;
-}
-
-void QueueWatch::JudgeJob(const std::string& printer, const std::string& path, std::uint32_t firstStatus,
-                          QueueScan& scan) {
-    const JobInfo& job = scan.job;
+void QueueWatch::NoteJob(const JobInfo& job) {
     if (m_debugLog.IsOn()) {
         const LocalTime& time = job.submitted;
         m_debugLog.Trace(
@@ -139,10 +142,16 @@ void QueueWatch::JudgeJob(const std::string& printer, const std::string& path, s
             Format("%-4.4d%-2.2d%-2.2d", time.year, time.month, time.day),
             Format("%-2.2d%-2.2d%-2.2d", time.hour, time.minute, time.second));
     }
-    const int priority = RunPriority();
-    if (priority != 0 && priority != job.priority) SetJobPriority(printer, job.id, priority);
     if (m_jobCallback) m_jobCallback(job);
     if (job.totalPages > 0) m_totalPages = job.totalPages;
+}
+
+void QueueWatch::JudgeJob(const std::string& printer, const std::string& path, std::uint32_t firstStatus,
+                          QueueScan& scan) {
+    const JobInfo& job = scan.job;
+    NoteJob(job);
+    const int priority = RunPriority();
+    if (priority != 0 && priority != job.priority) SetJobPriority(printer, job.id, priority);
     scan.verdict = VerdictOnStatus(job.statusBits);
     if (m_options.m_showPrinterAttention && (firstStatus & kAttentionBits) != 0) {
         m_debugLog.Trace("printer error showPrinterAttention status: %ld\r\n", firstStatus);

@@ -34,6 +34,7 @@ struct WatchedItem {
     std::string path;
     std::int64_t jobId = 0;     // as the print system gave it; 0: the job is known by its document name alone
     std::int64_t afterJob = 0;  // by name: jobs up to this number are older than the item
+    bool overToo = false;       // where no newer one is in the queue, one that has left it counts, too
 };
 
 struct QueueScan {
@@ -41,6 +42,7 @@ struct QueueScan {
     bool listed = false;  // false: the queue could not be read, and nothing is known of the item
     bool found = false;   // the item's job is `job`
     bool isOld = false;   // it is one that was there before the item, and there is no newer one
+    bool isOver = false;  // it has left the queue
     JobInfo job;
 };
 
@@ -58,8 +60,8 @@ public:
     // One scan. Of several jobs of the item the one listed last counts. Gives the job the run's priority.
     // May pump: the arguments are to be the caller's own.
     QueueScan ListJobsForPrinter(const std::string& printer, const WatchedItem& item);
-    // The highest number of a job in the queue; 0 when there is none. May pump.
-    std::int64_t LastJob(const std::string& printer);
+    // The highest number of a job of the printer; 0 when there is none, -1 when it cannot be told. May pump.
+    std::int64_t LastJob(const std::string& printer) { return m_spooler.LastJob(printer); }
     // Silent when it fails. May pump.
     void SetJobPriority(std::string_view printer, std::int64_t id, int priority);
     // Whether its own status says that somebody must see to it: offline, out of paper, jammed and so on. May
@@ -81,6 +83,8 @@ public:
 
 private:
     std::vector<JobInfo>::iterator FindJob(std::vector<JobInfo>& jobs, const WatchedItem& item);
+    void FindOverJob(const std::string& printer, const WatchedItem& item, QueueScan& scan);
+    void NoteJob(const JobInfo& job);
     void JudgeJob(const std::string& printer, const std::string& path, std::uint32_t firstStatus,
                   QueueScan& scan);
     bool ViewerShows(const std::string& path);

@@ -44,7 +44,7 @@ void JobWait::ForAcceptedJob(const std::string& printer, const std::string& path
 }
 
 bool JobWait::IsHeld(const std::string& printer, const QueueScan& scan) {
-    if (!scan.found || scan.job.isOfUnknownOutcome) return false;
+    if (!scan.found || scan.isOver || scan.job.isOfUnknownOutcome) return false;
     // The verdict of a job that does not spool is that of spooling only for the sake of the printer.
     const bool wantsAttention = scan.verdict == queue_verdict::kSpooling &&
                                 VerdictOnStatus(scan.job.statusBits) != queue_verdict::kSpooling;
@@ -64,6 +64,7 @@ JobWait::End JobWait::ForForeignJob(const std::string& printer, const std::strin
     QueueScan scan;
     End end = AwaitListing(printer, path, feedback, scan);
     if (end == End::kSpooled) end = AwaitSpooling(printer, path, feedback, scan);
+    if (end == End::kSpooled && IsLost(scan)) end = End::kLost;
     m_debugLog.Trace("Print Finished or Started status:%d, didspool=%d\r\n", scan.verdict,
                      end == End::kSpooled);
     return end;
@@ -73,10 +74,12 @@ JobWait::End JobWait::AwaitListing(const std::string& printer, const std::string
                                    QueueScan& scan) {
     feedback.ShowRowStatus("Running");
     const long long deadline = m_loop.MonotonicMilliseconds() + Allowance();
+    // Jobs of the days before prove nothing.
+    const bool knowsLast = m_lastBefore >= 0;
     bool isRepeated = false;
     for (int z = 0;; ++z) {
         m_debugLog.Trace("Wait for spooling to start Loop z=%d\r\n", z);
-        scan = m_watch.ListJobsForPrinter(printer, {path, 0, m_lastBefore});
+        scan = m_watch.ListJobsForPrinter(printer, {path, 0, m_lastBefore, knowsLast});
         if (scan.found && scan.isOld) {
             isRepeated = true;
             m_debugLog.Trace("Still spooling previous prev status=%d\r\n", scan.verdict);
@@ -95,11 +98,20 @@ JobWait::End JobWait::AwaitListing(const std::string& printer, const std::string
     return End::kNotSeen;
 }
 
+bool JobWait::IsLost(const QueueScan& scan) {
+    m_loss.clear();
+    if (!scan.isOver || (scan.job.statusBits & job_status::kPrinted) != 0) return false;
+    const bool isCancelled = (scan.job.statusBits & job_status::kDeleted) != 0;
+    m_loss = isCancelled ? "its job was cancelled" : "the print system gave its job up";
+    if (!scan.job.statusText.empty()) m_loss += ": " + scan.job.statusText;
+    return true;
+}
+
 // A job that is still being written has its time anew whenever it moves; one that has left the queue was
-// printed.
+// printed, where nobody knows better.
 JobWait::End JobWait::AwaitSpooling(const std::string& printer, const std::string& path,
                                     WayFeedback& feedback, QueueScan& scan) {
-    const WatchedItem item{path, scan.job.id};
+    const WatchedItem item{path, scan.job.id, 0, true};
     long long deadline = m_loop.MonotonicMilliseconds() + Allowance();
     for (int z = 0; scan.verdict == queue_verdict::kSpooling || IsHeld(printer, scan); ++z) {
         m_debugLog.Trace("Wait for start Loop z=%d\r\n", z);

@@ -16,7 +16,7 @@ struct GeneralOptions;
 // Waits for the job of a row in its printer's queue, as long as the options say.
 class JobWait {
 public:
-    enum class End { kSpooled, kNotSeen, kStopped };
+    enum class End { kSpooled, kNotSeen, kStopped, kLost };
 
     JobWait(QueueWatch& watch, EventLoop& loop, DebugLog& debugLog, const GeneralOptions& options)
         : m_watch(watch), m_loop(loop), m_debugLog(debugLog), m_options(options) {}
@@ -30,11 +30,16 @@ public:
 
     // To be called before another program is asked to print: what is in the queue then proves nothing.
     void BeginForeignJob(const std::string& printer) { m_lastBefore = m_watch.LastJob(printer); }
-    // Another program was asked to print the file: its job is proof that it did. May pump.
+    // Another program was asked to print the file: its job is proof that it did, even one that is printed
+    // already; kLost: there was one, and it was cancelled or given up. May pump.
     End ForForeignJob(const std::string& printer, const std::string& path, WayFeedback& feedback);
+
+    // Why the job that was waited for last was lost, a sentence part.
+    const std::string& Loss() const { return m_loss; }
 
 private:
     bool IsHeld(const std::string& printer, const QueueScan& scan);
+    bool IsLost(const QueueScan& scan);
     End AwaitListing(const std::string& printer, const std::string& path, WayFeedback& feedback,
                      QueueScan& scan);
     End AwaitSpooling(const std::string& printer, const std::string& path, WayFeedback& feedback,
@@ -45,7 +50,8 @@ private:
     EventLoop& m_loop;
     DebugLog& m_debugLog;
     const GeneralOptions& m_options;
-    std::int64_t m_lastBefore = 0;  // the last job that was there before
+    std::int64_t m_lastBefore = 0;  // the last job that was there before; -1: not known
+    std::string m_loss;
 };
 
 }  // namespace quirepress

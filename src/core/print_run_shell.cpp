@@ -96,6 +96,7 @@ public:
     // Why its dialogs will not let it print; empty: they will.
     std::string Flaw() const { return m_dialogs != nullptr ? m_dialogs->Flaw() : std::string(); }
 
+    bool HasSucceeded() const { return !m_process.IsRunning() && m_process.ExitCode() == 0; }
     bool HasFailed() const { return m_tellsFailure && !m_process.IsRunning() && m_process.ExitCode() != 0; }
 
     void AwaitEnd(long long milliseconds) {
@@ -261,6 +262,8 @@ private:
         if (m_services.options.m_waitBat && IsBatch(command.program))
             program.AwaitEnd(command.command.limitSeconds * 1000LL);
         const JobWait::End end = m_jobWait.ForForeignJob(item.printer, path, program);
+        // Part of it may have come out.
+        if (end == JobWait::End::kLost) return Failed(m_jobWait.Loss(), false);
         if (feedback.IsStopped() && end != JobWait::End::kSpooled) return StoppedWay();
         if (end == JobWait::End::kSpooled) {
             program.AwaitEnd(kGraceMilliseconds);
@@ -268,8 +271,10 @@ private:
         }
         if (program.HasFailed() || !program.Flaw().empty())
             return Failed(program.Describe(command.program), true);
+        // It may have printed where nobody looked: twice is worse than not at all.
+        const bool canRetry = !program.HasSucceeded();
         return {WayResult::End::kFailed, std::string(kStatusDidNotSpool),
-                "Can't Print - did not spool: " + program.Describe(command.program), true};
+                "Can't Print - did not spool: " + program.Describe(command.program), canRetry};
     }
 
     ShellWayServices m_services;

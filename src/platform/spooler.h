@@ -124,6 +124,12 @@ public:
 
     // In queue order. -1 when there is no such printer.
     virtual int ListJobs(std::string_view printer, std::vector<JobInfo>& jobs) = 0;
+    // The highest number that a job of the printer has had, as far as it is known: later jobs have higher
+    // ones. 0 when there is none, -1 when it cannot be told.
+    virtual std::int64_t LastJob(std::string_view printer);
+    // Jobs with a number above `after` that have left the queue: printed (kPrinted), cancelled (kDeleted),
+    // given up (kError); by their numbers. None where the print system keeps no such history.
+    virtual int ListOverJobs(std::string_view printer, std::int64_t after, std::vector<JobInfo>& jobs);
     virtual int ChangeJobPriority(std::string_view printer, std::int64_t id, int priority) = 0;
     virtual int CancelJob(std::string_view printer, std::int64_t id) = 0;
     virtual int ListBins(std::string_view printer, std::vector<BinInfo>& bins) = 0;

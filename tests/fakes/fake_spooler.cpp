@@ -1,6 +1,7 @@
 #include "fakes/fake_spooler.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include "base/text.h"
 #include "platform/embedded/printer_port.h"
@@ -128,6 +129,12 @@ void FakeSpooler::SetUntried(std::int64_t id, bool isUntried) {
 
 void FakeSpooler::TakeJobAway(std::int64_t id) {
     for (auto& [name, printer] : m_printers) {
+        for (JobInfo job : printer.jobs) {
+            if (!m_keepHistory || job.id != id) continue;
+            constexpr std::uint32_t kLost = job_status::kError | job_status::kDeleted;
+            if ((job.statusBits & kLost) == 0) job.statusBits = job_status::kPrinted;
+            printer.over.push_back(job);
+        }
         std::erase_if(printer.jobs, [id](const JobInfo& job) { return job.id == id; });
         Sort(printer);
     }
@@ -204,6 +211,19 @@ int FakeSpooler::ListJobs(std::string_view printer, std::vector<JobInfo>& jobs) 
     return 0;
 }
 
+std::int64_t FakeSpooler::LastJob(std::string_view printer) {
+    if (m_failures.listing) return -1;
+    return m_keepHistory ? m_lastId : Spooler::LastJob(printer);
+}
+
+int FakeSpooler::ListOverJobs(std::string_view printer, std::int64_t after, std::vector<JobInfo>& jobs) {
+    const Printer* queue = FindQueue(printer);
+    if (queue == nullptr || m_failures.listing) return -1;
+    std::copy_if(queue->over.begin(), queue->over.end(), std::back_inserter(jobs),
+                 [after](const JobInfo& job) { return job.id > after; });
+    return 0;
+}
+
 int FakeSpooler::ChangeJobPriority(std::string_view printer, std::int64_t id, int priority) {
     m_calls.push_back(Join("ChangeJobPriority", printer) + " " + std::to_string(id) + " " +
                       std::to_string(priority));
@@ -220,6 +240,7 @@ int FakeSpooler::CancelJob(std::string_view printer, std::int64_t id) {
     m_calls.push_back(Join("CancelJob", printer) + " " + std::to_string(id));
     const JobInfo* job = FindJob(id);
     if (job == nullptr || job->printer != printer) return -1;
+    SetJobStatus(id, job_status::kDeleted);
     TakeJobAway(id);
     return 0;
 }

@@ -43,6 +43,8 @@ public:
     void SetUntried(std::int64_t id, bool isUntried);
     void TakeJobAway(std::int64_t id);  // it was printed
     void KeepJobs(bool keep) { m_keepJobs = keep; }
+    // From now on jobs that leave the queue are known as printed, given up (with an error) or cancelled.
+    void KeepHistory(bool keep) { m_keepHistory = keep; }
     void HideJobs(bool hide) { m_hideJobs = hide; }  // they are there, and not listed yet
     void DeliverJobs();                              // every job of a printer that is not paused
     void SetNow(const LocalTime& now) { m_now = now; }
@@ -71,6 +73,8 @@ public:
     std::int64_t PrintDocument(std::string_view printer, std::string_view path, const DocumentInfo& document,
                                int& systemError) override;
     int ListJobs(std::string_view printer, std::vector<JobInfo>& jobs) override;
+    std::int64_t LastJob(std::string_view printer) override;
+    int ListOverJobs(std::string_view printer, std::int64_t after, std::vector<JobInfo>& jobs) override;
     int ChangeJobPriority(std::string_view printer, std::int64_t id, int priority) override;
     int CancelJob(std::string_view printer, std::int64_t id) override;
     int ListBins(std::string_view printer, std::vector<BinInfo>& bins) override;
@@ -93,6 +97,7 @@ private:
         PrinterInfo info;
         std::vector<BinInfo> bins;
         std::vector<JobInfo> jobs;  // in queue order
+        std::vector<JobInfo> over;
     };
 
     Printer* FindQueue(std::string_view name);
@@ -107,6 +112,7 @@ private:
     std::string m_default;
     std::int64_t m_lastId = 0;
     bool m_keepJobs = false;
+    bool m_keepHistory = false;
     bool m_hideJobs = false;
     LocalTime m_now{2024, 1, 2, 3, 4, 5};
     Failures m_failures;

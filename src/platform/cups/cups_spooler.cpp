@@ -24,10 +24,15 @@ namespace {
 constexpr long long kFactsStayTrue = 2'000;  // milliseconds
 constexpr int kDeepestClass = 4;
 constexpr int kMostJobs = 1'000'000;  // a server shows 500 of them when it is not told how many
+constexpr int kSomeJobs = 1'000;
 constexpr std::size_t kChunk = std::size_t{256} * 1024;
 
 bool IsJobNumber(std::int64_t id) {
     return id > 0 && id <= std::numeric_limits<int>::max();
+}
+
+int NumberAfter(std::int64_t id) {
+    return static_cast<int>(std::clamp<std::int64_t>(id + 1, 1, std::numeric_limits<int>::max()));
 }
 
 struct Destinations {
@@ -256,17 +261,48 @@ int CupsSpooler::ReadInto(CupsUpload& upload, InputFile& file) {
     }
 }
 
-int CupsSpooler::ListJobs(std::string_view printer, std::vector<JobInfo>& jobs) {
-    if (!IsCupsPrinterName(printer)) return Fail({CupsFailure::kBadName, "there is no such printer"});
+IppMessage CupsSpooler::AskForJobs(std::string_view printer, const JobChoice& choice,
+                                   const std::vector<const char*>& attributes) {
+    if (!IsCupsPrinterName(printer)) {
+        Fail({CupsFailure::kBadName, "there is no such printer"});
+        return nullptr;
+    }
     const IppRequest request = NewPrinterRequest(IPP_OP_GET_JOBS, printer, m_user);
-    ippAddString(request.message.get(), IPP_TAG_OPERATION, IPP_TAG_KEYWORD, "which-jobs", nullptr,
-                 "not-completed");
-    ippAddInteger(request.message.get(), IPP_TAG_OPERATION, IPP_TAG_INTEGER, "limit", kMostJobs);
-    AskFor(request, kJobAttributes);
-    const IppMessage answer = Ask(request);
+    ipp_t* const message = request.message.get();
+    ippAddString(message, IPP_TAG_OPERATION, IPP_TAG_KEYWORD, "which-jobs", nullptr, choice.which);
+    ippAddInteger(message, IPP_TAG_OPERATION, IPP_TAG_INTEGER, "limit", choice.limit);
+    if (choice.first > 1)
+        ippAddInteger(message, IPP_TAG_OPERATION, IPP_TAG_INTEGER, "first-job-id", choice.first);
+    AskFor(request, attributes);
+    return Ask(request);
+}
+
+int CupsSpooler::ListJobs(std::string_view printer, std::vector<JobInfo>& jobs) {
+    const IppMessage answer = AskForJobs(printer, {"not-completed", 1, kMostJobs}, kJobAttributes);
     if (!answer) return -1;
     std::vector<JobInfo> read = ReadJobs(answer.get(), m_clock);
     jobs.insert(jobs.end(), std::make_move_iterator(read.begin()), std::make_move_iterator(read.end()));
+    return 0;
+}
+
+// A server may keep a hundred thousand old jobs. It tells the ones that were over last first; what is newer
+// still is then asked for, in whatever order they ended.
+std::int64_t CupsSpooler::LastJob(std::string_view printer) {
+    const JobChoice latest = {"completed", 1, kSomeJobs};
+    IppMessage answer = AskForJobs(printer, latest, {"job-id"});
+    if (!answer) return -1;
+    const std::int64_t known = HighestJobNumber(answer.get());
+    const JobChoice newer = {"all", NumberAfter(known), kMostJobs};
+    answer = AskForJobs(printer, newer, {"job-id"});
+    return answer ? std::max(known, HighestJobNumber(answer.get())) : -1;
+}
+
+int CupsSpooler::ListOverJobs(std::string_view printer, std::int64_t after, std::vector<JobInfo>& jobs) {
+    const IppMessage answer = AskForJobs(printer, {"all", NumberAfter(after), kSomeJobs}, kOverJobAttributes);
+    if (!answer) return -1;
+    for (JobInfo& job : ReadOverJobs(answer.get(), m_clock))
+        // A server that knows no "first-job-id" tells older ones, too.
+        if (job.id > after) jobs.push_back(std::move(job));
     return 0;
 }
 

@@ -43,6 +43,8 @@ public:
     std::int64_t PrintDocument(std::string_view printer, std::string_view path, const DocumentInfo& document,
                                int& systemError) override;
     int ListJobs(std::string_view printer, std::vector<JobInfo>& jobs) override;
+    std::int64_t LastJob(std::string_view printer) override;
+    int ListOverJobs(std::string_view printer, std::int64_t after, std::vector<JobInfo>& jobs) override;
     int ChangeJobPriority(std::string_view printer, std::int64_t id, int priority) override;
     int CancelJob(std::string_view printer, std::int64_t id) override;
     int ListBins(std::string_view printer, std::vector<BinInfo>& bins) override;
@@ -54,6 +56,15 @@ private:
         long long askedAt = 0;
     };
 
+    // What a question for jobs asks for.
+    struct JobChoice {
+        const char* which;  // keyword of IPP
+        int first = 1;      // job number
+        int limit = 0;
+    };
+
+    IppMessage AskForJobs(std::string_view printer, const JobChoice& choice,
+                          const std::vector<const char*>& attributes);
     IppMessage Ask(const IppRequest& request);
     int Fail(const CupsFailure& failure);
     std::string ServersDefault();

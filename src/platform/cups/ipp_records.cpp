@@ -44,6 +44,7 @@ PrinterInfo ReadPrinter(const IppGroup& group) {
 struct IppJob {
     JobInfo info;
     bool isAtWork = false;
+    bool isOver = false;
 };
 
 std::string PrinterOfAddress(std::string_view address) {
@@ -97,7 +98,17 @@ IppJob ReadJob(const IppGroup& group, Clock& clock) {
     }
     job.info.statusBits = JobStatusOf(state, reasons, printerReasons);
     job.isAtWork = state == IPP_JSTATE_PROCESSING;
+    job.isOver = state >= IPP_JSTATE_CANCELED;
     return job;
+}
+
+std::vector<IppJob> ReadEveryJob(ipp_t* answer, Clock& clock) {
+    std::vector<IppJob> read;
+    for (const IppGroup& group : IppGroups(answer, IPP_TAG_JOB)) {
+        read.push_back(ReadJob(group, clock));
+        if (read.back().info.id <= 0) read.pop_back();
+    }
+    return read;
 }
 
 }  // namespace
@@ -152,11 +163,7 @@ CupsPrinterFacts ReadPrinterFacts(ipp_t* answer) {
 }
 
 std::vector<JobInfo> ReadJobs(ipp_t* answer, Clock& clock) {
-    std::vector<IppJob> read;
-    for (const IppGroup& group : IppGroups(answer, IPP_TAG_JOB)) {
-        read.push_back(ReadJob(group, clock));
-        if (read.back().info.id <= 0) read.pop_back();
-    }
+    std::vector<IppJob> read = ReadEveryJob(answer, clock);
     std::stable_sort(read.begin(), read.end(), [](const IppJob& left, const IppJob& right) {
         if (left.isAtWork != right.isAtWork) return left.isAtWork;
         if (left.info.priority != right.info.priority) return left.info.priority > right.info.priority;
@@ -169,6 +176,32 @@ std::vector<JobInfo> ReadJobs(ipp_t* answer, Clock& clock) {
         jobs.push_back(std::move(job.info));
     }
     return jobs;
+}
+
+const std::vector<const char*> kOverJobAttributes = {"job-id",
+                                                     "job-name",
+                                                     "job-printer-state-message",
+                                                     "job-impressions",
+                                                     "job-impressions-completed",
+                                                     "job-state",
+                                                     "job-printer-uri"};
+
+std::vector<JobInfo> ReadOverJobs(ipp_t* answer, Clock& clock) {
+    std::vector<JobInfo> jobs;
+    for (IppJob& job : ReadEveryJob(answer, clock))
+        if (job.isOver) jobs.push_back(std::move(job.info));
+    std::sort(jobs.begin(), jobs.end(),
+              [](const JobInfo& left, const JobInfo& right) { return left.id < right.id; });
+    return jobs;
+}
+
+std::int64_t HighestJobNumber(ipp_t* answer) {
+    std::int64_t highest = 0;
+    for (const IppGroup& group : IppGroups(answer, IPP_TAG_JOB))
+        for (ipp_attribute_t* attribute : group)
+            if (std::string_view(ippGetName(attribute)) == "job-id")
+                highest = std::max<std::int64_t>(highest, IppNumber(attribute));
+    return highest;
 }
 
 std::string PrinterOfJob(ipp_t* answer) {

@@ -30,6 +30,12 @@ CupsPrinterFacts ReadPrinterFacts(ipp_t* answer);
 extern const std::vector<const char*> kJobAttributes;
 std::vector<JobInfo> ReadJobs(ipp_t* answer, Clock& clock);
 
+// Those of them that are over, by their numbers.
+extern const std::vector<const char*> kOverJobAttributes;
+std::vector<JobInfo> ReadOverJobs(ipp_t* answer, Clock& clock);
+// 0 when there is none.
+std::int64_t HighestJobNumber(ipp_t* answer);
+
 // The printer that a job belongs to, from its "job-printer-uri".
 std::string PrinterOfJob(ipp_t* answer);
 

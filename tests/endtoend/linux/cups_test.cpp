@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
+#include <algorithm>
+
 #include "platform/event_loop.h"
 #include "qpr_program.h"
 #include "rig/private_cups.h"
@@ -74,6 +76,30 @@ TEST_F(QprCups, PrintersAndQueuesAreShown) {
     const ProgramResult added = Run({"--spooler", "cups", "printers", "add", "Another"});
     EXPECT_EQ(added.exitCode, 2);
     EXPECT_THAT(added.errors, HasSubstr("lpadmin"));
+}
+
+TEST_F(QprCups, WhatAnotherProgramPrintsIsPrintedOnceHoweverFastItIsOver) {
+    m_cups.AddQueue("Fast", "file:/dev/null");
+    m_qpr.m_home.Write("print_commands.ini",
+                       "COMMAND;Labels\nTYPES;.lab\nPRINT;lp -s -d %p %1\n"
+                       "COMMAND;Cancelled\nTYPES;.cut\n"
+                       "PRINT;sh -c \"lp -s -H hold -d $1 $2; cancel -a $1\" sh %p %1\n"
+                       "COMMAND;Silent\nTYPES;.mute\nPRINT;sh -c \"echo $1 >>$1\" sh %1\n");
+    m_qpr.m_home.Write("general_setup.ini", "ONERRORPRINTONEMORETIME\nTIMEALLOW;5000\n");
+    const std::string old = m_qpr.m_work.Write("old.mute", "x\n");
+    std::vector<std::string> arguments = {"--json", "--spooler", "cups", "print", "--printer", "Fast"};
+    for (const char* name : {"a.lab", "b.lab", "c.cut"}) arguments.push_back(m_qpr.m_work.Write(name, "x"));
+    arguments.push_back(old);
+    m_cups.RunTool({"lp", "-d", "Fast", "-o", "raw", old});
+    const nlohmann::json rows = Run(arguments).Json()["rows"];
+    EXPECT_EQ(StatusOf(rows[0]), "Done");
+    EXPECT_EQ(StatusOf(rows[1]), "Done");
+    EXPECT_EQ(StatusOf(rows[2]), "Error - Can't Print - its job was cancelled");
+    EXPECT_THAT(StatusOf(rows[3]), HasSubstr("did not spool")) << "a job of the time before proves nothing";
+    EXPECT_EQ(m_qpr.m_work.Read("old.mute"), "x\n" + old + "\n") << "it may have printed";
+    std::string jobs;
+    m_cups.RunTool({"lpstat", "-W", "completed", "-o", "Fast"}, &jobs);
+    EXPECT_EQ(std::count(jobs.begin(), jobs.end(), '\n'), 4) << jobs;
 }
 
 TEST_F(QprCups, ABalancedRunLeavesTheUsersDefaultAsItWas) {

@@ -112,5 +112,35 @@ TEST_F(JobWaitTest, AForeignJobIsAwaitedForTheAllowance) {
     EXPECT_EQ(AwaitForeign(), JobWait::End::kSpooled);
 }
 
+TEST_F(JobWaitTest, AForeignJobThatIsOverBetweenTwoLooksIsSeenAllTheSame) {
+    spooler.KeepHistory(true);
+    const auto afterwards = [&](std::uint32_t statusBits) {
+        wait.BeginForeignJob("Laser");
+        At(300, [this, statusBits] {
+            spooler.SetJobStatus(PutJob(0), statusBits, statusBits != 0 ? "jammed" : "");
+            spooler.TakeJobAway(PutJob(0, "other") - 1);
+        });
+        return AwaitForeign();
+    };
+    EXPECT_EQ(afterwards(0), JobWait::End::kSpooled);
+    EXPECT_LT(waited, 1'000);
+    EXPECT_EQ(afterwards(job_status::kError), JobWait::End::kLost);
+    EXPECT_EQ(wait.Loss(), "the print system gave its job up: jammed");
+    EXPECT_EQ(afterwards(job_status::kDeleted), JobWait::End::kLost);
+    EXPECT_EQ(wait.Loss(), "its job was cancelled: jammed");
+
+    wait.BeginForeignJob("Laser");
+    EXPECT_EQ(AwaitForeign(), JobWait::End::kNotSeen) << "those of the items before";
+    spooler.FailListing();
+    wait.BeginForeignJob("Laser");
+    At(100, [&] { spooler.StopFailing(); });
+    EXPECT_EQ(AwaitForeign(), JobWait::End::kNotSeen) << "which ones are old could not be told";
+
+    wait.BeginForeignJob("Laser");
+    const std::int64_t id = PutJob(job_status::kSpooling);
+    At(1'000, [&] { spooler.CancelJob("Laser", id); });
+    EXPECT_EQ(AwaitForeign(), JobWait::End::kLost) << "while it was being written";
+}
+
 }  // namespace
 }  // namespace quirepress

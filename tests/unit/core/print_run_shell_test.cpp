@@ -202,6 +202,8 @@ TEST_F(ShellWayTest, AProgramThatPrintsIsProvedByItsJob) {
     EXPECT_TRUE(processes.records[0].destroyed) << "a program that stays is ended";
     EXPECT_NEAR(static_cast<double>(loop.MonotonicMilliseconds() - start), 5000, 1000);
 
+    FakeProcesses::Script hang;
+    hang.runsFor = std::nullopt;
     RunItem some;
     some.path = path;
     some.range.kind = PageRange::Kind::kSome;
@@ -211,6 +213,21 @@ TEST_F(ShellWayTest, AProgramThatPrintsIsProvedByItsJob) {
     const WayResult second = Process(*way, path);
     EXPECT_EQ(second.status, kStatusDidNotSpool);
     EXPECT_THAT(second.remark, HasSubstr("lp ended with code 0"));
+    EXPECT_FALSE(second.canRetry) << "it may have printed where nobody looked";
+    processes.AddScript(hang);
+    EXPECT_TRUE(Process(*way, path).canRetry);
+
+    spooler.KeepHistory(true);
+    FakeProcesses::Script cancelled;
+    cancelled.whenStarted = [&] {
+        JobInfo job;
+        job.document = path;
+        spooler.CancelJob("Laser", spooler.PutJob("Laser", job));
+    };
+    processes.AddScript(cancelled);
+    const WayResult lost = Process(*way, path);
+    EXPECT_EQ(lost.status, "Error - Can't Print - its job was cancelled");
+    EXPECT_FALSE(lost.canRetry) << "part of it may have come out";
 
     FakeProcesses::Script failure;
     failure.exitCode = 1;

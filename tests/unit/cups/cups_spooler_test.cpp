@@ -165,6 +165,37 @@ TEST_F(CupsSpoolerTest, TheQueueIsShownWholeAndInItsOrder) {
     EXPECT_EQ(jobs.back().document, "598");
 }
 
+TEST_F(CupsSpoolerTest, JobsThatAreOverAreToldApartFromOlderOnes) {
+    EXPECT_EQ(spooler.LastJob("Nobody"), -1);
+    cups.AddRawQueue("Raw");
+    cups.AddQueue("Other", "file:/dev/null");
+    EXPECT_EQ(spooler.LastJob("Raw"), 0);
+    const auto over = [&](std::int64_t after) {
+        std::vector<JobInfo> jobs;
+        EXPECT_EQ(spooler.ListOverJobs("Raw", after, jobs), 0);
+        std::string told;
+        for (const JobInfo& job : jobs) told += job.document + ":" + std::to_string(job.statusBits) + " ";
+        return told;
+    };
+    ASSERT_EQ(PrintRaw("Raw", "old", "x"), 0);
+    ASSERT_TRUE(cups.AwaitCaptured(1));
+    EXPECT_EQ(spooler.LastJob("Raw"), jobId);
+    cups.Pause("Raw");
+    for (const char* name : {"waits", "cancelled"}) ASSERT_EQ(PrintRaw("Raw", name, "x"), 0);
+    const std::int64_t last = jobId;
+    ASSERT_EQ(PrintRaw("Other", "elsewhere", "x"), 0);
+    EXPECT_EQ(spooler.LastJob("Raw"), last);
+    EXPECT_EQ(spooler.CancelJob("Raw", last), 0);
+    EXPECT_EQ(spooler.LastJob("Raw"), last);
+    EXPECT_EQ(over(last - 2), "cancelled:256 ") << "neither older ones nor those in the queue";
+    cups.SetBehaviour("code=1");
+    cups.Resume("Raw");
+    for (int i = 0; i < 2'000 && !Jobs("Raw").empty(); ++i) services.loop->Wait(5);
+    EXPECT_EQ(over(last - 2), "waits:2 cancelled:256 ");
+    EXPECT_EQ(over(last), "");
+    EXPECT_EQ(over(0), "old:128 waits:2 cancelled:256 ");
+}
+
 TEST_F(CupsSpoolerTest, ADocumentThatThePrinterCanNotBeAskedForIsNoJob) {
     cups.AddDriverQueue("Driver");
     const std::string document = DocumentOf("a.pdf");
