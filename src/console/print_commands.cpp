@@ -168,7 +168,8 @@ int RunPrint(Context& context, const PrintOptions& options) {
     if (application == nullptr) return kExitNoPrinter;
     const std::string printer =
         options.printer.empty() ? application->PrintSpooler().DefaultPrinter() : options.printer;
-    if (!CheckPrinterExists(context, *application, printer)) return kExitNoPrinter;
+    // A run tells by itself, also whom it sends mail, that there is no such printer.
+    if (options.dryRun && !CheckPrinterExists(context, *application, printer)) return kExitNoPrinter;
     if (!CheckBalancedPrinters(context, *application, options.row.texts.balancedPrinters)) return kExitUsage;
     ProgressLine progress(*context.System().terminal, application->List(), context.ErrorsHaveColours());
     progress.Show("Loading the list ...");

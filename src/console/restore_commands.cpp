@@ -99,7 +99,6 @@ int RunRestore(Context& context, const RestoreRequest& request) {
         return kExitDone;
     }
     if (!request.printer.empty()) run.printer = request.printer;
-    if (!CheckPrinterExists(context, *application, run.printer)) return kExitNoPrinter;
     ProgressLine progress(*context.System().terminal, application->List(), context.ErrorsHaveColours());
     return RunAndReport(context, *application, run.printer, progress,
                         [&](PrintRun& print) { return print.FinishCutOffRun(run); });

@@ -119,6 +119,10 @@ int RunAndReport(Context& context, Application& application, const std::string& 
     const std::vector<UnknownJob> known = ListJobsOfUnknownOutcome(application);
     const RunSummary summary = start(run);
     run.UseObserver(nullptr);
+    const bool hasBegun =
+        summary.end != RunSummary::End::kNoPrinter && summary.end != RunSummary::End::kNothingToPrint;
+    if (!hasBegun) progress.Clear();
+    if (!hasBegun && !CheckPrinterExists(context, application, printer)) return kExitNoPrinter;
     const DeliveryReport delivery = DeliverJobs(context, application, progress);
     progress.Clear();
     PrintSummary(context, application, printer, summary, delivery);

@@ -29,6 +29,9 @@ namespace {
 constexpr int kMonitorTimer = 2;
 constexpr int kQueuePollMilliseconds = 250;
 constexpr int kMostCopies = 9'999;
+constexpr std::string_view kCutOffRunWaits =
+    "A run that was cut off waits: \"qpr restore --print\" prints what is left of it, "
+    "\"qpr restore --discard\" forgets it.";
 
 RunSummary EndedEarly(RunSummary::End end) {
     RunSummary summary;
@@ -64,7 +67,7 @@ RunSummary PrintRun::RunList(const CutOffRun* cutOff) {
     m_services.loop.StopTimer(kMonitorTimer);
     m_services.debugLog.Trace("KillTimer(2) 5\r\n");
     if (!HasWork()) return TellMissedRows();
-    if (cutOff == nullptr && !MayForgetCutOffRun()) return EndedEarly(RunSummary::End::kRefused);
+    if (cutOff == nullptr && !MayForgetCutOffRun()) return GiveWayToCutOffRun();
     if (cutOff != nullptr) TakeUpSetUp(*cutOff);
     if (cutOff == nullptr) m_services.list.RefreshListStatus();
     m_services.debugLog.Trace("Items set to ready, OK? %d\r\n", 1);
@@ -80,7 +83,10 @@ RunSummary PrintRun::RunList(const CutOffRun* cutOff) {
     m_services.selection.UseStop([] { return false; });
     m_services.selection.RestoreAfterRun();
     const bool wasStopped = summary.end == RunSummary::End::kStopped;
-    if (wasStopped || summary.end == RunSummary::End::kFinished) FinishRun(wasStopped);
+    if (wasStopped || summary.end == RunSummary::End::kFinished)
+        FinishRun(wasStopped);
+    else
+        m_services.outcomes.EndRefusedRun(m_services.list, m_passes, m_obstacle);
     m_services.downloads.EndRun();
     TickAppendedRows(m_services.list);
     ReleaseMergedFile(m_services.append.files, m_appended);
@@ -91,7 +97,8 @@ RunSummary PrintRun::RunList(const CutOffRun* cutOff) {
 RunSummary PrintRun::WalkWithPrinter(const CutOffRun* cutOff) {
     m_printer = cutOff != nullptr && m_chosenPrinter.empty() ? cutOff->printer : m_chosenPrinter;
     if (m_printer.empty()) m_printer = m_services.spooler.DefaultPrinter();
-    m_passes = cutOff != nullptr ? cutOff->copies : CountPasses();
+    m_passes = cutOff != nullptr ? cutOff->copies : CountPasses(true);
+    m_services.outcomes.BeginRun(m_printer, m_passes, [this] { return m_stop; });
     if (!CreateSnapshot(cutOff)) return EndedEarly(RunSummary::End::kRefused);
     m_services.prompts.ShowStatus("Starting");
     const RunSummary::End obstacle = PreparePrinter();
@@ -112,8 +119,8 @@ RunSummary PrintRun::WalkWithPrinter(const CutOffRun* cutOff) {
     RunObserver nobody;
     RunWalk walk(m_services, {m_ways, m_observer != nullptr ? *m_observer : nobody, m_hangWatch, m_stop,
                               m_printer, m_appended.path, m_passes, IsBalanced(cutOff), cutOff});
-    m_services.outcomes.BeginRun(m_printer, m_passes, [this] { return m_stop; });
     const int notFiled = TellFailedAppends();
+    m_obstacle = "The settings of the run that was cut off can't be set again";
     RunSummary summary = walk.WalkList();
     summary.notFiled += notFiled;
     // Who stops a run that he has taken up may take it up again.
@@ -223,11 +230,18 @@ bool PrintRun::MayForgetCutOffRun() {
         return true;
     }
     snapshot.Leave();
-    m_services.prompts.ShowBox(
-        "Print Error!",
-        "A run that was cut off waits: \"qpr restore --print\" prints what is left of it, "
-        "\"qpr restore --discard\" forgets it.");
+    m_services.prompts.ShowBox("Print Error!", kCutOffRunWaits);
     return false;
+}
+
+// Nobody may be there to read the box.
+RunSummary PrintRun::GiveWayToCutOffRun() {
+    ForgetEarlierRuns();
+    m_printer = m_chosenPrinter.empty() ? m_services.spooler.DefaultPrinter() : m_chosenPrinter;
+    m_passes = CountPasses(false);
+    m_services.outcomes.BeginRun(m_printer, m_passes, [this] { return m_stop; });
+    m_services.outcomes.EndRefusedRun(m_services.list, m_passes, kCutOffRunWaits);
+    return EndedEarly(RunSummary::End::kRefused);
 }
 
 bool PrintRun::IsBalanced(const CutOffRun* cutOff) const {
@@ -254,15 +268,15 @@ bool PrintRun::CreateSnapshot(const CutOffRun* cutOff) {
     head.mergedFile = m_appended.path;
     if (m_services.snapshot.Create(m_services.list, head, cutOff != nullptr ? cutOff->copy : 1)) return true;
     m_services.prompts.ShowBox("Print Error!", kSnapshotFailed);
+    m_obstacle = kSnapshotFailed;
     return cutOff == nullptr;
 }
 
 // kFinished when nothing is in the way.
 RunSummary::End PrintRun::PreparePrinter() {
     if (!CheckPrinterIsValid()) return RunSummary::End::kNoPrinter;
-    std::string message;
-    if (m_services.selection.UsePrinter(m_printer, message) != 0) {
-        m_services.prompts.ShowBox("Print Error!", message);
+    if (m_services.selection.UsePrinter(m_printer, m_obstacle) != 0) {
+        m_services.prompts.ShowBox("Print Error!", m_obstacle);
         return RunSummary::End::kNoPrinter;
     }
     return AwaitEmptyQueue() ? RunSummary::End::kFinished : RunSummary::End::kStopped;
@@ -307,10 +321,8 @@ bool PrintRun::CheckPrinterIsValid() {
         return true;
     }
     m_services.debugLog.Trace("checkPrinterIsValid - Printer not available: %s\r\n", m_printer);
-    const std::string status = "Printer not available:" + m_printer;
-    m_services.prompts.ShowStatus(status);
-    m_services.outcomes.RecordError("", m_printer, status);
-    m_services.outcomes.TellFailure("", status);
+    m_obstacle = "Printer not available:" + m_printer;
+    m_services.prompts.ShowStatus(m_obstacle);
     return false;
 }
 
@@ -324,10 +336,11 @@ int PrintRun::AskCopies() {
     return copies ? static_cast<int>(*copies) : usual;
 }
 
-int PrintRun::CountPasses() {
+int PrintRun::CountPasses(bool mayAsk) {
     const GeneralOptions& options = m_services.options;
     std::int64_t copies = m_copies;
-    if (copies <= 0) copies = options.m_copiesPrompt ? AskCopies() : std::max(1, options.m_printCopies);
+    if (copies <= 0)
+        copies = mayAsk && options.m_copiesPrompt ? AskCopies() : std::max(1, options.m_printCopies);
     const std::int64_t repeats = std::max(1, options.m_printCopiesRepeat);
     return static_cast<int>(std::min<std::int64_t>(copies * repeats, std::numeric_limits<int>::max()));
 }

@@ -129,6 +129,7 @@ private:
     AppendOutcome AppendRows();
     int TellFailedAppends();
     bool MayForgetCutOffRun();
+    RunSummary GiveWayToCutOffRun();
     bool IsBalanced(const CutOffRun* cutOff) const;
     void TakeUpSetUp(const CutOffRun& cutOff);
     bool CreateSnapshot(const CutOffRun* cutOff);
@@ -136,7 +137,7 @@ private:
     bool CheckPrinterIsValid();
     bool AwaitEmptyQueue();
     int AskCopies();
-    int CountPasses();
+    int CountPasses(bool mayAsk);
     void TellMissingCopies();
     void RemoveDoneRows(int passes);
 
@@ -151,6 +152,7 @@ private:
     bool m_isBalanced = false;
     bool m_isAppending = false;
     AppendOutcome m_appended;  // of the run at work
+    std::string m_obstacle;    // why it could not start
     bool m_stop = false;
     bool m_isRunning = false;
 };

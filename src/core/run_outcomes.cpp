@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "base/format.h"
+#include "base/text.h"
 #include "core/file_target.h"
 #include "core/print_list.h"
 #include "core/print_run_shell.h"
@@ -95,8 +96,9 @@ void RunOutcomes::ReportRow(const RowEnd& row) {
     m_report.rows.push_back(std::move(reported));
 }
 
-// What was to be printed when the run was stopped. Merged documents wait for the file that they are in.
-void RunOutcomes::ReportRowsNotPrinted(PrintList& list, int passes) {
+// What was to be printed when the run ended. Merged documents wait for the file that they are in.
+void RunOutcomes::ReportRowsNotPrinted(PrintList& list, int passes, std::string_view reason) {
+    if (!m_services.options.m_generateReports) return;
     int mergedPass = 0;
     for (int row = 0; row < list.RowCount(); ++row)
         if (IsMergedFile(list.Text(row, kColumnFilename))) mergedPass = list.MarkOf(row).pass;
@@ -114,7 +116,7 @@ void RunOutcomes::ReportRowsNotPrinted(PrintList& list, int passes) {
         reported.copies = passes - pass;
         reported.path = path;
         reported.sizeKb = list.Text(row, kColumnSizeKb);
-        reported.status = "The run was stopped before its turn";
+        reported.status = reason;
         if (passes > 1 && pass + 1 == passes) reported.status += Format(" (copy %d)", passes);
         if (pass + 1 < passes) reported.status += Format(" (copies %d to %d)", pass + 1, passes);
         m_report.rows.push_back(std::move(reported));
@@ -140,19 +142,33 @@ RowHandled RunOutcomes::HandleFile(const PrintedRow& row, PrintEnd end) {
 
 void RunOutcomes::TellFailure(std::string_view path, std::string_view status) {
     const LocalTime now = m_services.clock.ToLocal(m_services.clock.Now());
-    const std::string_view words =
-        status == kStatusBadPdf ? "Can't Print - Bad PDF File" : "Can't Print Error";
+    std::string words = status == kStatusBadPdf ? "Can't Print - Bad PDF File" : "Can't Print Error";
+    // Where no file says what it is about.
+    if (path.empty()) words += " - " + ToPrintableLine(status);
     m_services.notices.Notify(kNoticePrintError, ErrorNoticeBody(now, words, path), "");
 }
 
 void RunOutcomes::EndRun(PrintList& list, int passes, bool wasStopped) {
     m_services.postPrint.AtRunEnd(list, passes);
-    if (wasStopped && m_services.options.m_generateReports) ReportRowsNotPrinted(list, passes);
+    if (wasStopped) ReportRowsNotPrinted(list, passes, "The run was stopped before its turn");
     WriteReports(wasStopped);
-    if (std::exchange(m_errorLogFailed, false))
-        m_services.prompts.ShowBox("Log File Error", "Can't open error.log for writing");
+    TellFailedErrorLog();
     m_services.notices.Notify(kNoticePrintsFinished, "\r\nStatus: Print(s) Finished\r\n", m_reportPath);
     m_services.postPrint.UseStop([] { return false; });
+}
+
+void RunOutcomes::EndRefusedRun(PrintList& list, int passes, std::string_view reason) {
+    RecordError("", m_report.printer, reason);
+    ReportRowsNotPrinted(list, passes, reason);
+    WriteReports(false);
+    TellFailedErrorLog();
+    TellFailure("", reason);
+    m_services.postPrint.UseStop([] { return false; });
+}
+
+void RunOutcomes::TellFailedErrorLog() {
+    if (std::exchange(m_errorLogFailed, false))
+        m_services.prompts.ShowBox("Log File Error", "Can't open error.log for writing");
 }
 
 void RunOutcomes::WriteReports(bool wasStopped) {

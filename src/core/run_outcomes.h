@@ -57,13 +57,16 @@ public:
     RowHandled HandleFile(const PrintedRow& row, PrintEnd end);
     // The notice that a print has failed. May pump.
     void TellFailure(std::string_view path, std::string_view status);
+    // Nothing could start: logs, reports and a notice say why. Instead of EndRun. May pump.
+    void EndRefusedRun(PrintList& list, int passes, std::string_view reason);
     // Job files, reports, the notice that the run has finished. May pump.
     void EndRun(PrintList& list, int passes, bool wasStopped);
 
 private:
     void ReportRow(const RowEnd& row);
-    void ReportRowsNotPrinted(PrintList& list, int passes);
+    void ReportRowsNotPrinted(PrintList& list, int passes, std::string_view reason);
     void WriteReports(bool wasStopped);
+    void TellFailedErrorLog();
 
     RunOutcomeServices m_services;
     RunReport m_report;

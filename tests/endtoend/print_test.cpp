@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <filesystem>
 #include <thread>
 
 #include "platform/files.h"
@@ -147,7 +148,17 @@ TEST(QprPrint, WhatHasNoRowStillCountsAsNotDone) {
 TEST(QprPrint, UnknownPrintersAndSpoolersExitWithThree) {
     QprProgram qpr;
     qpr.m_work.Write("a.ps", kTwoPages);
-    EXPECT_EQ(qpr.Run({"print", "--printer", "Nowhere", "a.ps"}).exitCode, 3);
+    for (const char* key : {"GENERATEREPORTS", "ERRORLOG"})
+        EXPECT_EQ(qpr.Run({"settings", "set", "general", key, "1"}).exitCode, 0);
+    EXPECT_EQ(qpr.Run({"print", "--dry-run", "--printer", "Nowhere", "a.ps"}).exitCode, 3);
+    EXPECT_FALSE(std::filesystem::exists(qpr.m_home.PathOf("Reports"))) << "nothing was to be printed";
+    const ProgramResult nowhere = qpr.Run({"print", "--printer", "Nowhere", "a.ps"});
+    EXPECT_EQ(nowhere.exitCode, 3);
+    EXPECT_EQ(nowhere.output, "");
+    EXPECT_EQ(nowhere.errors, "qpr: There is no printer \"Nowhere\".\n");
+    EXPECT_THAT(qpr.m_home.Read("error.log"), HasSubstr("Printer not available:Nowhere"));
+    EXPECT_TRUE(std::filesystem::exists(qpr.m_home.PathOf("Reports")));
+    EXPECT_EQ(qpr.Run({"--json", "print", "--printer", "Nowhere", "a.ps"}).Json()["result"], 3);
     EXPECT_EQ(qpr.RunBare({"--home", qpr.m_home.Path(), "--spooler", "nonesuch", "print", "a.ps"}).exitCode,
               3);
     EXPECT_EQ(qpr.Run({"queue", "Nowhere"}).exitCode, 3);

@@ -358,7 +358,7 @@ TEST_F(PrintRunOutcomesTest, WhatIsOfUnknownOutcomeInOneCopyStaysAfterTheOthers)
 
 // Somebody must decide about what was cut off before another run takes its place.
 TEST_F(PrintRunOutcomesTest, ACutOffRunIsNotForgottenByTheNext) {
-    options.m_snapshotRestore = true;
+    options.m_snapshotRestore = options.m_errorLog = options.m_generateReports = true;
     AddRow("a.ps", "");
     AddRow("b.ps", "");
     const std::string here = WithTrailingSeparator(folder.Path());
@@ -366,6 +366,9 @@ TEST_F(PrintRunOutcomesTest, ACutOffRunIsNotForgottenByTheNext) {
     EXPECT_EQ(run.OnButtonPrint().end, RunSummary::End::kRefused);
     EXPECT_THAT(Printed(), IsEmpty());
     EXPECT_THAT(prompts.boxes.back().text, HasSubstr("qpr restore --print"));
+    EXPECT_THAT(ErrorRecords(), HasSubstr("A run that was cut off waits"));
+    EXPECT_THAT(ReportText(".csv"), HasSubstr("b.ps,0.0,,,Not printed,\"A run that was cut off waits"));
+    EXPECT_THAT(notices.told, ElementsAre(testing::AllOf(StartsWith("2:"), HasSubstr("cut off waits"))));
 
     CutOffRun cutOff;
     ASSERT_EQ(snapshot.Load(cutOff), SnapshotResult::kLoaded);

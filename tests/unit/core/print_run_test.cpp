@@ -51,7 +51,7 @@ TEST_F(PrintRunTest, ANightOfMissingFilesLeavesItsTraces) {
 }
 
 TEST_F(PrintRunTest, AnUnknownPrinterEndsTheRunBeforeTheFirstRow) {
-    options.m_errorLog = true;
+    options.m_errorLog = options.m_generateReports = true;
     AddFile("a.ps");
     run.UsePrinter("Nowhere");
     debugLog.Open(files, folder.PathOf("qpr.log"));
@@ -64,6 +64,9 @@ TEST_F(PrintRunTest, AnUnknownPrinterEndsTheRunBeforeTheFirstRow) {
     EXPECT_EQ(Statuses(), TextList{"Ready"});
     EXPECT_TRUE(spooler.Sent().empty());
     EXPECT_TRUE(Contains(ErrorRecords(), "Printer not available:Nowhere"));
+    EXPECT_TRUE(Contains(ReportText(".txt"), "a.ps\r\n    Printer not available:Nowhere\r\n"));
+    ASSERT_EQ(notices.told.size(), 1U);
+    EXPECT_TRUE(StartsWith(notices.told[0], "2:") && Contains(notices.told[0], "not available:Nowhere"));
 
     run.UsePrinter("Laser");
     spooler.FailListing();
