@@ -123,7 +123,7 @@ TEST_F(PageColorsTest, ARendererThatFailsCostsItsPageOnly) {
 }
 
 TEST_F(PageColorsTest, AStopEndsTheRenderingOfAllPages) {
-    SetColors("umumu");
+    pdf.colors = "umumu";
     bool isStopped = false;
     renderer.UseStop([&] { return isStopped; });
     FakeProcesses::Script hangs;
