@@ -59,6 +59,8 @@ public:
     void Remove(const std::string& name) { RunTool({"lpadmin", "-x", name}); }
     int RunTool(std::vector<std::string> arguments, std::string* output = nullptr);
 
+    // How the capturing backend ends from the next job on: "code=1", as the shell assigns it.
+    void SetBehaviour(std::string_view assignment) { m_folder.Write("out/behaviour", assignment); }
     std::vector<CapturedJob> Captured() const;  // by their ids
     bool AwaitCaptured(std::size_t count);
     // Of the n-th document that a network printer got: the values that it was printed with

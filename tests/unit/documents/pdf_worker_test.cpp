@@ -132,18 +132,18 @@ TEST_F(PdfWorkerTest, AStopEndsTheWaitAndTheProcess) {
     bool isStopped = false;
     worker.UseStop([&] { return isStopped; });
     EXPECT_EQ(Count(), 3);
-    processes.answer = [](const PdfWorkerRequest&) { return ""s; };
+    answer = [](const PdfWorkerRequest&) { return ""s; };
     const std::string target = folder.PathOf("new.pdf");
     folder.Write("new.pdf.part", "half");
     loop.StartTimer(1, 1'000, [&] { isStopped = true; });
     const long long start = loop.MonotonicMilliseconds();
     EXPECT_EQ(worker.ExtractPages("a.pdf", "", {{1, 1}}, target), PdfResult::kGaveUp);
     EXPECT_LE(loop.MonotonicMilliseconds() - start, 1'100);
-    EXPECT_EQ(processes.alive, 0);
+    EXPECT_EQ(workers.alive, 0);
     EXPECT_FALSE(folder.Has("new.pdf.part"));
     loop.StopTimer(1);
     isStopped = false;
-    processes.answer = [](const PdfWorkerRequest&) { return "pages 4\n"s; };
+    answer = [](const PdfWorkerRequest&) { return "pages 4\n"s; };
     EXPECT_EQ(Count(), 4);
 }
 
