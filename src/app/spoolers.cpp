@@ -1,4 +1,6 @@
 #include "app/application.h"
+
+#include "backends/printer_selection.h"
 #include "platform/clock.h"
 #include "platform/cups/open_cups_spooler.h"
 #include "platform/embedded/embedded_spooler.h"
@@ -21,6 +23,7 @@ int Application::OpenSpooler(std::string_view name, bool& wasNamed, std::string&
         return -1;
     }
     MakePrinting();
+    m_selection->BringDefaultBack();
     return 0;
 }
 

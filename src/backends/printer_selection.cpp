@@ -42,7 +42,11 @@ void TraceLoadFailure(DebugLog& debugLog, PrsReading reading, bool found, const 
 
 }  // namespace
 
-PrinterSelection::PrinterSelection(PrinterSelectionServices services) : m_services(std::move(services)) {}
+PrinterSelection::PrinterSelection(PrinterSelectionServices services)
+    : m_default(std::make_shared<RunDefault>(services.spooler, services.files, services.debugLog,
+                                             services.workingFolder)),
+      m_services{*m_default,        services.files,   services.loop,         services.prompts,
+                 services.debugLog, services.options, services.workingFolder} {}
 
 int PrinterSelection::DPSetDefaultPrinter(std::string_view name) {
     const std::string printer(name);
@@ -276,19 +280,26 @@ void PrinterSelection::SaveForRun() {
     m_services.debugLog.Trace("Creating temporary prs file\r\n");
     m_change = PrinterChange::kNone;
     m_beforeRun = m_selected;
-    m_defaultBeforeRun = KeepDefault();
+    m_services.spooler.BeginRun();
     SavePrinterSettings(PathOf(kRunSetupFile));
-    KeepSetupOf(m_defaultBeforeRun.printer, kRunDefaultSetupFile);
+    KeepSetupOf(m_services.spooler.BeforeRun().printer, kRunDefaultSetupFile);
 }
 
-void PrinterSelection::RestoreAfterRun() {
-    SetDefaultBack(m_defaultBeforeRun);
+int PrinterSelection::RestoreAfterRun(std::string& message) {
+    RunDefault& spooler = m_services.spooler;
+    const KeptDefault& before = spooler.BeforeRun();
+    const int result = spooler.EndRun() ? SetDefaultBack(before) : 0;
+    spooler.CloseNote(result == 0);
+    if (result != 0)
+        message = Format("The default printer can't be set back to \"%s\". The next start tries it again.",
+                         ToPrintableLine(before.printer));
     // Not from the file: another program in this working folder may have put its own there meanwhile.
     m_selected = std::exchange(m_beforeRun, {});
+    return result;
 }
 
 int PrinterSelection::KeepDefaultAtStart() {
-    const KeptDefault kept = KeepDefault();
+    const KeptDefault kept = m_services.spooler.Keep();
     if (kept.printer.empty()) {
         m_services.debugLog.Trace("Printer not set! - No Access to printers or no printers installed!\r\n");
         m_services.prompts.ShowBox("Print Error!",
@@ -313,17 +324,12 @@ void PrinterSelection::KeepSetupOf(const std::string& printer, std::string_view 
         WritePrintSetup(m_services.files, m_services.debugLog, PathOf(file), setup);
 }
 
-PrinterSelection::KeptDefault PrinterSelection::KeepDefault() {
-    return {DefaultPrinter(), m_services.spooler.DefaultChoice()};
-}
-
-void PrinterSelection::SetDefaultBack(const KeptDefault& kept) {
+int PrinterSelection::SetDefaultBack(const KeptDefault& kept) {
     if (!kept.printer.empty() && DefaultPrinter() != kept.printer) {
         m_services.prompts.ShowStatus("Setting default printer: " + kept.printer);
         DPSetDefaultPrinter(kept.printer);
     }
-    if (m_services.spooler.DefaultChoice() != kept.choice)
-        m_services.spooler.RestoreDefaultChoice(kept.choice);
+    return m_services.spooler.RestoreChoice(kept);
 }
 
 }  // namespace quirepress

@@ -1,12 +1,14 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
 
 #include "backends/paper_items.h"
+#include "backends/printer_selection_default.h"
 #include "platform/print_setup.h"
 #include "platform/spooler.h"
 
@@ -105,18 +107,26 @@ public:
     ItemResult LoadTrayItem(std::string_view path);
     ItemResult ApplyPaperItem(const PaperItem& item, std::string_view name);
 
-    // Keeps what a run may change, and brings it back at its end. May pump.
+    // Keeps what a run may change, and brings it back at its end: the default printer only while it is what
+    // the run has made it. -1 when that could not be set back, with `message`. May pump.
     void SaveForRun();
-    void RestoreAfterRun();
+    int RestoreAfterRun(std::string& message);
+    // The default printer that an ended run has left changed. May pump.
+    void BringDefaultBack() { m_services.spooler.BringBackLeft(); }
     // The same for the whole time that the program runs; back only when the options say so. -1 when there is
     // no printer, which is said in a box. May pump.
     int KeepDefaultAtStart();
     void RestoreOnQuit();
 
 private:
-    struct KeptDefault {
-        std::string printer;
-        std::string choice;  // Spooler::DefaultChoice
+    struct Parts {
+        RunDefault& spooler;
+        Files& files;
+        EventLoop& loop;
+        Prompts& prompts;
+        DebugLog& debugLog;
+        const GeneralOptions& options;
+        std::string workingFolder;
     };
     std::string PathOf(std::string_view name) const { return m_services.workingFolder + std::string(name); }
     std::string PrinterInUse();
@@ -125,17 +135,16 @@ private:
     bool ResetToDefault();
     int ChangePaper(PaperState paper, std::string& message);
     void KeepSetupOf(const std::string& printer, std::string_view file);
-    KeptDefault KeepDefault();
-    void SetDefaultBack(const KeptDefault& kept);
+    int SetDefaultBack(const KeptDefault& kept);
     int FailChange();
     void AwaitChange();
 
-    PrinterSelectionServices m_services;
+    std::shared_ptr<RunDefault> m_default;  // one for all copies: it is the system's
+    Parts m_services;
     std::function<bool()> m_isStopped = [] { return false; };
     Selected m_selected;
     PrinterChange m_change = PrinterChange::kNone;
     Selected m_beforeRun;
-    KeptDefault m_defaultBeforeRun;
     std::optional<KeptDefault> m_defaultAtStart;
 };
 

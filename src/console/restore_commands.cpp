@@ -78,8 +78,13 @@ bool LoadCutOffRun(Context& context, RunSnapshot& snapshot, CutOffRun& run, int&
     return false;
 }
 
-int Discard(Context& context, RunSnapshot& snapshot) {
-    const bool isDone = snapshot.Discard();
+// Opening the spooler sets back the default printer that the run has changed. Where it can't be opened now,
+// the next start does it.
+int Discard(Context& context, Application& application) {
+    const bool isDone = application.Snapshot().Discard();
+    bool wasNamed = false;
+    std::string message;
+    if (isDone) application.OpenSpooler(context.m_global.spooler, wasNamed, message);
     context.PrintResult(isDone ? 0 : 1, isDone ? "There is no run to restore any more."
                                                : "The snapshot is in use, or can't be removed.");
     return isDone ? kExitDone : kExitNotAllDone;
@@ -89,8 +94,8 @@ int RunRestore(Context& context, const RestoreRequest& request) {
     Application* application =
         request.print ? context.OpenApplicationWithSpooler() : context.OpenApplication();
     if (application == nullptr) return request.print ? kExitNoPrinter : kExitNotAllDone;
+    if (request.discard) return Discard(context, *application);
     RunSnapshot& snapshot = application->Snapshot();
-    if (request.discard) return Discard(context, snapshot);
     CutOffRun run;
     int exitCode = kExitDone;
     if (!LoadCutOffRun(context, snapshot, run, exitCode)) return exitCode;

@@ -50,6 +50,7 @@ int ExitCodeOf(const RunSummary& summary) {
         case RunSummary::End::kFinished:
             break;
     }
+    if (summary.isDefaultChanged) return kExitNotAllDone;
     return summary.failed + summary.skipped + summary.notFiled == 0 ? kExitDone : kExitNotAllDone;
 }
 

@@ -81,7 +81,7 @@ RunSummary PrintRun::RunList(const CutOffRun* cutOff) {
     if (cutOff != nullptr) m_appended = TakeUpMergedFile(m_services.append, cutOff->mergedFile);
     RunSummary summary = WalkWithPrinter(cutOff);
     m_services.selection.UseStop([] { return false; });
-    m_services.selection.RestoreAfterRun();
+    RestoreDefaultPrinter(summary);
     const bool wasStopped = summary.end == RunSummary::End::kStopped;
     if (wasStopped || summary.end == RunSummary::End::kFinished)
         FinishRun(wasStopped);
@@ -129,6 +129,14 @@ RunSummary PrintRun::WalkWithPrinter(const CutOffRun* cutOff) {
     else
         m_services.snapshot.Remove();
     return summary;
+}
+
+void PrintRun::RestoreDefaultPrinter(RunSummary& summary) {
+    std::string message;
+    if (m_services.selection.RestoreAfterRun(message) == 0) return;
+    summary.isDefaultChanged = true;
+    m_services.prompts.ShowBox("Print Error!", message);
+    m_services.outcomes.RecordError("", "", message);
 }
 
 // Files that were not there came in unticked. A night in which all of them are missing leaves its traces.

@@ -62,6 +62,7 @@ struct RunSummary {
     int failed = 0;
     int skipped = 0;
     int notFiled = 0;  // rows whose files could not be moved, copied or deleted; they count above, too
+    bool isDefaultChanged = false;  // the system's default printer could not be set back
     double seconds = 0;
     std::vector<std::string> printers;  // that documents went to, each once
 };
@@ -131,6 +132,7 @@ private:
     bool MayForgetCutOffRun();
     RunSummary GiveWayToCutOffRun();
     bool IsBalanced(const CutOffRun* cutOff) const;
+    void RestoreDefaultPrinter(RunSummary& summary);
     void TakeUpSetUp(const CutOffRun& cutOff);
     bool CreateSnapshot(const CutOffRun* cutOff);
     RunSummary::End PreparePrinter();

@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <functional>
+
 #include "backends/paper_items.h"
 #include "backends/printer_settings_file.h"
 #include "base/little_endian.h"
@@ -16,6 +18,22 @@ namespace {
 
 using testing::ElementsAre;
 using testing::HasSubstr;
+
+constexpr const char* kNote = "DefaultPrinter.fake.note";
+
+// One with a server that may be gone.
+class ServedSpooler : public FakeSpooler {
+public:
+    using FakeSpooler::FakeSpooler;
+    int ListPrinters(std::vector<PrinterInfo>& printers) override {
+        return isGone ? -1 : FakeSpooler::ListPrinters(printers);
+    }
+    std::string DefaultPrinter() override { return isGone ? "" : FakeSpooler::DefaultPrinter(); }
+    int MakeDefaultPrinter(std::string_view printer) override {
+        return isGone ? -1 : FakeSpooler::MakeDefaultPrinter(printer);
+    }
+    bool isGone = false;
+};
 
 class PrinterSelectionTest : public testing::Test, protected Surroundings {
 protected:
@@ -44,9 +62,25 @@ protected:
         MakeSettings("label.prs");
         return folder.Read("label.prs");
     }
+    // What a run's end says.
+    std::string Restore() {
+        std::string message;
+        const int result = selection.RestoreAfterRun(message);
+        EXPECT_EQ(result != 0, !message.empty());
+        return message;
+    }
     std::string Log() { return folder.Read("qpr.log"); }
 
-    FakeSpooler spooler{files};
+    // A run that makes this the default printer and is ended; `meanwhile` is done before that.
+    void CutOffRun(
+        std::string_view printer, const std::function<void()>& meanwhile = [] {}) {
+        PrinterSelection ended({spooler, files, loop, prompts, debugLog, options, Home()});
+        ended.SaveForRun();
+        EXPECT_EQ(ended.DPSetDefaultPrinter(printer), 0);
+        meanwhile();
+    }
+
+    ServedSpooler spooler{files};
     GeneralOptions options;
     PrinterSelection selection{{spooler, files, loop, prompts, debugLog, options, Home()}};
 };
@@ -230,7 +264,7 @@ TEST_F(PrinterSelectionTest, BringsEverythingBackAfterARun) {
 
     ASSERT_TRUE(selection.ApplyItem("Label.printer").isApplied);
     ASSERT_TRUE(selection.ApplyItem("landscape.paperorientation").isApplied);
-    selection.RestoreAfterRun();
+    EXPECT_EQ(Restore(), "");
     EXPECT_EQ(spooler.DefaultPrinter(), "Office");
     EXPECT_EQ(selection.CurrentPrinter(), "Office");
     EXPECT_EQ(selection.Setup(), before);
@@ -240,8 +274,105 @@ TEST_F(PrinterSelectionTest, BringsEverythingBackAfterARun) {
     // Nothing to be waited for when the default printer has stayed.
     selection.SaveForRun();
     const int waits = loop.WaitCount();
-    selection.RestoreAfterRun();
+    EXPECT_EQ(Restore(), "");
     EXPECT_EQ(loop.WaitCount(), waits);
+}
+
+TEST_F(PrinterSelectionTest, SetsBackOnlyWhatItsRunHasChanged) {
+    // The run of another program had changed it before this one began, and sets it back by itself.
+    ASSERT_EQ(spooler.MakeDefaultPrinter("Label"), 0);
+    selection.SaveForRun();
+    ASSERT_EQ(spooler.MakeDefaultPrinter("Office"), 0);
+    EXPECT_EQ(Restore(), "");
+    EXPECT_EQ(spooler.DefaultPrinter(), "Office");
+
+    // The user has another one by now.
+    spooler.PutPrinter("Cellar", "lp3");
+    selection.SaveForRun();
+    ASSERT_TRUE(selection.ApplyItem("Label.printer").isApplied);
+    ASSERT_EQ(spooler.MakeDefaultPrinter("Cellar"), 0);
+    EXPECT_EQ(Restore(), "");
+    EXPECT_EQ(spooler.DefaultPrinter(), "Cellar");
+    EXPECT_FALSE(folder.Has(kNote));
+
+    // What can't be set changes nothing of that, and a move to a balanced printer is a change, too.
+    selection.SaveForRun();
+    std::string message;
+    ASSERT_EQ(selection.MoveToPrinter("Label", message), 0) << message;
+    ASSERT_FALSE(selection.ApplyItem("Nowhere.printer").isApplied);
+    EXPECT_TRUE(folder.Has(kNote));
+    EXPECT_EQ(Restore(), "");
+    EXPECT_EQ(spooler.DefaultPrinter(), "Cellar");
+    EXPECT_FALSE(folder.Has(kNote));
+}
+
+TEST_F(PrinterSelectionTest, AStartSetsBackWhatAnEndedRunHasLeft) {
+    CutOffRun("Label", [&] {
+        selection.BringDefaultBack();
+        EXPECT_EQ(spooler.DefaultPrinter(), "Label") << "its run is under way";
+    });
+    ASSERT_EQ(spooler.DefaultPrinter(), "Label");
+    std::string note = folder.Read(kNote);
+    selection.BringDefaultBack();
+    EXPECT_EQ(spooler.DefaultPrinter(), "Office");
+    EXPECT_FALSE(folder.Has(kNote));
+    EXPECT_THAT(Log(), HasSubstr("is set back: Label to Office\r\n"));
+
+    // Not what somebody has chosen since, nor by a note that is not whole.
+    spooler.PutPrinter("Cellar", "lp3");
+    CutOffRun("Label");
+    ASSERT_EQ(spooler.MakeDefaultPrinter("Cellar"), 0);
+    selection.BringDefaultBack();
+    EXPECT_EQ(spooler.DefaultPrinter(), "Cellar");
+    EXPECT_FALSE(folder.Has(kNote));
+    ASSERT_EQ(spooler.MakeDefaultPrinter("Label"), 0);
+    note.insert(note.size() - 1, "s");  // cut short, it names "Label"
+    for (std::size_t size = 0; size < note.size(); ++size) {
+        folder.Write(kNote, note.substr(0, size));
+        selection.BringDefaultBack();
+        EXPECT_EQ(spooler.DefaultPrinter(), "Label") << size;
+        EXPECT_FALSE(folder.Has(kNote)) << size;
+    }
+}
+
+// Ended after the note of the second and before the print system has made it the default.
+TEST_F(PrinterSelectionTest, AnEndedRunMayHaveStoodBetweenTwoPrinters) {
+    spooler.PutPrinter("Portless", "");
+    {
+        PrinterSelection ended({spooler, files, loop, prompts, debugLog, options, Home()});
+        ended.SaveForRun();
+        ASSERT_EQ(ended.DPSetDefaultPrinter("Label"), 0);
+        ASSERT_EQ(ended.DPSetDefaultPrinter("Portless"), 1);
+    }
+    selection.BringDefaultBack();
+    EXPECT_EQ(spooler.DefaultPrinter(), "Office");
+}
+
+TEST_F(PrinterSelectionTest, WhatCannotBeSetBackIsToldAndTriedAgain) {
+    selection.SaveForRun();
+    ASSERT_TRUE(selection.ApplyItem("Label.printer").isApplied);
+    spooler.isGone = true;
+    EXPECT_EQ(Restore(),
+              "The default printer can't be set back to \"Office\". The next start tries it again.");
+    selection.BringDefaultBack();
+    EXPECT_TRUE(folder.Has(kNote));
+
+    // A run that begins before that knows what was the user's own.
+    selection.SaveForRun();
+    spooler.isGone = false;
+    spooler.PutPrinter("Cellar", "lp3");
+    ASSERT_TRUE(selection.ApplyItem("Cellar.printer").isApplied);
+    EXPECT_EQ(Restore(), "");
+    EXPECT_EQ(spooler.DefaultPrinter(), "Office");
+    EXPECT_FALSE(folder.Has(kNote));
+
+    // One that is gone for good is not waited for.
+    CutOffRun("Label");
+    std::string message;
+    spooler.RemovePrinterQueue("Office", message);
+    selection.BringDefaultBack();
+    EXPECT_EQ(spooler.DefaultPrinter(), "Label");
+    EXPECT_FALSE(folder.Has(kNote));
 }
 
 TEST_F(PrinterSelectionTest, BringsTheDefaultBackOnQuitWhenItIsAskedTo) {
@@ -259,10 +390,13 @@ TEST_F(PrinterSelectionTest, BringsTheDefaultBackOnQuitWhenItIsAskedTo) {
 TEST_F(PrinterSelectionTest, AFullDiskCostsTheFilesOnly) {
     files.FillDiskAfter(0);
     EXPECT_EQ(selection.KeepDefaultAtStart(), 0);
-    selection.SaveForRun();
-    ASSERT_EQ(selection.DPSetDefaultPrinter("Label"), 0);
-    selection.RestoreAfterRun();
-    EXPECT_EQ(spooler.DefaultPrinter(), "Office");
+    for (const bool isReadOnly : {false, true}) {
+        if (isReadOnly) files.FailAlways(FaultyFiles::Call::kTryLock, FileResult::kNoAccess);
+        selection.SaveForRun();
+        ASSERT_EQ(selection.DPSetDefaultPrinter("Label"), 0);
+        EXPECT_EQ(Restore(), "");
+        EXPECT_EQ(spooler.DefaultPrinter(), "Office");
+    }
     EXPECT_FALSE(folder.Has("temp.prs"));
     EXPECT_EQ(selection.SavePrinterSettings(folder.PathOf("a.prs")), -1);
 }

@@ -367,6 +367,23 @@ TEST_F(PrintRunPrintersTest, ACutOffRunIsTakenUpWhereItWas) {
     EXPECT_THAT(ErrorRecords(), HasSubstr("b.ps"));
 }
 
+TEST_F(PrintRunPrintersTest, ADefaultPrinterThatCannotBeSetBackIsTold) {
+    options.m_errorLog = true;
+    AddItem("Plotter.printer");
+    AddFile("a.ps");
+    recorder.onFinished = [&](const RunProgress&) {
+        std::string message;
+        spooler.RemovePrinterQueue("Laser", message);
+    };
+    EXPECT_TRUE(run.OnButtonPrint().isDefaultChanged);
+    ASSERT_FALSE(prompts.boxes.empty());
+    EXPECT_THAT(prompts.boxes.back().text, HasSubstr("can't be set back to \"Laser\""));
+    EXPECT_THAT(ErrorRecords(), HasSubstr("can't be set back to \"Laser\""));
+    list.Clear();
+    AddFile("b.ps");
+    EXPECT_FALSE(run.OnButtonPrint().isDefaultChanged);
+}
+
 TEST_F(PrintRunPrintersTest, SeparatorsStandAroundTheirDocuments) {
     folder.Write("cover.ps", "[FILENAME1]+[FILENAME2]+[FILENAME3];[PAGES]");
     folder.Write("end.ps", "end");
