@@ -20,6 +20,8 @@ int g_wakePipe[2] = {-1, -1};
 
 void CountInterrupt(int signalNumber) {
     const int savedError = errno;
+    // A terminal that closes may send several.
+    if (signalNumber == SIGHUP && g_interruptCount > 0) return;
     if (g_interruptCount.fetch_add(1) + 1 >= kLastInterrupt) {
         signal(signalNumber, SIG_DFL);
         raise(signalNumber);  // arrives when this handler returns
@@ -37,6 +39,9 @@ void CatchInterrupts() {
     sigemptyset(&action.sa_mask);
     sigaction(SIGINT, &action, nullptr);
     sigaction(SIGTERM, &action, nullptr);
+    struct sigaction hangUp = {};
+    const bool isUnwanted = sigaction(SIGHUP, nullptr, &hangUp) == 0 && hangUp.sa_handler == SIG_IGN;
+    if (!isUnwanted) sigaction(SIGHUP, &action, nullptr);
 }
 
 int InterruptCount() {

@@ -68,6 +68,32 @@ TEST(LinuxInterruptsTest, WakesASleepingWait) {
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
 }
 
+TEST(LinuxInterruptsTest, TheEndOfTheTerminalCountsAsTheFirstOnly) {
+    const auto hangUp = [] {
+        CatchInterrupts();
+        for (int i = 0; i < 3; ++i) raise(SIGHUP);
+        const int hangUps = InterruptCount();
+        raise(SIGTERM);
+        _exit(hangUps);
+    };
+    EXPECT_EXIT(hangUp(), testing::KilledBySignal(SIGTERM), "");
+    const auto afterInterrupt = [] {
+        CatchInterrupts();
+        raise(SIGINT);
+        raise(SIGHUP);
+        _exit(InterruptCount() + 6);
+    };
+    EXPECT_EXIT(afterInterrupt(), testing::ExitedWithCode(7), "");
+    // As nohup starts it.
+    const auto outlive = [] {
+        signal(SIGHUP, SIG_IGN);
+        CatchInterrupts();
+        raise(SIGHUP);
+        _exit(InterruptCount() + 5);
+    };
+    EXPECT_EXIT(outlive(), testing::ExitedWithCode(5), "");
+}
+
 TEST(LinuxClockTest, AgreesWithTheSystemAroundEveryChangeOfTheClocks) {
     // Half hours, far offsets, and a zone whose offset was once no whole minute.
     for (const char* zone : {"Europe/Berlin", "America/New_York", "Australia/Lord_Howe", "Asia/Kathmandu",

@@ -58,5 +58,15 @@ TEST_F(QprDefaultPrinter, ComesBackAtTheNextStartAfterAKill) {
     EXPECT_EQ(Default(), kFirst);
 }
 
+TEST_F(QprDefaultPrinter, ComesBackWhenTheTerminalIsClosed) {
+    const auto process = StartRun();
+    // The shell sends one, and the system another.
+    for (int i = 0; i < 2; ++i) kill(static_cast<pid_t>(process->Id()), SIGHUP);
+    const ProgramResult result = m_qpr.Finish(*process);
+    EXPECT_EQ(result.exitCode, 130) << result.errors;
+    EXPECT_THAT(result.output, testing::HasSubstr("Ready"));
+    EXPECT_EQ(Default(), kFirst);
+}
+
 }  // namespace
 }  // namespace quirepress
