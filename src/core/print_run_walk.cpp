@@ -5,6 +5,7 @@
 #include "backends/printer_selection.h"
 #include "base/format.h"
 #include "base/path.h"
+#include "base/text.h"
 #include "core/print_list.h"
 #include "core/print_run_source.h"
 #include "core/processing_defaults.h"
@@ -19,6 +20,10 @@
 namespace quirepress {
 
 namespace {
+
+bool ChoosesPrinter(std::string_view path) {
+    return EndsWith(path, ".prs") || EndsWith(path, ".printer");
+}
 
 // Stopped before anything of it was accepted.
 bool IsUntouched(const WayResult& result) {
@@ -79,7 +84,11 @@ bool RunWalk::TakeUpCutOffRun() {
         }
         const bool wasApplied =
             IsTicked(list, row) && mark.pass == cutOff.copy && mark.outcome == RowOutcome::kDone;
+        const bool hadFailed =
+            IsTicked(list, row) && mark.pass == cutOff.copy && mark.outcome == RowOutcome::kFailed;
         if (wasApplied) m_services.separators.NotePrinted(row);
+        // One that had failed may have left the printer to another one.
+        if (hadFailed && ChoosesPrinter(path)) m_services.selection.ApplyItem(path);
         if (wasApplied && KindOfItem(path) == ItemKind::kCommand && !ApplyAgain(row, path)) return false;
     }
     m_ending.FinishCutOffRows();

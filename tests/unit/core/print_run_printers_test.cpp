@@ -367,6 +367,29 @@ TEST_F(PrintRunPrintersTest, ACutOffRunIsTakenUpWhereItWas) {
     EXPECT_THAT(ErrorRecords(), HasSubstr("b.ps"));
 }
 
+// A settings file that can't be read has made the default printer the current one.
+TEST_F(PrintRunPrintersTest, ACutOffRunIsTakenUpOnThePrinterThatAFailedSettingHasLeft) {
+    options.m_snapshotRestore = true;
+    AddFile("broken.prs");
+    AddFiles({"a.ps", "b.ps"});
+    run.UsePrinter("Plotter");
+    recorder.onFinished = [&](const RunProgress& progress) {
+        if (progress.row == 1) run.Stop();
+        for (const char* name : {"SnapshotRestore.List", "SnapshotRestore.Checkpoint"})
+            if (progress.row == 1) folder.Write(std::string("kept/") + name, folder.Read(name));
+    };
+    run.OnButtonPrint();
+    recorder.onFinished = {};
+    run.UsePrinter("");
+    CutOffRun cutOff;
+    ASSERT_EQ(RunSnapshot(files, WithTrailingSeparator(folder.PathOf("kept"))).Load(cutOff),
+              SnapshotResult::kLoaded);
+    const RunSummary summary = run.FinishCutOffRun(cutOff);
+    EXPECT_EQ(summary.end, RunSummary::End::kFinished);
+    EXPECT_EQ(summary.failed, 1);
+    EXPECT_THAT(Sent(), ElementsAre("a.ps>Laser", "b.ps>Laser"));
+}
+
 TEST_F(PrintRunPrintersTest, ADefaultPrinterThatCannotBeSetBackIsTold) {
     options.m_errorLog = true;
     AddItem("Plotter.printer");
