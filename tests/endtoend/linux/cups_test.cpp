@@ -136,5 +136,31 @@ TEST_F(QprCups, ANamedServerThatIsAwayIsNamed) {
     EXPECT_THAT(result.errors, HasSubstr("CUPS can't be used: the print server can't be reached"));
 }
 
+// The user has chosen none: it is the server's.
+TEST_F(QprCups, TheDefaultPrinterComesBackOnceTheServerIsThereAgain) {
+    for (const char* queue : {"Label", "Other"}) m_cups.AddRawQueue(queue);
+    m_cups.RunTool({"lpadmin", "-d", "Label"});
+    ASSERT_EQ(Run({"settings", "set", "general", "PAUSE1AFTER", "3"}).exitCode, 0);
+    m_qpr.m_work.Write("a.ps", "%!PS\n");
+    const auto process =
+        m_qpr.Start({"--home", m_qpr.m_home.Path(), "--spooler", "cups", "print", "Other.printer", "a.ps"});
+    const auto isOther = [this] {
+        return m_cups.ReadUserOptions().find("Default Other") != std::string::npos;
+    };
+    for (int i = 0; i < 1000 && !isOther(); ++i) m_qpr.m_services.loop->Wait(10);
+    ASSERT_TRUE(isOther());
+    m_qpr.m_services.loop->Wait(1'000);  // the pause is not over
+    m_cups.Stop();
+    const ProgramResult result = m_qpr.Finish(*process);
+    EXPECT_EQ(result.exitCode, 1) << result.output;
+    EXPECT_THAT(result.errors, HasSubstr("The default printer can't be set back to \"Label\""));
+    EXPECT_TRUE(isOther());
+
+    ASSERT_TRUE(m_cups.Start());
+    const ProgramResult next = Run({"--spooler", "cups", "printers"});
+    EXPECT_EQ(next.exitCode, 0) << next.errors;
+    EXPECT_FALSE(isOther()) << m_cups.ReadUserOptions();
+}
+
 }  // namespace
 }  // namespace quirepress
