@@ -59,8 +59,9 @@ int VerdictOnStatus(std::uint32_t statusBits) {
 int CountWaitingJobs(const std::vector<JobInfo>& jobs) {
     // Some systems keep jobs in the list that take no more of the printer's time.
     constexpr std::uint32_t kOver = status::kPrinted | status::kDeleted | status::kComplete;
-    return static_cast<int>(std::count_if(jobs.begin(), jobs.end(),
-                                          [](const JobInfo& job) { return (job.statusBits & kOver) == 0; }));
+    return static_cast<int>(std::count_if(jobs.begin(), jobs.end(), [](const JobInfo& job) {
+        return (job.statusBits & kOver) == 0 && !job.isOfUnknownOutcome;
+    }));
 }
 
 QueueWatch::QueueWatch(Spooler& spooler, Files& files, Prompts& prompts, DebugLog& debugLog,

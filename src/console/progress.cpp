@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "base/credentials.h"
 #include "base/format.h"
@@ -63,6 +64,12 @@ void ProgressLine::Draw(const RunProgress& progress) {
 }
 
 void ProgressLine::OnRunStarted(int /*rows*/, int /*copies*/) {}
+
+void ProgressLine::OnWaiting(std::string_view what) {
+    Show(std::string(what));
+    if (!m_isTerminal && !std::exchange(m_hasToldWait, true))
+        m_terminal.WriteErrors(ToPrintableLine(what) + "\n");
+}
 
 void ProgressLine::OnRowStarted(const RunProgress& progress) {
     Draw(progress);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 #include "backends/printer_selection.h"
 #include "backends/queue_watch.h"
@@ -295,11 +296,15 @@ bool PrintRun::AwaitEmptyQueue() {
     const bool isWanted = m_services.options.m_waitSpoolClearBeforePrint;
     m_services.debugLog.Trace("waitSpoolQueueClearBeforePrint? %d\r\n", isWanted);
     if (!isWanted) return true;
-    for (;;) {
+    for (int told = 0;;) {
         const int count = m_services.watch.QueueCount(m_printer);
         if (count <= 0) return true;
-        m_services.prompts.ShowStatus(
-            Format("Waiting for %d job(s) on printer:%s to clear", count, m_printer));
+        const std::string what = Format("Waiting for %d job(s) on printer:%s to clear", count, m_printer);
+        m_services.prompts.ShowStatus(what);
+        if (std::exchange(told, count) != count) {
+            m_services.debugLog.Trace("%s\r\n", what);
+            if (m_observer != nullptr) m_observer->OnWaiting(what);
+        }
         m_services.loop.Wait(kQueuePollMilliseconds);
         if (m_stop) return false;
     }

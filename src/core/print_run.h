@@ -48,6 +48,8 @@ class RunObserver {
 public:
     virtual ~RunObserver() = default;
     virtual void OnRunStarted(int /*rows*/, int /*copies*/) {}
+    // Before it begins: what it waits for, whenever that changes.
+    virtual void OnWaiting(std::string_view /*what*/) {}
     virtual void OnRowStarted(const RunProgress& /*progress*/) {}  // ticked rows
     virtual void OnProgress(const RunProgress& /*progress*/) {}
     // Every row, once in each walk; not one that was taken from the list while it was at work.

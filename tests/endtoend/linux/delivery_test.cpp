@@ -3,6 +3,7 @@
 
 #include <sys/socket.h>
 
+#include "platform/event_loop.h"
 #include "qpr_program.h"
 #include "rig/loopback_server.h"
 
@@ -11,6 +12,7 @@ namespace {
 
 using testing::AllOf;
 using testing::HasSubstr;
+using testing::Not;
 
 TEST(QprDelivery, APrinterThatTakesNothingIsNotWaitedForForEver) {
     QprProgram qpr;
@@ -43,6 +45,7 @@ TEST(QprDelivery, AConnectionThatEndsHardLeavesAJobOfUnknownOutcome) {
     });
     ASSERT_EQ(qpr.Run({"printers", "add", "Net", "--port", "socket://" + printer.Address()}).exitCode, 0);
     ASSERT_EQ(qpr.Run({"settings", "set", "general", "ERRORLOG"}).exitCode, 0);
+    ASSERT_EQ(qpr.Run({"settings", "set", "general", "WAITSPOOLCLEARBEFOREPRINT"}).exitCode, 0);
     qpr.m_work.Write("a.ps", std::string(20'000'000, 'a'));
     for (const std::size_t known : {0U, 1U}) {
         const ProgramResult result = qpr.Run({"--json", "print", "--printer", "Net", "a.ps"});
@@ -55,6 +58,28 @@ TEST(QprDelivery, AConnectionThatEndsHardLeavesAJobOfUnknownOutcome) {
     // One that was there before makes no other run a failure.
     ASSERT_EQ(qpr.Run({"printers", "add", "Away", "--port", "null:"}).exitCode, 0);
     EXPECT_EQ(qpr.Run({"print", "--printer", "Away", "a.ps"}).exitCode, 0);
+}
+
+TEST(QprDelivery, WhoeverWaitsForAnEmptyQueueSaysSo) {
+    QprProgram qpr;
+    qpr.m_work.Write("a.ps", "a");
+    ASSERT_EQ(qpr.Run({"printers", "pause", "Quirepress"}).exitCode, 0);
+    ASSERT_EQ(qpr.Run({"print", "a.ps"}).exitCode, 0);
+    ASSERT_EQ(qpr.Run({"settings", "set", "general", "WAITSPOOLCLEARBEFOREPRINT"}).exitCode, 0);
+    const auto process =
+        qpr.Start({"--home", qpr.m_home.Path(), "--spooler", "embedded", "--json", "print", "a.ps"});
+    process->CloseInput();
+    std::string said;
+    for (int i = 0; i < 4'000 && said.find("Waiting for 1 job(s)") == std::string::npos; ++i) {
+        process->ReadErrors(said);
+        qpr.m_services.loop->Wait(5);
+    }
+    EXPECT_THAT(said, HasSubstr("Waiting for 1 job(s) on printer:Quirepress to clear\n"));
+    ASSERT_EQ(qpr.Run({"queue", "cancel", "Quirepress", "1"}).exitCode, 0);
+    ASSERT_EQ(qpr.Run({"printers", "resume", "Quirepress"}).exitCode, 0);
+    const ProgramResult result = qpr.Finish(*process);
+    EXPECT_EQ(result.exitCode, 0) << result.errors;
+    EXPECT_THAT(result.errors, Not(HasSubstr("Waiting"))) << "once is enough";
 }
 
 }  // namespace

@@ -111,6 +111,7 @@ public:
 class RunRecorder : public RunObserver {
 public:
     void OnRunStarted(int rows, int copies) override { started.emplace_back(rows, copies); }
+    void OnWaiting(std::string_view what) override { waits.emplace_back(what); }
     void OnRowStarted(const RunProgress& progress) override { startedRows.push_back(progress.row); }
     void OnProgress(const RunProgress& progress) override {
         last = progress;
@@ -123,6 +124,7 @@ public:
     }
 
     std::vector<std::pair<int, int>> started;
+    std::vector<std::string> waits;
     std::vector<int> startedRows;
     std::vector<RowOutcome> outcomes;
     RunProgress last;

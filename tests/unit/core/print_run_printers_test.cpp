@@ -124,6 +124,8 @@ TEST_F(PrintRunPrintersTest, WaitsForAnEmptyQueue) {
     JobInfo earlier;
     earlier.document = "earlier";
     const std::int64_t id = spooler.PutJob("Laser", earlier);
+    earlier.isOfUnknownOutcome = true;
+    spooler.PutJob("Laser", earlier);
     AddFile("a.ps");
     InPump([&] { return loop.MonotonicMilliseconds() > 60'000; },
            [&] {
@@ -132,6 +134,7 @@ TEST_F(PrintRunPrintersTest, WaitsForAnEmptyQueue) {
                spooler.TakeJobAway(id);
            });
     EXPECT_EQ(run.OnButtonPrint().done, 1);
+    EXPECT_THAT(recorder.waits, ElementsAre("Waiting for 1 job(s) on printer:Laser to clear")) << "once";
 }
 
 TEST_F(PrintRunPrintersTest, PdfPagesGoToTheColourPrinterAndTheOtherInTheirOrder) {
