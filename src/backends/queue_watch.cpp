@@ -82,6 +82,10 @@ QueueScan QueueWatch::ListJobsForPrinter(const std::string& printer, const Watch
     m_debugLog.Trace("Close Printer\n");
     m_debugLog.Trace("%d jobs\r\n", jobs.size());
     if (jobs.empty()) m_debugLog.Trace("ListJobsForPrinter -1 no jobs for printer: %s\r\n", printer);
+    constexpr std::uint32_t kHeldBack = status::kPaused | status::kError;
+    scan.isHeldBack = std::any_of(jobs.begin(), jobs.end(), [](const JobInfo& each) {
+        return (each.statusBits & kHeldBack) == kHeldBack;
+    });
     const auto job = jobs.empty() ? jobs.end() : FindJob(jobs, item);
     scan.found = job != jobs.end();
     if (scan.found) {
@@ -198,10 +202,13 @@ void QueueWatch::SetJobPriority(std::string_view printer, std::int64_t id, int p
 bool QueueWatch::PrinterWantsAttention(const std::string& printer) {
     std::vector<PrinterInfo> printers;
     m_spooler.ListPrinters(printers);
-    const auto wantsIt = [&](const PrinterInfo& info) {
-        return info.name == printer && (info.statusBits & kAttentionBits) != 0;
-    };
-    if (std::none_of(printers.begin(), printers.end(), wantsIt)) return false;
+    const auto info = std::find_if(printers.begin(), printers.end(),
+                                   [&](const PrinterInfo& each) { return each.name == printer; });
+    if (info == printers.end()) return false;
+    const bool isPaused = (info->statusBits & printer_status::kPaused) != 0;
+    if (!isPaused) m_pausedBefore.erase(printer);
+    const bool hasStopped = isPaused && m_pausedBefore.count(printer) == 0;
+    if (!hasStopped && (info->statusBits & kAttentionBits) == 0) return false;
     m_prompts.ShowStatus("Waiting for printer: " + printer);
     return true;
 }
@@ -213,6 +220,12 @@ int QueueWatch::QueueCount(std::string_view printer) {
 
 void QueueWatch::BeginRun() {
     m_decreasingRuns = m_options.m_decreasePrintPriority ? m_decreasingRuns % kHighestPriority + 1 : 0;
+    m_pausedBefore.clear();
+    if (!m_options.m_waitForPrinter) return;
+    std::vector<PrinterInfo> printers;
+    m_spooler.ListPrinters(printers);
+    for (const PrinterInfo& info : printers)
+        if ((info.statusBits & printer_status::kPaused) != 0) m_pausedBefore.insert(info.name);
 }
 
 int QueueWatch::RunPriority() const {

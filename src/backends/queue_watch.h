@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -43,6 +44,8 @@ struct QueueScan {
     bool found = false;   // the item's job is `job`
     bool isOld = false;   // it is one that was there before the item, and there is no newer one
     bool isOver = false;  // it has left the queue
+    // A job of the queue is held back because the print system could not get it to the printer.
+    bool isHeldBack = false;
     JobInfo job;
 };
 
@@ -64,8 +67,8 @@ public:
     std::int64_t LastJob(const std::string& printer) { return m_spooler.LastJob(printer); }
     // Silent when it fails. May pump.
     void SetJobPriority(std::string_view printer, std::int64_t id, int priority);
-    // Whether its own status says that somebody must see to it: offline, out of paper, jammed and so on. May
-    // pump.
+    // Whether its own status says that somebody must see to it: offline, out of paper, jammed and so on, or
+    // paused, unless it was that when the run began. May pump.
     bool PrinterWantsAttention(const std::string& printer);
     // Jobs that are still to be printed; -1 when the queue cannot be read. May pump.
     int QueueCount(std::string_view printer);
@@ -74,7 +77,7 @@ public:
     int TotalPages() const { return m_totalPages; }
     void ForgetPages() { m_totalPages = 0; }
 
-    // To be called once for each run, before it prints.
+    // To be called once for each run, before it prints. May pump.
     void BeginRun();
     // Of the row at work: goes before that of the options. 0: it has none.
     void UseRowPriority(int priority) { m_rowPriority = priority; }
@@ -97,6 +100,7 @@ private:
     const GeneralOptions& m_options;
     std::function<void(const JobInfo&)> m_jobCallback;
     DocumentWindows* m_windows = nullptr;
+    std::set<std::string> m_pausedBefore;  // printers that somebody had paused before the run
     int m_totalPages = 0;
     int m_rowPriority = 0;
     int m_decreasingRuns = 0;  // begun one after the other while the priority was to decrease

@@ -30,6 +30,7 @@ void JobWait::ForAcceptedJob(const std::string& printer, const std::string& path
                              WayFeedback& feedback) {
     const bool mayHold = m_options.m_waitForPrinter || m_options.m_showPrinterAttention;
     if (m_options.m_dontCheckSpoolerForPrint || jobId <= 0 || !mayHold) return;
+    m_isHeldBack = false;
     const long long triedAt = m_loop.MonotonicMilliseconds() + kFirstTryLimit;
     int pause = 1;  // most printers have the first try behind them at once
     for (;;) {
@@ -49,6 +50,11 @@ bool JobWait::IsHeld(const std::string& printer, const QueueScan& scan) {
     const bool wantsAttention = scan.verdict == queue_verdict::kSpooling &&
                                 VerdictOnStatus(scan.job.statusBits) != queue_verdict::kSpooling;
     if (wantsAttention || !m_options.m_waitForPrinter) return wantsAttention;
+    // It tries again from time to time, which is no sign of health until the job is out; a job that somebody
+    // holds is his.
+    constexpr std::uint32_t kHeldBack = job_status::kPaused | job_status::kError;
+    m_isHeldBack = m_isHeldBack || scan.isHeldBack;
+    if (m_isHeldBack && (scan.job.statusBits & kHeldBack) != job_status::kPaused) return true;
     return (scan.job.statusBits & kInTrouble) != 0 || m_watch.PrinterWantsAttention(printer);
 }
 
@@ -59,6 +65,7 @@ int JobWait::Allowance() const {
 JobWait::End JobWait::ForForeignJob(const std::string& printer, const std::string& path,
                                     WayFeedback& feedback) {
     if (m_options.m_dontCheckSpoolerForPrint) return End::kSpooled;
+    m_isHeldBack = false;
     m_debugLog.Trace("Time Allowance: %d\r\n", m_options.m_timeAllow);
     m_debugLog.Trace("Extra Time Allowance: %d\r\n", m_options.m_printerChangeDelay * kMillisecondsInTenth);
     QueueScan scan;

@@ -52,6 +52,7 @@ private:
     const GeneralOptions& m_options;
     std::int64_t m_lastBefore = 0;  // the last job that was there before; -1: not known
     std::string m_loss;
+    bool m_isHeldBack = false;  // the print system failed to reach the printer while the job waited
 };
 
 }  // namespace quirepress

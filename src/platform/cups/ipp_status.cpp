@@ -81,6 +81,10 @@ std::uint32_t HeldBitsOf(const Reasons& reasons) {
     if (Has(reasons, "job-incoming")) return job_status::kSpooling;
     if (Has(reasons, "cups-held-for-authentication"))
         return job_status::kPaused | job_status::kUserIntervention;
+    // Its backend has failed and is to try it again; a server that was restarted knows no reason any more.
+    const bool hasFailed =
+        Has(reasons, "resources-are-not-ready") || (reasons.size() == 1 && reasons[0] == "none");
+    if (hasFailed) return job_status::kPaused | job_status::kError;
     return job_status::kPaused;
 }
 

@@ -102,6 +102,30 @@ TEST_F(QprCups, WhatAnotherProgramPrintsIsPrintedOnceHoweverFastItIsOver) {
     EXPECT_EQ(std::count(jobs.begin(), jobs.end(), '\n'), 4) << jobs;
 }
 
+TEST_F(QprCups, AQueueThatItsBackendHasStoppedGetsNoFurtherRows) {
+    m_cups.AddRawQueue("Label");
+    m_cups.RunTool({"lpadmin", "-p", "Label", "-o", "printer-error-policy=stop-printer"});
+    m_cups.SetBehaviour("code=1");
+    m_qpr.m_home.Write("general_setup.ini", "WAITFORPRINTER\nPAUSE1AFTER;1\n");
+    std::vector<std::string> arguments = {"--home", m_qpr.m_home.Path(), "--spooler", "cups",
+                                          "print",  "--printer",         "Label"};
+    for (const char* name : {"a.ps", "b.ps", "c.ps"}) arguments.push_back(m_qpr.m_work.Write(name, "%!PS\n"));
+    const auto process = m_qpr.Start(arguments);
+    process->CloseInput();
+    const auto count = [this] {
+        std::string jobs;
+        m_cups.RunTool({"lpstat", "-o", "Label"}, &jobs);
+        return std::count(jobs.begin(), jobs.end(), '\n');
+    };
+    for (int i = 0; i < 1'000 && count() < 2; ++i) m_qpr.m_services.loop->Wait(10);
+    m_qpr.m_services.loop->Wait(2'500);
+    EXPECT_EQ(count(), 2) << "the one that failed, and the one behind it";
+    m_cups.SetBehaviour("code=0");
+    m_cups.Resume("Label");
+    EXPECT_EQ(m_qpr.Finish(*process).exitCode, 0);
+    EXPECT_TRUE(m_cups.AwaitCaptured(3));
+}
+
 TEST_F(QprCups, ABalancedRunLeavesTheUsersDefaultAsItWas) {
     m_cups.AddRawQueue("Label");
     m_cups.AddRawQueue("Other");

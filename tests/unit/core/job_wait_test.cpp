@@ -83,6 +83,32 @@ TEST_F(JobWaitTest, AnAcceptedJobHoldsTheRunOnlyInTroubleAndOnlyWhenAskedTo) {
     EXPECT_LT(AwaitAccepted(second), 2'000);
 }
 
+TEST_F(JobWaitTest, AQueueThatStopsUnderAJobHoldsTheRunAndOneThatWasPausedBeforeDoesNot) {
+    options.m_waitForPrinter = true;
+    spooler.SetPrinterStatus("Laser", printer_status::kPaused);
+    watch.BeginRun();
+    const std::int64_t id = PutJob(0);
+    EXPECT_EQ(AwaitAccepted(id), 0);
+    spooler.SetPrinterStatus("Laser", 0);
+    EXPECT_EQ(AwaitAccepted(id), 0);
+    spooler.SetPrinterStatus("Laser", printer_status::kPaused);
+    At(60'000, [&] { spooler.SetPrinterStatus("Laser", 0); });
+    EXPECT_GE(AwaitAccepted(id), 60'000);
+
+    constexpr std::uint32_t kHeldBack = job_status::kPaused | job_status::kError;
+    const std::int64_t next = PutJob(0);
+    spooler.SetJobStatus(id, kHeldBack);
+    At(10'000, [&] { spooler.SetJobStatus(id, job_status::kPrinting); });
+    At(20'000, [&] { spooler.SetJobStatus(id, kHeldBack); });
+    At(50'000, [&] { spooler.TakeJobAway(next); });
+    EXPECT_GE(AwaitAccepted(next), 50'000) << "another try is no sign of health";
+    const std::int64_t last = PutJob(0);
+    At(5'000, [&] { spooler.SetJobStatus(last, job_status::kPaused); });
+    EXPECT_LT(AwaitAccepted(last), 6'000) << "somebody holds it";
+    spooler.TakeJobAway(id);
+    EXPECT_EQ(AwaitAccepted(PutJob(0)), 0);
+}
+
 TEST_F(JobWaitTest, AForeignJobIsAwaitedForTheAllowance) {
     options.m_timeAllow = 5'000;
     options.m_printerChangeDelay = 20;

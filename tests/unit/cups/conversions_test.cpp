@@ -23,6 +23,8 @@ TEST(IppStatus, StatesAndReasonsOfAJobBecomeBits) {
     EXPECT_EQ(JobStatusOf(IPP_JSTATE_HELD, {"job-incoming"}, {}), job::kSpooling);
     EXPECT_EQ(JobStatusOf(IPP_JSTATE_HELD, {"none", "cups-held-for-authentication"}, {}),
               job::kPaused | job::kUserIntervention);
+    for (const char* failed : {"resources-are-not-ready", "none"})
+        EXPECT_EQ(JobStatusOf(IPP_JSTATE_HELD, {failed}, {}), job::kPaused | job::kError) << failed;
     EXPECT_EQ(JobStatusOf(IPP_JSTATE_STOPPED, {}, {}), job::kError);
     EXPECT_EQ(JobStatusOf(IPP_JSTATE_COMPLETED, {"processing-to-stop-point"}, {"media-empty-error"}),
               job::kPrinted);
