@@ -4,6 +4,7 @@
 
 #include "app/application.h"
 #include "backends/balance_check.h"
+#include "base/credentials.h"
 #include "base/format.h"
 #include "base/text.h"
 #include "console/context.h"
@@ -84,8 +85,11 @@ void PrintSummary(Context& context, Application& application, const std::string&
     const bool isGood = summary.failed + summary.skipped == 0;
     context.Print(Shaded(ToPrintableLine(counts), isGood ? Shade::kGood : Shade::kBad, colours) + "\n");
     if (summary.notFiled > 0) {
-        const std::string line = Format("%d files could not be moved, copied or deleted", summary.notFiled);
+        const std::string count = summary.notFiled == 1 ? "1 file" : Format("%d files", summary.notFiled);
+        const std::string line = count + " could not be moved, copied or deleted:";
         context.Print(Shaded(line, Shade::kBad, colours) + "\n");
+        for (const std::string& file : summary.filesNotFiled)
+            context.Print("    " + ToPrintableLine(HideCredentials(file)) + "\n");
     }
     for (const std::string& used : summary.printers) {
         const std::string folder = OutputFolderOf(application, used);

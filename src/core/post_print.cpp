@@ -30,6 +30,11 @@ constexpr int kPauseStepsInSecond = 10;
 constexpr std::string_view kErrorLogHint =
     "\n\nto log this instead of popup go into General options and turn on error log";
 
+const char* WordFor(MoveAction action) {
+    if (action == MoveAction::kMove) return "moved";
+    return action == MoveAction::kCopy ? "copied" : "deleted";
+}
+
 bool IsHandled(RowHandled handled) {
     return handled == RowHandled::kErased || handled == RowHandled::kBrought;
 }
@@ -258,6 +263,7 @@ void PostPrint::PauseBeforeMove() {
 
 void PostPrint::Report(const Failure& failure) {
     const Order& order = failure.order;
+    m_lastFailure = Format("not %s: %s", WordFor(ParseMoveTo(order.moveTo).action), failure.reason);
     const LocalTime now = m_services.clock.ToLocal(m_services.clock.Now());
     if (m_notices != nullptr)
         m_notices->Notify(kNoticePrintError, ErrorNoticeBody(now, failure.status, order.path), "");

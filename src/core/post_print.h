@@ -70,6 +70,8 @@ public:
     // that is doubtful is never deleted, and one that has changed since it was read is left. Of other rows
     // only the job file counts. Not for rows that were skipped or whose outcome is unknown. May pump.
     RowHandled Handle(const PrintedRow& row, PrintEnd end);
+    // Of the file that failed last: "not moved: it is in use".
+    const std::string& LastFailure() const { return m_lastFailure; }
     // What Handle does about the job file alone.
     void NoteJobFile(const PrintedRow& row, PrintEnd end);
     // Deletes the job files whose rows ask for it, when all of their rows in the list were printed in all
@@ -111,6 +113,7 @@ private:
     std::set<std::string> m_jobsToKeep;
     std::set<std::string> m_badFolders;  // in this run; a file gets one attempt there
     std::string m_handled;               // lines for the notice at the end
+    std::string m_lastFailure;
     bool m_errorLogFailed = false;
 };
 

@@ -120,10 +120,9 @@ RunSummary PrintRun::WalkWithPrinter(const CutOffRun* cutOff) {
     RunObserver nobody;
     RunWalk walk(m_services, {m_ways, m_observer != nullptr ? *m_observer : nobody, m_hangWatch, m_stop,
                               m_printer, m_appended.path, m_passes, IsBalanced(cutOff), cutOff});
-    const int notFiled = TellFailedAppends();
+    TellFailedAppends(walk.Summary());
     m_obstacle = "The settings of the run that was cut off can't be set again";
     RunSummary summary = walk.WalkList();
-    summary.notFiled += notFiled;
     // Who stops a run that he has taken up may take it up again.
     if (cutOff != nullptr && summary.end != RunSummary::End::kFinished)
         m_services.snapshot.Leave();
@@ -197,8 +196,7 @@ AppendOutcome PrintRun::AppendRows() {
     return appended;
 }
 
-// How many of their files could not be filed.
-int PrintRun::TellFailedAppends() {
+void PrintRun::TellFailedAppends(RunSummary& summary) {
     RunOutcomes& outcomes = m_services.outcomes;
     for (const AppendOutcome::Failure& failure : std::exchange(m_appended.failures, {})) {
         RunItem item;
@@ -216,10 +214,10 @@ int PrintRun::TellFailedAppends() {
         m_services.snapshot.NoteFiled(m_services.list, row);
         failed.push_back(ReadPrintedRow(m_services.list, row, m_printer));
     }
-    const auto isNotFiled = [&](const PrintedRow& row) {
-        return outcomes.HandleFile(row, PrintEnd::kFailed) == RowHandled::kFailed;
-    };
-    return static_cast<int>(std::count_if(failed.begin(), failed.end(), isNotFiled));
+    std::string failure;
+    for (const PrintedRow& row : failed)
+        if (outcomes.HandleFile(row, PrintEnd::kFailed, failure) == RowHandled::kFailed)
+            summary.NoteNotFiled(row.path, failure);
 }
 
 // A run that was cut off and still has rows to print is not lost by the next one.

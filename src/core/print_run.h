@@ -64,9 +64,15 @@ struct RunSummary {
     int failed = 0;
     int skipped = 0;
     int notFiled = 0;  // rows whose files could not be moved, copied or deleted; they count above, too
+    std::vector<std::string> filesNotFiled;  // "a.ps, not moved: it is in use"
     bool isDefaultChanged = false;  // the system's default printer could not be set back
     double seconds = 0;
     std::vector<std::string> printers;  // that documents went to, each once
+
+    void NoteNotFiled(const std::string& path, const std::string& failure) {
+        ++notFiled;
+        filesNotFiled.push_back(path + ", " + failure);
+    }
 };
 
 struct PrintRunServices {
@@ -130,7 +136,7 @@ private:
     RunSummary TellMissedRows();
     void ForgetEarlierRuns();
     AppendOutcome AppendRows();
-    int TellFailedAppends();
+    void TellFailedAppends(RunSummary& summary);
     bool MayForgetCutOffRun();
     RunSummary GiveWayToCutOffRun();
     bool IsBalanced(const CutOffRun* cutOff) const;

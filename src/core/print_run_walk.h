@@ -31,6 +31,7 @@ public:
 
     // The summary's counts, end and time; the printer was checked. May pump.
     RunSummary WalkList();
+    RunSummary& Summary() { return m_ending.Summary(); }
 
 private:
     bool TakeUpCutOffRun();

@@ -232,8 +232,13 @@ void RowEnding::FileAs(int row, PrintEnd end, bool mayBeCopied) {
     PrintedRow printed = ReadPrintedRow(list, row, PrinterOfRun(m_services));
     printed.mayBeCopied = mayBeCopied;
     const bool isAtWork = row == m_row.Index();
-    const RowHandled handled = m_services.outcomes.HandleFile(printed, end);
-    if (handled == RowHandled::kFailed) ++m_summary.notFiled;
+    const std::string status(list.Text(row, kColumnStatus));
+    std::string failure;
+    const RowHandled handled = m_services.outcomes.HandleFile(printed, end, failure);
+    if (handled == RowHandled::kFailed) {
+        m_summary.NoteNotFiled(printed.path, failure);
+        m_row.ShowRowStatus(status + ", " + failure);
+    }
     if (handled == RowHandled::kErased && end == PrintEnd::kPrinted) m_row.ShowRowStatus("Deleted");
     if (isAtWork && m_row.Find()) m_services.snapshot.NoteFiled(list, m_row.Index());
     if (!isAtWork && m_row.Find()) m_services.snapshot.NoteFiled(list, row);

@@ -136,8 +136,21 @@ void RunOutcomes::NoteJobFile(const PrintedRow& row, PrintEnd end) {
     m_services.postPrint.NoteJobFile(row, end);
 }
 
-RowHandled RunOutcomes::HandleFile(const PrintedRow& row, PrintEnd end) {
-    return m_services.postPrint.Handle(row, end);
+RowHandled RunOutcomes::HandleFile(const PrintedRow& row, PrintEnd end, std::string& failure) {
+    const RowHandled handled = m_services.postPrint.Handle(row, end);
+    if (handled != RowHandled::kFailed) return handled;
+    failure = m_services.postPrint.LastFailure();
+    ReportFilingFailure(row.path, failure);
+    return handled;
+}
+
+// With the last attempt at its row.
+void RunOutcomes::ReportFilingFailure(const std::string& path, const std::string& failure) {
+    std::vector<ReportedRow>& rows = m_report.rows;
+    const auto isOfFile = [&path](const ReportedRow& row) { return row.path == path; };
+    const auto found = std::find_if(rows.rbegin(), rows.rend(), isOfFile);
+    if (found == rows.rend()) return;
+    found->remark += (found->remark.empty() ? "" : "; ") + failure;
 }
 
 void RunOutcomes::TellFailure(std::string_view path, std::string_view status) {

@@ -53,8 +53,9 @@ public:
     void RecordError(std::string_view path, std::string_view printer, std::string_view error);
     // A row that an earlier part of this run has dealt with, for the job file that brought it.
     void NoteJobFile(const PrintedRow& row, PrintEnd end);
-    // Moves, copies or deletes the row's file, and tells what failed. May pump.
-    RowHandled HandleFile(const PrintedRow& row, PrintEnd end);
+    // Moves, copies or deletes the row's file, and tells what failed: `failure` is "not moved: it is in use".
+    // After RecordRow. May pump.
+    RowHandled HandleFile(const PrintedRow& row, PrintEnd end, std::string& failure);
     // The notice that a print has failed. May pump.
     void TellFailure(std::string_view path, std::string_view status);
     // Nothing could start: logs, reports and a notice say why. Instead of EndRun. May pump.
@@ -64,6 +65,7 @@ public:
 
 private:
     void ReportRow(const RowEnd& row);
+    void ReportFilingFailure(const std::string& path, const std::string& failure);
     void ReportRowsNotPrinted(PrintList& list, int passes, std::string_view reason);
     void WriteReports(bool wasStopped);
     void TellFailedErrorLog();

@@ -108,15 +108,23 @@ TEST_F(PrintRunOutcomesTest, FailuresGoToTheirOwnFolderAndAreToldOnce) {
 
 // The folder for the files is none.
 TEST_F(PrintRunOutcomesTest, FilesThatCannotBeFiledStayAndAreCounted) {
-    options.m_errorLog = true;
-    const std::string file = AddRow("a.ps", folder.Write("target", "a file"));
+    options.m_errorLog = options.m_generateReports = true;
+    const std::string target = folder.Write("target", "a file");
+    const std::string file = AddRow("a.ps", target);
     AddRow("b.ps", "");
+    AddRow("c.ps", "copy:" + target);
+    AddRow("letter.doc", "", target);
     const RunSummary summary = run.OnButtonPrint();
-    EXPECT_EQ(summary.done, 2);
-    EXPECT_EQ(summary.notFiled, 1);
-    EXPECT_EQ(Statuses(), (TextList{"Done", "Done"}));
+    EXPECT_EQ(summary.done, 3);
+    EXPECT_EQ(summary.notFiled, 3);
+    EXPECT_THAT(Statuses(), ElementsAre(StartsWith("Done, not moved: "), "Done",
+                                        StartsWith("Done, not copied: "), HasSubstr(" yet, not moved: ")));
     EXPECT_TRUE(IsThere(file));
     EXPECT_THAT(ErrorRecords(), HasSubstr("Move Error"));
+    EXPECT_THAT(ReportText(".txt"), HasSubstr("a.ps\r\n    Done\r\n    not moved: "));
+    EXPECT_THAT(ReportText(".csv"), HasSubstr(",Done,not copied: "));
+    ASSERT_THAT(summary.filesNotFiled, SizeIs(3));
+    EXPECT_THAT(summary.filesNotFiled[0], StartsWith(file + ", not moved: "));
 }
 
 TEST_F(PrintRunOutcomesTest, WhatHasAnUnknownOutcomeStaysWhereItIs) {
