@@ -104,9 +104,23 @@ private:
         for (const End end : {End::kPrinted, End::kFailed, End::kSkipped, End::kStopped, End::kNotPrinted})
             AddTotal(end);
         AddLine(Format("%-11s%12d", "Total", m_documents));
+        AddOtherFailures();
         if (m_report.seconds >= 1)
             AddLine(Format("%-11s%12.1f", "Per minute",
                            60.0 * static_cast<double>(m_printed) / m_report.seconds));
+    }
+
+    // The night of a failed script has no failed document.
+    void AddOtherFailures() {
+        const auto isOther = [](const ReportedRow& row) {
+            const bool isItem =
+                row.what == ReportedRow::What::kCommand || row.what == ReportedRow::What::kSeparator;
+            return isItem && row.end == End::kFailed;
+        };
+        const auto count = std::count_if(m_report.rows.begin(), m_report.rows.end(), isOther);
+        if (count == 0) return;
+        AddLine(Format("%d other %s (settings, scripts, separators) failed", static_cast<int>(count),
+                       count == 1 ? "item" : "items"));
     }
 
     void AddTotal(End end) {
