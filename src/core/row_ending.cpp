@@ -63,7 +63,7 @@ RowEnding::RowEnding(const PrintRunServices& services, RowAtWork& row, RowEnding
 
 void RowEnding::CountRowsOfList() {
     for (int row = 0; row < m_services.list.RowCount(); ++row)
-        CountRows(m_services.list.MarkOf(row).outcome, 1);
+        if (!IsMergedRow(row)) CountRows(m_services.list.MarkOf(row).outcome, 1);
 }
 
 void RowEnding::Finish(const RunItem& item, RowOutcome outcome, const WayResult& result,
@@ -78,6 +78,11 @@ void RowEnding::Finish(const RunItem& item, RowOutcome outcome, const WayResult&
 
 bool RowEnding::IsMerged(const RunItem& item) const {
     return !m_request.mergedFile.empty() && item.path == m_request.mergedFile;
+}
+
+bool RowEnding::IsMergedRow(int row) const {
+    return !m_request.mergedFile.empty() &&
+           m_services.list.Text(row, kColumnFilename) == m_request.mergedFile;
 }
 
 // In the logs, in the report, and among the printers that the run has used.
@@ -171,8 +176,11 @@ void RowEnding::MarkRow(RowOutcome outcome, const WayResult& result, std::string
     RunMark& mark = m_services.list.MarkOf(m_row.Index());
     // A failure of an earlier copy stays in sight.
     const RowOutcome worst = std::max(mark.outcome, outcome);
-    CountRows(mark.outcome, -1);
-    CountRows(worst, 1);
+    // Its documents count.
+    if (!IsMergedRow(m_row.Index())) {
+        CountRows(mark.outcome, -1);
+        CountRows(worst, 1);
+    }
     mark.outcome = worst;
     mark.isFiled = mark.isFiled || (m_row.Copy() == m_row.Copies() && !IsToBeFiled(worst, result));
     if (outcome == RowOutcome::kDone) {
@@ -250,8 +258,8 @@ void RowEnding::FinishCutOffRows() {
         const RunMark& mark = list.MarkOf(row);
         return mark.pass >= m_row.Copies() && mark.outcome != RowOutcome::kNotSelected;
     };
-    for (int row = 0; row < list.RowCount() && !m_request.mergedFile.empty(); ++row) {
-        if (list.Text(row, kColumnFilename) != m_request.mergedFile || !isEnded(row)) continue;
+    for (int row = 0; row < list.RowCount(); ++row) {
+        if (!IsMergedRow(row) || !isEnded(row)) continue;
         WayResult result;
         if (list.MarkOf(row).outcome == RowOutcome::kDone) result.end = WayResult::End::kPrinted;
         result.status = list.Text(row, kColumnStatus);

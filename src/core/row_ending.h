@@ -37,6 +37,7 @@ public:
 
 private:
     bool IsMerged(const RunItem& item) const;
+    bool IsMergedRow(int row) const;
     void Record(const RunItem& item, RowOutcome outcome, const WayResult& result);
     std::string NamesOfAppendedRows() const;
     void RecordAppendedRows(RowOutcome outcome, const WayResult& result);
