@@ -51,6 +51,12 @@ void ShowCutOffRun(Context& context, Application& application, const CutOffRun& 
         return;
     }
     context.Print(RenderRows(list, context.OutputHasColours()));
+    if (waiting == 0 && run.copy >= run.copies) {
+        context.Print(
+            "Cut off at its end: no row waits. \"qpr restore --print\" prints nothing more, and does "
+            "what was left: files and job files, reports, mail.\n");
+        return;
+    }
     std::string waits = waiting == 1 ? "1 row waits" : Format("%d rows wait", waiting);
     if (run.copy < run.copies) waits += Format(", and copies %d to %d of all", run.copy + 1, run.copies);
     context.Print(Format("Cut off in copy %d of %d on %s, %s; \"qpr restore --print\" prints what waits.\n",

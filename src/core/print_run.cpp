@@ -88,6 +88,11 @@ RunSummary PrintRun::RunList(const CutOffRun* cutOff) {
         FinishRun(wasStopped);
     else
         m_services.outcomes.EndRefusedRun(m_services.list, m_passes, m_obstacle);
+    // What is left of a run that was taken up, by who stopped it or by an obstacle, may be taken up again.
+    if (cutOff != nullptr && summary.end != RunSummary::End::kFinished)
+        m_services.snapshot.Leave();
+    else
+        m_services.snapshot.Remove();
     m_services.downloads.EndRun();
     TickAppendedRows(m_services.list);
     ReleaseMergedFile(m_services.append.files, m_appended);
@@ -103,14 +108,7 @@ RunSummary PrintRun::WalkWithPrinter(const CutOffRun* cutOff) {
     if (!CreateSnapshot(cutOff)) return EndedEarly(RunSummary::End::kRefused);
     m_services.prompts.ShowStatus("Starting");
     const RunSummary::End obstacle = PreparePrinter();
-    if (obstacle != RunSummary::End::kFinished) {
-        // What a cut-off run has left stays for the next attempt.
-        if (cutOff == nullptr)
-            m_services.snapshot.Remove();
-        else
-            m_services.snapshot.Leave();
-        return EndedEarly(obstacle);
-    }
+    if (obstacle != RunSummary::End::kFinished) return EndedEarly(obstacle);
     DebugLog& debugLog = m_services.debugLog;
     debugLog.Trace("Start printing.\r\n");
     debugLog.Trace("OnButtonPrint() copies: %d\r\n", m_passes);
@@ -123,11 +121,6 @@ RunSummary PrintRun::WalkWithPrinter(const CutOffRun* cutOff) {
     TellFailedAppends(walk.Summary());
     m_obstacle = "The settings of the run that was cut off can't be set again";
     RunSummary summary = walk.WalkList();
-    // Who stops a run that he has taken up may take it up again.
-    if (cutOff != nullptr && summary.end != RunSummary::End::kFinished)
-        m_services.snapshot.Leave();
-    else
-        m_services.snapshot.Remove();
     return summary;
 }
 

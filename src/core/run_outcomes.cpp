@@ -162,9 +162,9 @@ void RunOutcomes::TellFailure(std::string_view path, std::string_view status) {
 }
 
 void RunOutcomes::EndRun(PrintList& list, int passes, bool wasStopped) {
-    m_services.postPrint.AtRunEnd(list, passes);
     if (wasStopped) ReportRowsNotPrinted(list, passes, "The run was stopped before its turn");
     WriteReports(wasStopped);
+    m_services.postPrint.AtRunEnd(list, passes);
     TellFailedErrorLog();
     m_services.notices.Notify(kNoticePrintsFinished, "\r\nStatus: Print(s) Finished\r\n", m_reportPath);
     m_services.postPrint.UseStop([] { return false; });

@@ -103,7 +103,9 @@ class NoticeRecorder : public RunNotices {
 public:
     void Notify(int kind, std::string_view body, std::string_view attachment) override {
         told.push_back(std::to_string(kind) + ":" + std::string(body) + std::string(attachment));
+        if (onNotify) onNotify();
     }
+    std::function<void()> onNotify;  // may act in the middle of a run
     std::vector<std::string> told;
 };
 

@@ -415,6 +415,41 @@ TEST_F(PrintRunOutcomesTest, ARunThatWasTakenUpAndStoppedMayBeTakenUpAgain) {
     EXPECT_EQ(Printed(), (TextList{"a.ps", "b.ps"}));
 }
 
+// The program is ended while it sends the first mail of the end, when everything is printed.
+TEST_F(PrintRunOutcomesTest, WhatTheEndOfARunHasLeftIsDoneByTheNext) {
+    options.m_snapshotRestore = options.m_generateReports = true;
+    folder.Write("a.ps", "bytes");
+    folder.Write("b.ps", "bytes");
+    const std::string job = folder.Write("night.job", "a.ps\r\nb.ps\r\n");
+    list.InsertFileIntoList(job, 1, "qprdelete+job", {});
+    ASSERT_EQ(list.RowCount(), 2);
+    const auto keep = [&](const std::string& from, const std::string& to) {
+        for (const std::string name : {"List", "Checkpoint"})
+            if (IsThere(folder.PathOf(from + name)))
+                std::filesystem::copy(folder.PathOf(from + name), folder.PathOf(to + name));
+    };
+    bool wasReported = false;
+    notices.onNotify = [&] {
+        if (IsThere(folder.PathOf("kept.List"))) return;
+        wasReported = IsThere(folder.PathOf("Reports"));
+        keep("SnapshotRestore.", "kept.");
+    };
+    EXPECT_EQ(run.OnButtonPrint().done, 2);
+    EXPECT_TRUE(wasReported);
+    ASSERT_TRUE(IsThere(folder.PathOf("kept.List"))) << "it was removed too early";
+    EXPECT_FALSE(IsThere(folder.PathOf("SnapshotRestore.List")));
+
+    keep("kept.", "SnapshotRestore.");
+    folder.Write("night.job", "a.ps\r\nb.ps\r\n");
+    list.Clear();
+    CutOffRun cutOff;
+    ASSERT_EQ(snapshot.Load(cutOff), SnapshotResult::kLoaded);
+    EXPECT_EQ(run.FinishCutOffRun(cutOff).end, RunSummary::End::kFinished);
+    EXPECT_THAT(Printed(), SizeIs(2));
+    EXPECT_FALSE(IsThere(job));
+    EXPECT_FALSE(IsThere(folder.PathOf("SnapshotRestore.List")));
+}
+
 // The rows below would come out on another printer.
 TEST_F(PrintRunOutcomesTest, SettingsThatAreGoneEndARunThatIsTakenUp) {
     list.InsertFileIntoList(folder.Write("x.pro", "-s1|-e1"), 1, "", {});
