@@ -8,7 +8,6 @@
 
 #include <chrono>
 
-#include "base/path.h"
 #include "fakes/linux/scoped_variable.h"
 #include "fakes/running_child.h"
 #include "fakes/temporary_folder.h"

@@ -9,7 +9,6 @@
 
 #include "backends/candidate_names.h"
 #include "backends/document_windows.h"
-#include "base/path.h"
 #include "base/text.h"
 #include "fakes/fake_spooler.h"
 #include "fakes/surroundings.h"

@@ -4,7 +4,6 @@
 
 #include "base/format.h"
 #include "base/path.h"
-#include "base/text.h"
 #include "fakes/archive_writer.h"
 #include "unit/core/list_fixture.h"
 

@@ -1,7 +1,5 @@
 #include "core/post_print.h"
 
-#include <chrono>
-
 #include "fakes/halting_files.h"
 #include "platform/file_tools.h"
 #include "unit/core/post_print_fixture.h"

@@ -2,8 +2,6 @@
 
 #include <gmock/gmock.h>
 
-#include <algorithm>
-
 #include "base/format.h"
 #include "documents/qpdf_library.h"
 #include "fakes/surroundings.h"

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "base/text.h"
 #include "fakes/surroundings.h"
 #include "logs/log_lines.h"
 #include "logs/unattended_prompts.h"

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "base/text.h"
 #include "fakes/surroundings.h"
 #include "logs/print_log.h"
 

@@ -1,7 +1,5 @@
 #include "settings/settings_catalog.h"
 
-#include <algorithm>
-
 #include "fakes/golden.h"
 #include "settings_fixture.h"
 
