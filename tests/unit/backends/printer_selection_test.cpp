@@ -250,6 +250,13 @@ TEST_F(PrinterSelectionTest, TakesPrinterItemsAsFilesOrAsNames) {
     EXPECT_TRUE(selection.ApplyItem("none.prs").status.starts_with("Error"));
 }
 
+TEST(PrinterSelection, TakesItsOwnItemsOnly) {
+    for (const char* path : {"a.printer", "a.TRA", "a.tra.old", "x.paperorientation", "1.papercopies.txt"})
+        EXPECT_TRUE(PrinterSelection::TakesItem(path)) << path;
+    for (const char* path : {"a.PRS", "a.pro", "a.bat", "a.pdf", "", "a.printer.pdf"})
+        EXPECT_FALSE(PrinterSelection::TakesItem(path)) << path;
+}
+
 TEST_F(PrinterSelectionTest, BringsEverythingBackAfterARun) {
     MakeSettings("label.prs");
     ASSERT_TRUE(selection.ApplyItem("2.papercopies").isApplied);

@@ -64,6 +64,7 @@ TEST_F(QueueWatchTest, JudgesAJobByItsWholeStatus) {
         {0x18, 1}, {0x2010, 1}, {0x1, 0},   {0x2, 0},    {0x84, 0}, {0x90, 0},      {0x1a, 0},
         {0xc, 0},  {0x2000, 0}, {0x100, 0}, {0x1000, 0}, {0x11, 0}, {0x80000000, 0}};
     const std::int64_t id = Put("/in/a.pdf");
+    m_around.debugLog.Open(m_around.files, m_around.folder.PathOf("qpr.log"));
     for (const auto& [status, verdict] : cases) {
         m_spooler.SetJobStatus(id, status, "words");
         const QueueScan scan = Scan("/in/a.pdf");
@@ -73,6 +74,8 @@ TEST_F(QueueWatchTest, JudgesAJobByItsWholeStatus) {
         EXPECT_EQ(scan.job.totalPages, 3);
         EXPECT_EQ(scan.job.statusText, "words");
     }
+    EXPECT_THAT(m_around.folder.Read("qpr.log"),
+                testing::HasSubstr("status:[16] printTime:[20240305] submitTime:[070809]\r\n"));
 }
 
 TEST_F(QueueWatchTest, TellsNoJobFromNoListing) {
