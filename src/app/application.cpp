@@ -69,7 +69,7 @@ Application::Application(Services& services, Prompts& userPrompts, ApplicationRe
     Files& files = *m_services.files;
     m_errorLog = std::make_unique<ErrorLog>(files, *m_services.clock, PathOf("error.log"));
     if (m_request.unattended) {
-        m_unattendedPrompts = std::make_unique<UnattendedPrompts>(*m_errorLog);
+        m_unattendedPrompts = std::make_unique<UnattendedPrompts>(*m_errorLog, userPrompts);
         m_prompts = m_unattendedPrompts.get();
     }
     m_debugLog = std::make_unique<DebugLog>();

@@ -51,8 +51,9 @@ int ExitCodeOf(const RunSummary& summary) {
         case RunSummary::End::kFinished:
             break;
     }
-    if (summary.isDefaultChanged) return kExitNotAllDone;
-    return summary.failed + summary.skipped + summary.notFiled == 0 ? kExitDone : kExitNotAllDone;
+    const bool isGood = summary.failed + summary.skipped + summary.notFiled == 0 && !summary.hasLostRecords &&
+                        !summary.isDefaultChanged;
+    return isGood ? kExitDone : kExitNotAllDone;
 }
 
 // Of the printers that the run has used; before it has used any, of its own.

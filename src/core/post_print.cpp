@@ -279,12 +279,13 @@ void PostPrint::Report(const Failure& failure) {
     if (m_services.errorLog.Append(record) != 0) m_errorLogFailed = true;
 }
 
-void PostPrint::AtRunEnd(PrintList& list, int passes) {
+bool PostPrint::AtRunEnd(PrintList& list, int passes) {
     for (const std::string& job : TakePrintedJobs(list, passes)) EraseFile({job, "qprjobdelete", "", "", ""});
     m_badFolders.clear();
-    if (std::exchange(m_errorLogFailed, false))
-        m_services.prompts.ShowBox("Log File Error", "Can't open error.log for writing");
+    const bool hasFailed = std::exchange(m_errorLogFailed, false);
+    if (hasFailed) m_services.prompts.ShowBox("Log File Error", "Can't open error.log for writing");
     TellHandled();
+    return !hasFailed;
 }
 
 std::vector<std::string> PostPrint::TakePrintedJobs(PrintList& list, int passes) {

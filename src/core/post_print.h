@@ -75,8 +75,9 @@ public:
     // What Handle does about the job file alone.
     void NoteJobFile(const PrintedRow& row, PrintEnd end);
     // Deletes the job files whose rows ask for it, when all of their rows in the list were printed in all
-    // `passes` walks; tells what was done since the last call. May pump.
-    void AtRunEnd(PrintList& list, int passes);
+    // `passes` walks; tells what was done since the last call. False when a failure since then
+    // could not be logged. May pump.
+    bool AtRunEnd(PrintList& list, int passes);
 
     // Does with the file what `moveTo` says; `fileTitle` is its name in the target. Answers whether the file
     // was handled. May pump.

@@ -60,6 +60,7 @@ RunSummary PrintRun::RunAlone(const CutOffRun* cutOff) {
     m_stop = false;
     if (cutOff != nullptr) PutRowsBack(m_services.list, *cutOff);
     RunSummary summary = RunList(cutOff);
+    summary.hasLostRecords = m_services.outcomes.TakeLostRecords();
     m_isRunning = false;
     return summary;
 }

@@ -76,7 +76,7 @@ void RunOutcomes::RecordRow(const RowEnd& row) {
         RecordError(item.path, PrintersOf(row), result.remark.empty() ? result.status : result.remark);
     const bool cameOut = row.outcome == RowOutcome::kDone || result.wholeCopies > 0;
     if (cameOut && WhatIs(row) == ReportedRow::What::kDocument)
-        m_services.printLog.WritePrintLogRecord(item.path, row.pages, PrintersOf(row));
+        NoteWriting(m_services.printLog.WritePrintLogRecord(item.path, row.pages, PrintersOf(row)));
     if (m_services.options.m_generateReports) ReportRow(row);
 }
 
@@ -129,7 +129,11 @@ void RunOutcomes::RecordError(std::string_view path, std::string_view printer, s
     record.source = path;
     record.error = error;
     record.printer = printer;
-    if (m_services.errorLog.Append(record) != 0) m_errorLogFailed = true;
+    if (m_services.errorLog.Append(record) != 0) m_errorLogFailed = m_hasLostRecords = true;
+}
+
+void RunOutcomes::NoteWriting(int result) {
+    if (result != 0) m_hasLostRecords = true;
 }
 
 void RunOutcomes::NoteJobFile(const PrintedRow& row, PrintEnd end) {
@@ -164,7 +168,7 @@ void RunOutcomes::TellFailure(std::string_view path, std::string_view status) {
 void RunOutcomes::EndRun(PrintList& list, int passes, bool wasStopped) {
     if (wasStopped) ReportRowsNotPrinted(list, passes, "The run was stopped before its turn");
     WriteReports(wasStopped);
-    m_services.postPrint.AtRunEnd(list, passes);
+    if (!m_services.postPrint.AtRunEnd(list, passes)) m_hasLostRecords = true;
     TellFailedErrorLog();
     m_services.notices.Notify(kNoticePrintsFinished, "\r\nStatus: Print(s) Finished\r\n", m_reportPath);
     m_services.postPrint.UseStop([] { return false; });
@@ -190,8 +194,10 @@ void RunOutcomes::WriteReports(bool wasStopped) {
     m_report.seconds = static_cast<double>(m_services.loop.MonotonicMilliseconds() - m_startedAt) / 1000.0;
     m_report.wasStopped = wasStopped;
     std::string message;
-    if (WriteRunReports(m_services.files, m_services.workingFolder, m_report, m_reportPath, message) != 0)
-        m_services.prompts.ShowBox("Report Error", message);
+    const int result =
+        WriteRunReports(m_services.files, m_services.workingFolder, m_report, m_reportPath, message);
+    NoteWriting(result);
+    if (result != 0) m_services.prompts.ShowBox("Report Error", message);
 }
 
 }  // namespace quirepress

@@ -62,6 +62,8 @@ public:
     void EndRefusedRun(PrintList& list, int passes, std::string_view reason);
     // Job files, reports, the notice that the run has finished. May pump.
     void EndRun(PrintList& list, int passes, bool wasStopped);
+    // Whether something could not be written into the logs or the report since the last call.
+    bool TakeLostRecords() { return std::exchange(m_hasLostRecords, false); }
 
 private:
     void ReportRow(const RowEnd& row);
@@ -69,6 +71,7 @@ private:
     void ReportRowsNotPrinted(PrintList& list, int passes, std::string_view reason);
     void WriteReports(bool wasStopped);
     void TellFailedErrorLog();
+    void NoteWriting(int result);
 
     RunOutcomeServices m_services;
     RunReport m_report;
@@ -77,6 +80,7 @@ private:
     LocalTime m_rowStartedAt;
     long long m_rowStart = 0;  // the loop's milliseconds
     bool m_errorLogFailed = false;
+    bool m_hasLostRecords = false;
 };
 
 }  // namespace quirepress

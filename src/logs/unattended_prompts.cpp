@@ -9,8 +9,7 @@ namespace quirepress {
 void UnattendedPrompts::ShowBox(std::string_view title, std::string_view text) {
     ErrorRecord record;
     record.error = std::string(title) + ": " + std::string(text);
-    // A log that cannot be written leaves nobody to tell.
-    m_errorLog.Append(record);
+    if (m_errorLog.Append(record) != 0) m_fallback.ShowBox(title, text);
 }
 
 bool UnattendedPrompts::AskYesNo(std::string_view title, std::string_view text, bool safeAnswer) {

@@ -166,6 +166,24 @@ TEST(QprPrint, UnknownPrintersAndSpoolersExitWithThree) {
     EXPECT_EQ(qpr.Run({"printers", "add", "Label", "--port", "carrier-pigeon:"}).exitCode, 2);
 }
 
+TEST(QprPrint, WhatCannotBeWrittenDownOrFiledIsSaidAndExitsWithOne) {
+    QprProgram qpr;
+    qpr.m_work.Write("a.ps", kTwoPages);
+    qpr.m_work.Write("file", "no folder");
+    const ProgramResult unfiled = qpr.Run({"print", "--move-to", "file", "a.ps"});
+    EXPECT_EQ(unfiled.exitCode, 1);
+    EXPECT_THAT(unfiled.output, HasSubstr("\n1 file could not be moved, copied or deleted:\n    "));
+    EXPECT_THAT(unfiled.output, HasSubstr("a.ps, not moved: "));
+    std::filesystem::remove(qpr.m_home.PathOf("print.log"));
+    std::filesystem::remove(qpr.m_home.PathOf("error.log"));
+    qpr.m_home.Write("print.log/in", "a folder");
+    qpr.m_home.Write("error.log/in", "a folder");
+    const ProgramResult unlogged = qpr.Run({"--unattended", "print", "a.ps"});
+    EXPECT_EQ(unlogged.exitCode, 1);
+    EXPECT_THAT(unlogged.output, HasSubstr("1 done, 0 failed"));
+    EXPECT_THAT(unlogged.errors, HasSubstr("Can't open print.log"));
+}
+
 TEST(QprPrint, AReadOnlyOrImpossibleWorkingFolderIsSaidAndNotCrashedOn) {
     QprProgram qpr;
     const std::string file = qpr.m_work.Write("file", "x");

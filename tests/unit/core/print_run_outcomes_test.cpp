@@ -204,6 +204,31 @@ TEST_F(PrintRunOutcomesTest, ReportsTellEveryAttempt) {
     EXPECT_EQ(prompts.boxes.back().title, "Report Error");
 }
 
+// A row is printed all the same, but who looks into the logs would not find it.
+TEST_F(PrintRunOutcomesTest, WhatCannotBeWrittenDownIsCounted) {
+    options.m_errorLog = options.m_generateReports = true;
+    AddRow("a.ps", "");
+    EXPECT_FALSE(run.OnButtonPrint().hasLostRecords);
+    std::filesystem::remove_all(folder.PathOf("Reports"));
+    const auto loses = [&](const char* name) {
+        std::filesystem::remove_all(folder.PathOf(name));
+        folder.Write(std::string(name) + "/in", "a folder where the log should be");
+        const RunSummary summary = run.OnButtonPrint();
+        std::filesystem::remove_all(folder.PathOf(name));
+        return summary.hasLostRecords;
+    };
+    EXPECT_TRUE(loses(kPrintLogName));
+    EXPECT_FALSE(loses("error.log")) << "nothing is to be told";
+    AddRow("b.ps", folder.Write("target", "a file"));
+    EXPECT_TRUE(loses("error.log"));
+    AddRow("c.doc", "");
+    EXPECT_TRUE(loses("error.log"));
+    EXPECT_FALSE(run.OnButtonPrint().hasLostRecords);
+    std::filesystem::remove_all(folder.PathOf("Reports"));
+    folder.Write("Reports", "a file where the folder should be");
+    EXPECT_TRUE(run.OnButtonPrint().hasLostRecords);
+}
+
 TEST_F(PrintRunOutcomesTest, CopiesAreAskedForAndBadAnswersAreTheUsualOnes) {
     options.m_copiesPrompt = true;
     options.m_printCopies = 2;

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "base/text.h"
+#include "fakes/fake_prompts.h"
 #include "fakes/surroundings.h"
 #include "logs/log_lines.h"
 #include "logs/unattended_prompts.h"
@@ -101,7 +103,8 @@ TEST_F(ErrorLogTest, FailuresAreAnswered) {
 }
 
 TEST_F(ErrorLogTest, NobodyIsAskedUnattended) {
-    UnattendedPrompts prompts(m_log);
+    FakePrompts user;
+    UnattendedPrompts prompts(m_log, user);
     prompts.ShowBox("Save Error!", "Can't save to misc.ini file.");
     EXPECT_TRUE(prompts.AskYesNo("Open File", "Now ?", true));
     EXPECT_FALSE(prompts.AskYesNo("Open File", "Now ?", false));
@@ -110,6 +113,13 @@ TEST_F(ErrorLogTest, NobodyIsAskedUnattended) {
     EXPECT_EQ(records[0][4], "Save Error!: Can't save to misc.ini file.");
     EXPECT_EQ(records[1][4], "Open File: Now ? Yes");
     EXPECT_EQ(records[2][4], "Open File: Now ? No");
+    EXPECT_TRUE(user.boxes.empty());
+    m_around.files.FailAlways(FaultyFiles::Call::kOpenForWriting, FileResult::kNoAccess);
+    prompts.ShowBox("Print Error!", "No Files to Print");
+    EXPECT_FALSE(prompts.AskYesNo("Open File", "Now ?", false));
+    EXPECT_EQ(user.boxes, (std::vector<FakePrompts::Box>{{"Print Error!", "No Files to Print"},
+                                                         {"Open File", "Now ? No"}}));
+    EXPECT_TRUE(user.questions.empty());
 }
 
 }  // namespace
