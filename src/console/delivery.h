@@ -36,8 +36,8 @@ DeliveryReport DeliverJobs(Context& context, Application& application, ProgressL
 // Of all printers.
 std::vector<UnknownJob> ListJobsOfUnknownOutcome(Application& application);
 
-// Those of `jobs` that are not among `known`: into the error log and the mail about errors, as far as these are
-// on. How many they are.
+// Those of `jobs` that are not among `known`: into the error log and the mail about errors, as far as these
+// are on. How many they are.
 int RecordUnknownJobs(Application& application, const std::vector<UnknownJob>& jobs,
                       const std::vector<UnknownJob>& known);
 

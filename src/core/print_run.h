@@ -65,7 +65,7 @@ struct RunSummary {
     int skipped = 0;
     int notFiled = 0;  // rows whose files could not be moved, copied or deleted; they count above, too
     std::vector<std::string> filesNotFiled;  // "a.ps, not moved: it is in use"
-    bool isDefaultChanged = false;  // the system's default printer could not be set back
+    bool isDefaultChanged = false;           // the system's default printer could not be set back
     bool hasLostRecords = false;             // something could not be written into the logs or the report
     double seconds = 0;
     std::vector<std::string> printers;  // that documents went to, each once
