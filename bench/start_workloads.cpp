@@ -2,8 +2,7 @@
 #include <fstream>
 #include <memory>
 
-#include "logs/error_log.h"
-#include "logs/unattended_prompts.h"
+#include "fakes/fake_prompts.h"
 #include "platform/clock.h"
 #include "platform/event_loop.h"
 #include "platform/files.h"
@@ -32,8 +31,7 @@ double TimeTrue() {
 struct SettingsBench {
     Services services = MakeSystemServices();
     std::string folder = (std::filesystem::temp_directory_path() / "quirepress-bench-settings/").string();
-    ErrorLog errors{*services.files, *services.clock, folder + "error.log"};
-    UnattendedPrompts prompts{errors};
+    FakePrompts prompts;
 
     SettingsBench() {
         std::filesystem::create_directories(folder);
