@@ -264,7 +264,9 @@ private:
         const JobWait::End end = m_jobWait.ForForeignJob(item.printer, path, program);
         // Part of it may have come out.
         if (end == JobWait::End::kLost) return Failed(m_jobWait.Loss(), false);
-        if (feedback.IsStopped() && end != JobWait::End::kSpooled) return StoppedWay();
+        // What has ended well may have printed; its job just was not seen yet.
+        if (feedback.IsStopped() && end != JobWait::End::kSpooled)
+            return program.HasSucceeded() ? UnknownWay() : StoppedWay();
         if (end == JobWait::End::kSpooled) {
             program.AwaitEnd(kGraceMilliseconds);
             return Printed(0);

@@ -28,10 +28,6 @@ WayResult Printed(std::string remark, std::int64_t jobId) {
     return {WayResult::End::kPrinted, std::string(kStatusDone), std::move(remark), false, jobId};
 }
 
-WayResult Unknown() {
-    return {WayResult::End::kFailed, std::string(kStatusUnknown), {}, false};
-}
-
 bool IsSaidYes(std::string_view text) {
     constexpr std::array<std::string_view, 4> kYes = {"yes", "1", "true", "on"};
     return std::find(kYes.begin(), kYes.end(), ToLowerAscii(text)) != kYes.end();
@@ -102,7 +98,7 @@ private:
         if (!outcome.sourceWhole)
             return {WayResult::End::kFailed, "Error - " + std::string(kSourceBroke),
                     std::string(kSourceBroke), true};
-        if (outcome.isUnknown) return Unknown();
+        if (outcome.isUnknown) return UnknownWay();
         if (!outcome.accepted)
             return DidNotSpool(m_services.spooler, "the spooler did not keep the document",
                                outcome.systemError);
@@ -191,7 +187,7 @@ WayResult HandOverDocument(Spooler& spooler, const QueueWatch& watch, const RunI
     int systemError = 0;
     const std::int64_t jobId = spooler.PrintDocument(item.printer, file, document, systemError);
     if (jobId >= 0) return Printed({}, jobId);
-    if (jobId == kDocumentUnknown) return Unknown();
+    if (jobId == kDocumentUnknown) return UnknownWay();
     return DidNotSpool(spooler, "the spooler did not take the document", systemError);
 }
 
@@ -200,6 +196,10 @@ WayResult StoppedWay() {
     result.end = WayResult::End::kStopped;
     result.status = "Error - Stopped, nothing was printed";
     return result;
+}
+
+WayResult UnknownWay() {
+    return {WayResult::End::kFailed, std::string(kStatusUnknown), {}, false};
 }
 
 WayResult RefusedDocument(std::string_view reason) {

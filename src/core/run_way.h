@@ -69,6 +69,8 @@ using RunWays = std::vector<std::unique_ptr<RunWay>>;
 
 // Stop came before anything of the row reached a printer.
 WayResult StoppedWay();
+// Nobody can tell whether it came out.
+WayResult UnknownWay();
 // A document that is refused before anything of it reaches a printer; `reason` is a sentence part.
 WayResult RefusedDocument(std::string_view reason);
 

@@ -274,6 +274,15 @@ TEST_F(ShellWayTest, StopEndsProgramsOfEveryKind) {
         EXPECT_TRUE(processes.records.back().destroyed);
         loop.StopTimer(7);
     }
+
+    // One that has ended well may have printed.
+    FakeProcesses::Script quick;
+    quick.runsFor = 0;
+    quick.whenStarted = [this] { loop.StartTimer(7, 1000, [this] { feedback.isStopped = true; }); };
+    processes.AddScript(quick);
+    feedback.isStopped = false;
+    EXPECT_EQ(Process(*way, paths[1]).status, kStatusUnknown);
+    loop.StopTimer(7);
 }
 
 TEST_F(ShellWayTest, ScriptsAreRunWithTheirParameters) {
