@@ -91,6 +91,7 @@ Application::Application(Services& services, Prompts& userPrompts, ApplicationRe
     m_snapshot = std::make_unique<RunSnapshot>(files, m_request.workingFolder);
     LoadGeneralOptions(m_options, Settings(), m_services.machine->Family(), m_request.unattended);
     MakeNotifications();
+    MakeOutcomes();
     LoadBalanceOptions(m_balanceOptions, Settings());
     LoadColorPrinterOptions(m_colorOptions, Settings());
     LoadSeparatorOptions(m_separatorOptions, Settings());

@@ -122,6 +122,7 @@ private:
     void MakePrinting();
     void MakeDialogs();
     void MakeOutcomes();
+    void MakeRowServices();
     void MakeRun();
     void MakeNotifications();
 

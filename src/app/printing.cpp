@@ -56,7 +56,7 @@ void Application::MakePrinting() {
         ShellPrinterServices{*m_services.shell, *m_services.processes, files, *m_spooler, *m_printCommands,
                              *m_debugLog, m_options});
     MakeDialogs();
-    MakeOutcomes();
+    MakeRowServices();
     MakeRun();
 }
 
@@ -72,6 +72,7 @@ void Application::MakeDialogs() {
     m_watch->UseDocumentWindows(m_viewers.get());
 }
 
+// Of a night without a print system there is something to tell, too.
 void Application::MakeOutcomes() {
     Files& files = *m_services.files;
     EventLoop& loop = *m_services.loop;
@@ -84,6 +85,12 @@ void Application::MakeOutcomes() {
     m_outcomes = std::make_unique<RunOutcomes>(
         RunOutcomeServices{files, clock, loop, *m_services.machine, *m_prompts, *m_printLog, *m_errorLog,
                            *m_postPrint, *m_notifications, m_options, m_request.workingFolder});
+}
+
+void Application::MakeRowServices() {
+    Files& files = *m_services.files;
+    EventLoop& loop = *m_services.loop;
+    Clock& clock = *m_services.clock;
     m_processing = std::make_unique<ProcessingDefaults>(files);
     m_downloads = std::make_unique<RunDownloads>(RunDownloadServices{
         files, clock, *m_prompts, *m_transferLogs, Transfers(), m_options, m_request.workingFolder});

@@ -49,13 +49,14 @@ Application* Context::OpenApplication() {
     return m_application.get();
 }
 
-Application* Context::OpenApplicationWithSpooler() {
+Application* Context::OpenApplicationWithSpooler(std::string* failure) {
     Application* application = OpenApplication();
     if (application == nullptr) return nullptr;
     bool wasNamed = false;
     std::string message;
     if (application->OpenSpooler(m_global.spooler, wasNamed, message) != 0) {
         PrintResult(-1, message);
+        if (failure != nullptr) *failure = message;
         return nullptr;
     }
     if (!wasNamed)

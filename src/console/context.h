@@ -41,7 +41,8 @@ public:
     // The application with its working folder; null when there can be none (which is the command's result).
     Application* OpenApplication();
     // The application with its spooler; null when there is none (which is the command's result).
-    Application* OpenApplicationWithSpooler();
+    // With `failure`, this is why not.
+    Application* OpenApplicationWithSpooler(std::string* failure = nullptr);
 
     bool WantsJson() const { return m_global.json; }
     // Colours and moving text on a stream that is a terminal, unless NO_COLOR says otherwise.

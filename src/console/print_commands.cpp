@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <memory>
 #include <nlohmann/json.hpp>
 
@@ -17,6 +18,7 @@
 #include "core/print_list.h"
 #include "core/print_run.h"
 #include "core/print_run_source.h"
+#include "core/run_outcomes.h"
 #include "documents/page_colors.h"
 #include "documents/page_counts.h"
 #include "documents/pdf_counter.h"
@@ -163,9 +165,24 @@ struct PrintOptions {
     bool dryRun = false;
 };
 
+// Nobody may be there to see it: the log, the mail and the report tell that nothing of the list was printed.
+void TellNoPrintSystem(Context& context, const PrintOptions& options, const std::string& why) {
+    Application* application = context.OpenApplication();
+    if (application == nullptr || options.dryRun) return;
+    LoadItems(*application, options.row);
+    RunOutcomes& outcomes = application->Outcomes();
+    const int copies = std::max(1, options.copies);
+    outcomes.BeginRun(options.printer, copies, [] { return InterruptCount() > 0; });
+    outcomes.EndRefusedRun(application->List(), copies, why);
+}
+
 int RunPrint(Context& context, const PrintOptions& options) {
-    Application* application = context.OpenApplicationWithSpooler();
-    if (application == nullptr) return kExitNoPrinter;
+    std::string failure;
+    Application* application = context.OpenApplicationWithSpooler(&failure);
+    if (application == nullptr) {
+        if (!failure.empty()) TellNoPrintSystem(context, options, failure);
+        return kExitNoPrinter;
+    }
     const std::string printer =
         options.printer.empty() ? application->PrintSpooler().DefaultPrinter() : options.printer;
     // A run tells by itself, also whom it sends mail, that there is no such printer.

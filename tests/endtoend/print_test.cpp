@@ -161,6 +161,7 @@ TEST(QprPrint, UnknownPrintersAndSpoolersExitWithThree) {
     EXPECT_EQ(qpr.Run({"--json", "print", "--printer", "Nowhere", "a.ps"}).Json()["result"], 3);
     EXPECT_EQ(qpr.RunBare({"--home", qpr.m_home.Path(), "--spooler", "nonesuch", "print", "a.ps"}).exitCode,
               3);
+    EXPECT_THAT(qpr.m_home.Read("error.log"), HasSubstr("There is no print spooler \"nonesuch\" here"));
     EXPECT_EQ(qpr.Run({"queue", "Nowhere"}).exitCode, 3);
     EXPECT_EQ(qpr.Run({"printers", "add", "a/b"}).exitCode, 2);
     EXPECT_EQ(qpr.Run({"printers", "add", "Label", "--port", "carrier-pigeon:"}).exitCode, 2);
