@@ -64,23 +64,20 @@ BalanceChoice PrinterBalance::Choose(BalancedSet allowed) {
 BalanceChoice PrinterBalance::ChooseWithoutRoom(BalancedSet allowed) {
     std::vector<PrinterInfo> printers;
     m_spooler.ListPrinters(printers);
-    const auto choiceAt = [&](std::size_t at) -> BalanceChoice {
-        const BalancedPrinter& printer = m_options.m_printers[at];
-        if (printer.name.empty() || !allowed[at]) return {};
-        BalanceChoice choice = ChoiceOf(at, printer);
-        const bool isGood = IsThere(printers, choice) && IsReady(printers, choice.printer);
-        return isGood ? choice : BalanceChoice();
-    };
-    if (m_lastUsed > 0) {
-        BalanceChoice last = choiceAt(static_cast<std::size_t>(m_lastUsed - 1));
-        if (last.index > 0) return last;
-    }
     if (allowed.all() && m_lastUsed == 0) return {};
-    for (std::size_t at = 0; at < kBalancedPrinters; ++at) {
-        BalanceChoice choice = choiceAt(at);
-        if (choice.index > 0) return choice;
+    // From the one used last on; one that stands comes after all others.
+    BalanceChoice standing;
+    for (std::size_t step = 0; step <= kBalancedPrinters; ++step) {
+        if (step == 0 && m_lastUsed == 0) continue;
+        const std::size_t at = step == 0 ? static_cast<std::size_t>(m_lastUsed - 1) : step - 1;
+        const BalancedPrinter& printer = m_options.m_printers[at];
+        if (printer.name.empty() || !allowed[at]) continue;
+        BalanceChoice choice = ChoiceOf(at, printer);
+        if (!IsThere(printers, choice)) continue;
+        if (IsReady(printers, choice.printer)) return choice;
+        if (standing.index == 0) standing = std::move(choice);
     }
-    return {};
+    return standing;
 }
 
 // A settings file may be another printer's, and then it is that one's queue that fills. Without a printer
@@ -140,6 +137,10 @@ void PrinterBalance::NoteSent(const BalanceChoice& choice, std::int64_t jobId) {
     if (choice.index == 0) return;
     m_lastUsed = choice.index;
     if (jobId > 0) m_unseen.Add(choice.printer, jobId, m_loop.MonotonicMilliseconds());
+}
+
+void PrinterBalance::NoteFailed(const BalanceChoice& choice) {
+    if (m_options.m_roundRobin && choice.index > 0) m_lastUsed = choice.index;
 }
 
 void PrinterBalance::NoteSeen(const BalanceChoice& choice, std::int64_t jobId) {

@@ -47,6 +47,8 @@ public:
     // A document was accepted as this job (0: its id is not known). Until a listing shows the job, or has
     // had time to, it counts as one of the printer's queue.
     void NoteSent(const BalanceChoice& choice, std::int64_t jobId);
+    // A document could not be printed there: where they take turns, the next one gets the next.
+    void NoteFailed(const BalanceChoice& choice);
     // The job was seen in the queue, or is known to have left it.
     void NoteSeen(const BalanceChoice& choice, std::int64_t jobId);
 

@@ -49,6 +49,10 @@ void RunDefault::BeginRun() {
     BringBackLeft();
     // Where that failed, the user's own is still what the note says.
     m_before = m_note.setTo.empty() ? Keep() : m_note.before;
+    // What a run that is under way here has set is not the user's either.
+    Note other;
+    if (m_note.setTo.empty() && ReadNote(other) && Holds(other.setTo, m_before.printer))
+        m_before = other.before;
     m_setTo.clear();
     m_isInRun = true;
 }

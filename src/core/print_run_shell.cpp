@@ -269,6 +269,8 @@ private:
             return program.HasSucceeded() ? UnknownWay() : StoppedWay();
         if (end == JobWait::End::kSpooled) {
             program.AwaitEnd(kGraceMilliseconds);
+            // Part of it may have come out.
+            if (program.HasFailed()) return Failed(program.Describe(command.program), false);
             return Printed(0);
         }
         if (program.HasFailed() || !program.Flaw().empty())

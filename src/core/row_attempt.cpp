@@ -89,9 +89,12 @@ WayResult RowAttempt::AttemptBalanced(RunItem item) {
         if (choice.index == 0) choice = m_services.balance.ChooseWithoutRoom(allowed);
         m_listState = m_services.selection.State();
         if (m_movedDefault.empty()) m_movedDefault = m_services.selection.DefaultPrinter();
-        isUsable = UseBalancedPrinter(choice, m_services.selection, m_services.prompts, message) == 0;
+        // A row that names printers comes out nowhere else.
+        isUsable = (choice.index > 0 || item.balancedPrinters.empty()) &&
+                   UseBalancedPrinter(choice, m_services.selection, m_services.prompts, message) == 0;
     }
     if (!isUsable) {
+        m_services.balance.NoteFailed(choice);
         WayResult result;
         result.status = "Error - Can't Print - the balanced printer can't be used";
         result.remark = "Can't Print - " + message;
@@ -102,6 +105,7 @@ WayResult RowAttempt::AttemptBalanced(RunItem item) {
     item.ticket = m_services.selection.Ticket();
     if (m_row.Find()) m_services.list.SetText(m_row.Index(), kColumnBalancedPrinterUsed, item.printer);
     WayResult result = AttemptDocument(item);
+    if (result.end == WayResult::End::kFailed) m_services.balance.NoteFailed(choice);
     if (result.end != WayResult::End::kPrinted) return result;
     for (const std::int64_t job : result.earlierJobs) m_services.balance.NoteSent(choice, job);
     m_services.balance.NoteSent(choice, result.jobId);

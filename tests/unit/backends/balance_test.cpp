@@ -136,6 +136,7 @@ TEST_F(PrinterBalanceTest, APrinterThatIsNotReadyIsTakenOnlyWhereNoOtherHasRoom)
     EXPECT_EQ(ChosenName(), "B");
     Queue("B", 2);
     EXPECT_EQ(m_balance.Choose().index, 0);
+    EXPECT_EQ(m_balance.ChooseWithoutRoom(BalancedSet("0000000011")).printer, "A") << "better than elsewhere";
     // Nor is one taken of which the queue can't be read.
     m_options.m_printers[0] = {"Gone", "", 0};
     m_options.m_printers[1] = {"A", m_around.folder.PathOf("none.prs"), 0};
@@ -159,6 +160,8 @@ TEST_F(PrinterBalanceTest, InTurnGoesOnBehindThePrinterUsedLast) {
     std::vector<int> used(7);
     for (int& index : used) index = Send();
     EXPECT_THAT(used, ElementsAre(2, 5, 10, 2, 10, 10, 10));
+    m_balance.NoteFailed({2, "A", ""});
+    EXPECT_EQ(m_balance.Choose().index, 10) << "5 is full";
     EXPECT_EQ(m_balance.Choose().index, m_balance.Choose().index);  // choosing alone moves nothing on
 }
 
