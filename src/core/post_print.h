@@ -72,6 +72,8 @@ public:
     RowHandled Handle(const PrintedRow& row, PrintEnd end);
     // Of the file that failed last: "not moved: it is in use".
     const std::string& LastFailure() const { return m_lastFailure; }
+    // Whether the row says where a file that ended so is to go.
+    bool HasTarget(const PrintedRow& row, PrintEnd end) const { return !MoveToFor(row, end).empty(); }
     // What Handle does about the job file alone.
     void NoteJobFile(const PrintedRow& row, PrintEnd end);
     // Deletes the job files whose rows ask for it, when all of their rows in the list were printed in all

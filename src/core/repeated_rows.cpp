@@ -14,10 +14,15 @@ std::vector<int> RepeatedRows::RowsOf(int row) {
     std::vector<int> rows;
     if (m_paths.count(path) > 0)
         for (int other = 0; other < m_list.RowCount(); ++other)
-            if (other == row || (IsTicked(m_list, other) && m_list.Text(other, kColumnFilename) == path))
+            if (other == row || (IsPrinted(other) && m_list.Text(other, kColumnFilename) == path))
                 rows.push_back(other);
     if (rows.empty()) rows.push_back(row);
     return rows;
+}
+
+// By itself or in a merged file.
+bool RepeatedRows::IsPrinted(int row) const {
+    return IsTicked(m_list, row) || m_list.MarkOf(row).isAppended;
 }
 
 // Most lists have none, and are long.
@@ -28,7 +33,7 @@ void RepeatedRows::Update() {
     std::unordered_set<std::string_view> seen;
     for (int row = 0; row < m_list.RowCount(); ++row) {
         const std::string_view path = m_list.Text(row, kColumnFilename);
-        const bool isDocument = IsTicked(m_list, row) && KindOfItem(path) == ItemKind::kDocument;
+        const bool isDocument = IsPrinted(row) && KindOfItem(path) == ItemKind::kDocument;
         if (isDocument && !seen.insert(path).second) m_paths.emplace(path);
     }
 }

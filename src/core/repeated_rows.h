@@ -11,7 +11,7 @@ namespace quirepress {
 
 class PrintList;
 
-// Documents that stand in several ticked rows of a list, by their paths.
+// Documents that several rows of a list print, by their paths.
 class RepeatedRows {
 public:
     explicit RepeatedRows(PrintList& list) : m_list(list) {}
@@ -20,6 +20,7 @@ public:
     std::vector<int> RowsOf(int row);
 
 private:
+    bool IsPrinted(int row) const;
     void Update();
 
     PrintList& m_list;

@@ -215,23 +215,25 @@ void RowEnding::FileRow(bool mayBeCopied) {
 void RowEnding::FileTogether(const std::vector<int>& rows, bool mayBeCopied) {
     PrintList& list = m_services.list;
     PrintEnd worst = PrintEnd::kPrinted;
-    int first = -1;
+    std::vector<int> unfiled;
     bool isToStay = false;
     for (const int row : rows) {
         RunMark& mark = list.MarkOf(row);
         worst = std::max(worst, EndOf(mark));
         isToStay = isToStay || (mark.isFiled && TakesFileAway(list, row, mark));
-        if (!mark.isFiled && first < 0) first = row;
-        if (!mark.isFiled && row != first) {
-            mark.isFiled = true;
-            m_services.snapshot.NoteFiled(list, row);
-        }
+        if (!mark.isFiled) unfiled.push_back(row);
     }
-    if (first < 0) return;
-    if (isToStay)
-        list.MarkOf(first).isFiled = true;
-    else
-        FileAs(first, worst, mayBeCopied);
+    if (unfiled.empty()) return;
+    const auto asks = std::find_if(unfiled.begin(), unfiled.end(), [&](int row) {
+        return m_services.outcomes.HasTarget(ReadPrintedRow(list, row, ""), worst);
+    });
+    if (!isToStay) FileAs(asks != unfiled.end() ? *asks : unfiled.front(), worst, mayBeCopied);
+    // Not before: a run that is cut off meanwhile would take the file for one that is to stay.
+    for (const int row : unfiled) {
+        if (!m_row.Find() || row >= list.RowCount() || list.MarkOf(row).isFiled) continue;
+        list.MarkOf(row).isFiled = true;
+        m_services.snapshot.NoteFiled(list, row);
+    }
 }
 
 void RowEnding::FileAs(int row, PrintEnd end, bool mayBeCopied) {
@@ -240,7 +242,7 @@ void RowEnding::FileAs(int row, PrintEnd end, bool mayBeCopied) {
     PrintedRow printed = ReadPrintedRow(list, row, PrinterOfRun(m_services));
     printed.mayBeCopied = mayBeCopied;
     const bool isAtWork = row == m_row.Index();
-    const std::string status(list.Text(row, kColumnStatus));
+    const std::string status(list.Text(m_row.Index(), kColumnStatus));
     std::string failure;
     const RowHandled handled = m_services.outcomes.HandleFile(printed, end, failure);
     if (handled == RowHandled::kFailed) {

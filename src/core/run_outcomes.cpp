@@ -136,6 +136,10 @@ void RunOutcomes::NoteWriting(int result) {
     if (result != 0) m_hasLostRecords = true;
 }
 
+bool RunOutcomes::HasTarget(const PrintedRow& row, PrintEnd end) const {
+    return m_services.postPrint.HasTarget(row, end);
+}
+
 void RunOutcomes::NoteJobFile(const PrintedRow& row, PrintEnd end) {
     m_services.postPrint.NoteJobFile(row, end);
 }

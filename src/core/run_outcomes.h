@@ -52,6 +52,7 @@ public:
     // A failure that is no attempt's; `path` may be empty.
     void RecordError(std::string_view path, std::string_view printer, std::string_view error);
     // A row that an earlier part of this run has dealt with, for the job file that brought it.
+    bool HasTarget(const PrintedRow& row, PrintEnd end) const;
     void NoteJobFile(const PrintedRow& row, PrintEnd end);
     // Moves, copies or deletes the row's file, and tells what failed: `failure` is "not moved: it is in use".
     // After RecordRow. May pump.

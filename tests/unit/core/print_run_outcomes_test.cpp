@@ -71,12 +71,24 @@ TEST_F(PrintRunOutcomesTest, ADocumentOfSeveralRowsGoesWhenTheLastOfThemWasPrint
 
     // Where one of them fails, nothing is deleted.
     list.Clear();
-    const std::string once = AddRow("once.ps", "qprdelete", folder.PathOf("bad"));
-    list.InsertFileIntoList(once, 1, "qprdelete", {});
-    list.SetText(1, kColumnExtraOptions, "-s");
+    const std::string once = AddRow("once.ps", "");
+    ItemTexts bad;
+    bad.moveToOnError = folder.PathOf("bad");
+    list.InsertFileIntoList(once, 1, "qprdelete", bad);
+    list.SetText(0, kColumnExtraOptions, "-s");
     run.SetCopies(1);
     EXPECT_EQ(run.OnButtonPrint().failed, 1);
-    EXPECT_TRUE(IsThere(folder.PathOf("bad/once.ps")));
+    EXPECT_TRUE(IsThere(folder.PathOf("bad/once.ps"))) << "the first row that says where";
+    EXPECT_EQ(Text(1, kColumnStatus), "Done");
+
+    // So do documents in a merged file.
+    list.Clear();
+    const std::string pdf = AddRow("p.pdf", folder.PathOf("out"), "", MakeSmallPdf({"a"}));
+    list.InsertFileIntoList(pdf, 1, folder.PathOf("out"), {});
+    run.UseAppending(true);
+    EXPECT_EQ(run.OnButtonPrint().notFiled, 0);
+    run.UseAppending(false);
+    EXPECT_TRUE(IsThere(folder.PathOf("out/p.pdf")));
 
     // A run that is stopped before the last one leaves the file for another.
     list.Clear();
