@@ -79,7 +79,8 @@ bool RunWalk::TakeUpCutOffRun() {
         const RunMark& mark = list.MarkOf(row);
         const std::string path(list.Text(row, kColumnFilename));
         if (IsOfUnknownOutcome(cutOff, row)) {
-            m_services.outcomes.RecordError(path, PrinterOfRun(m_services), kStatusUnknown);
+            m_services.outcomes.RecordRow(
+                {ReadRunItem(m_services, row), UnknownWay(), RowOutcome::kFailed, cutOff.copy});
             m_services.outcomes.TellFailure(path, kStatusUnknown);
         }
         const bool wasApplied =

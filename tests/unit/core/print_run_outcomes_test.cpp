@@ -389,6 +389,7 @@ TEST_F(PrintRunOutcomesTest, ARunThatIsTakenUpFilesWhatWasPrinted) {
 }
 
 TEST_F(PrintRunOutcomesTest, WhatIsOfUnknownOutcomeInOneCopyStaysAfterTheOthers) {
+    options.m_generateReports = true;
     const std::string unknown = AddRow("a.ps", "qprdelete", folder.PathOf("bad"));
     {
         RunSnapshot cut(files, WithTrailingSeparator(folder.Path()));
@@ -400,6 +401,7 @@ TEST_F(PrintRunOutcomesTest, WhatIsOfUnknownOutcomeInOneCopyStaysAfterTheOthers)
     EXPECT_EQ(run.FinishCutOffRun(cutOff).failed, 1);
     EXPECT_THAT(Printed(), SizeIs(1));
     EXPECT_TRUE(IsThere(unknown));
+    EXPECT_THAT(ReportText(".txt"), HasSubstr("Unknown whether it was printed"));
 }
 
 // Somebody must decide about what was cut off before another run takes its place.
