@@ -43,10 +43,9 @@ void TraceLoadFailure(DebugLog& debugLog, PrsReading reading, bool found, const 
 }  // namespace
 
 PrinterSelection::PrinterSelection(PrinterSelectionServices services)
-    : m_default(std::make_shared<RunDefault>(services.spooler, services.files, services.debugLog,
-                                             services.workingFolder)),
-      m_services{*m_default,        services.files,   services.loop,         services.prompts,
-                 services.debugLog, services.options, services.workingFolder} {}
+    : m_services(std::move(services)),
+      m_default(std::make_shared<RunDefault>(m_services.spooler, m_services.files, m_services.debugLog,
+                                             m_services.workingFolder)) {}
 
 int PrinterSelection::DPSetDefaultPrinter(std::string_view name) {
     const std::string printer(name);
@@ -57,7 +56,7 @@ int PrinterSelection::DPSetDefaultPrinter(std::string_view name) {
         debugLog.Trace("SetDefaultPrinter failed position 1\r\n");
         return FailChange();
     }
-    const int status = m_services.spooler.MakeDefaultPrinter(printer);
+    const int status = m_default->MakeDefaultPrinter(printer);
     if (status != 0) {
         debugLog.Trace("NT4.0 SetDefaultPrinter failed PrinterName: %s status: %d, err=%d\r\n", printer,
                        status, 0);
@@ -96,7 +95,7 @@ int PrinterSelection::UsePrinter(std::string_view name, std::string& message) {
 }
 
 void PrinterSelection::MoveDefault(std::string_view name) {
-    if (DefaultPrinter() != name && m_services.spooler.MakeDefaultPrinter(name) != 0)
+    if (DefaultPrinter() != name && m_default->MakeDefaultPrinter(name) != 0)
         m_services.debugLog.Trace("The default printer stays: %s\r\n", name);
 }
 
@@ -280,16 +279,15 @@ void PrinterSelection::SaveForRun() {
     m_services.debugLog.Trace("Creating temporary prs file\r\n");
     m_change = PrinterChange::kNone;
     m_beforeRun = m_selected;
-    m_services.spooler.BeginRun();
+    m_default->BeginRun();
     SavePrinterSettings(PathOf(kRunSetupFile));
-    KeepSetupOf(m_services.spooler.BeforeRun().printer, kRunDefaultSetupFile);
+    KeepSetupOf(m_default->BeforeRun().printer, kRunDefaultSetupFile);
 }
 
 int PrinterSelection::RestoreAfterRun(std::string& message) {
-    RunDefault& spooler = m_services.spooler;
-    const KeptDefault& before = spooler.BeforeRun();
-    const int result = spooler.EndRun() ? SetDefaultBack(before) : 0;
-    spooler.CloseNote(result == 0);
+    const KeptDefault& before = m_default->BeforeRun();
+    const int result = m_default->EndRun() ? SetDefaultBack(before) : 0;
+    m_default->CloseNote(result == 0);
     if (result != 0)
         message = Format("The default printer can't be set back to \"%s\". The next start tries it again.",
                          ToPrintableLine(before.printer));
@@ -299,7 +297,7 @@ int PrinterSelection::RestoreAfterRun(std::string& message) {
 }
 
 int PrinterSelection::KeepDefaultAtStart() {
-    const KeptDefault kept = m_services.spooler.Keep();
+    const KeptDefault kept = m_default->Keep();
     if (kept.printer.empty()) {
         m_services.debugLog.Trace("Printer not set! - No Access to printers or no printers installed!\r\n");
         m_services.prompts.ShowBox("Print Error!",
@@ -329,7 +327,7 @@ int PrinterSelection::SetDefaultBack(const KeptDefault& kept) {
         m_services.prompts.ShowStatus("Setting default printer: " + kept.printer);
         DPSetDefaultPrinter(kept.printer);
     }
-    return m_services.spooler.RestoreChoice(kept);
+    return m_default->RestoreChoice(kept);
 }
 
 }  // namespace quirepress

@@ -112,22 +112,13 @@ public:
     void SaveForRun();
     int RestoreAfterRun(std::string& message);
     // The default printer that an ended run has left changed. May pump.
-    void BringDefaultBack() { m_services.spooler.BringBackLeft(); }
+    void BringDefaultBack() { m_default->BringBackLeft(); }
     // The same for the whole time that the program runs; back only when the options say so. -1 when there is
     // no printer, which is said in a box. May pump.
     int KeepDefaultAtStart();
     void RestoreOnQuit();
 
 private:
-    struct Parts {
-        RunDefault& spooler;
-        Files& files;
-        EventLoop& loop;
-        Prompts& prompts;
-        DebugLog& debugLog;
-        const GeneralOptions& options;
-        std::string workingFolder;
-    };
     std::string PathOf(std::string_view name) const { return m_services.workingFolder + std::string(name); }
     std::string PrinterInUse();
     int WriteSetupOf(std::string_view printer, PrintSetup& setup, std::string& message);
@@ -139,8 +130,8 @@ private:
     int FailChange();
     void AwaitChange();
 
+    PrinterSelectionServices m_services;
     std::shared_ptr<RunDefault> m_default;  // one for all copies: it is the system's
-    Parts m_services;
     std::function<bool()> m_isStopped = [] { return false; };
     Selected m_selected;
     PrinterChange m_change = PrinterChange::kNone;

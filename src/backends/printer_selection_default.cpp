@@ -60,7 +60,7 @@ void RunDefault::BeginRun() {
 bool RunDefault::EndRun() {
     m_isInRun = false;
     if (m_setTo.empty()) return false;
-    const std::string now = DefaultPrinter();
+    const std::string now = m_spooler.DefaultPrinter();
     // None: the server is gone, or the printer.
     return now.empty() || Holds(m_setTo, now);
 }
@@ -76,7 +76,7 @@ void RunDefault::BringBackLeft() {
     const std::unique_ptr<FileLock> lock = m_files.TryLock(m_lockPath, result);
     if (!lock) return;  // its run is under way
     Note note;
-    const std::string now = DefaultPrinter();
+    const std::string now = m_spooler.DefaultPrinter();
     if (!ReadNote(note)) {
         m_debugLog.Trace("The note of the default printer can't be read\r\n");
     } else if (!now.empty() && !Holds(note.setTo, now)) {
@@ -95,7 +95,7 @@ void RunDefault::BringBackLeft() {
 // Where the printers can't be read, for all that is known.
 bool RunDefault::Exists(std::string_view printer) {
     std::vector<PrinterInfo> printers;
-    if (ListPrinters(printers) != 0) return true;
+    if (m_spooler.ListPrinters(printers) != 0) return true;
     return std::any_of(printers.begin(), printers.end(),
                        [&](const PrinterInfo& info) { return info.name == printer; });
 }

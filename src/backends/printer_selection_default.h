@@ -18,9 +18,9 @@ struct KeptDefault {
     std::string choice;  // Spooler::DefaultChoice
 };
 
-// The print system as a selection of printers sees it. What a run changes of its default printer stands in
-// "DefaultPrinter.SYSTEM.note" in the working folder until it is set back, so that a later start can do it
-// for a program that was ended. Where no note can be written the run goes on without.
+// The system's default printer as a run changes it. What it was stands in "DefaultPrinter.SYSTEM.note" in the
+// working folder until it is set back, so that a later start can do it for a program that was ended. Where no
+// note can be written the run goes on without.
 class RunDefault {
 public:
     RunDefault(Spooler& spooler, Files& files, DebugLog& debugLog, std::string_view workingFolder);
@@ -28,13 +28,7 @@ public:
     RunDefault(const RunDefault&) = delete;
     RunDefault& operator=(const RunDefault&) = delete;
 
-    int ListPrinters(std::vector<PrinterInfo>& printers) { return m_spooler.ListPrinters(printers); }
-    int ListBins(std::string_view printer, std::vector<BinInfo>& bins) {
-        return m_spooler.ListBins(printer, bins);
-    }
-    PrintSetupFormat& SetupFormat() { return m_spooler.SetupFormat(); }
-    std::string DefaultPrinter() { return m_spooler.DefaultPrinter(); }
-    KeptDefault Keep() { return {DefaultPrinter(), m_spooler.DefaultChoice()}; }
+    KeptDefault Keep() { return {m_spooler.DefaultPrinter(), m_spooler.DefaultChoice()}; }
     // 0 when it is as it was kept.
     int RestoreChoice(const KeptDefault& kept);
 
