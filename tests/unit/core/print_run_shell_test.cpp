@@ -229,6 +229,17 @@ TEST_F(ShellWayTest, AProgramThatPrintsIsProvedByItsJob) {
     EXPECT_EQ(lost.status, "Error - Can't Print - its job was cancelled");
     EXPECT_FALSE(lost.canRetry) << "part of it may have come out";
 
+    // One that fails behind its job has not printed all of it.
+    FakeProcesses::Script half;
+    half.runsFor = 3;
+    half.exitCode = 3;
+    half.errors = "page 2 lost\n";
+    half.whenStarted = script.whenStarted;
+    processes.AddScript(half);
+    const WayResult halved = Process(*way, path);
+    EXPECT_EQ(halved.status, "Error - Can't Print - lp ended with code 3: page 2 lost");
+    EXPECT_FALSE(halved.canRetry);
+
     FakeProcesses::Script failure;
     failure.exitCode = 1;
     failure.errors = "no such printer\n";
