@@ -2,9 +2,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <filesystem>
 #include <map>
+#include <thread>
 
 #include "base/path.h"
 #include "fakes/both_kinds.h"
@@ -231,6 +233,26 @@ TEST_P(FilesContract, RenamesWithoutAndWithReplacing) {
     EXPECT_EQ(files().Rename(PathOf("x"), PathOf("y"), false), FileResult::kDone);
     EXPECT_EQ(folder.Read("y/file"), "3");
     EXPECT_EQ(files().FlushFolder(folder.Path()), FileResult::kDone);
+}
+
+TEST_P(FilesContract, ReplacesAFileThatOthersRead) {
+    const std::string path = folder.Write("read", "old");
+    std::atomic<bool> ends = false;
+    std::thread reader([&] {
+        FileResult result = FileResult::kDone;
+        const auto pause = std::chrono::milliseconds(2);
+        for (; !ends; std::this_thread::sleep_for(pause)) {
+            const auto file = services.files->OpenForReading(path, result);
+            std::this_thread::sleep_for(pause);
+        }
+    });
+    for (int i = 0; i < 50; ++i) {
+        const std::string fresh = folder.Write("fresh", std::to_string(i));
+        EXPECT_EQ(files().Rename(fresh, path, true), FileResult::kDone) << i;
+    }
+    ends = true;
+    reader.join();
+    EXPECT_EQ(folder.Read("read"), "49");
 }
 
 TEST_P(FilesContract, CopiesTimes) {

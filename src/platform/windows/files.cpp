@@ -172,6 +172,28 @@ SystemHandle OpenRegular(std::string_view path, DWORD access, DWORD creation, Fi
     return handle;
 }
 
+// A file that is a folder or read-only is not replaced however long one waits.
+bool MayBeReplaced(const std::wstring& target) {
+    const DWORD attributes = GetFileAttributesW(target.c_str());
+    return attributes == INVALID_FILE_ATTRIBUTES ||
+           (attributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_READONLY)) == 0;
+}
+
+// The system refuses to replace a file while anybody has it open. Readers of ours, and programs that look
+// through new files, let it go in a moment.
+FileResult Replace(const std::wstring& source, const std::wstring& target) {
+    constexpr int kMostTries = 200;
+    constexpr DWORD kPause = 5;  // milliseconds
+    for (int i = 1;; ++i) {
+        if (MoveFileExW(source.c_str(), target.c_str(), MOVEFILE_WRITE_THROUGH | MOVEFILE_REPLACE_EXISTING))
+            return FileResult::kDone;
+        const DWORD error = GetLastError();
+        const bool mayPass = error == ERROR_SHARING_VIOLATION || error == ERROR_ACCESS_DENIED;
+        if (!mayPass || i == kMostTries || !MayBeReplaced(target)) return ToFileResult(error);
+        Sleep(kPause);
+    }
+}
+
 class WindowsFiles : public Files {
 public:
     FileFacts Inspect(std::string_view path) override {
@@ -261,8 +283,8 @@ public:
         FileResult named = ToSystemPath(from, source);
         if (named == FileResult::kDone) named = ToSystemPath(to, target);
         if (named != FileResult::kDone) return named;
-        const DWORD flags = MOVEFILE_WRITE_THROUGH | (replace ? MOVEFILE_REPLACE_EXISTING : 0);
-        return ResultOf(MoveFileExW(source.c_str(), target.c_str(), flags));
+        if (replace) return Replace(source, target);
+        return ResultOf(MoveFileExW(source.c_str(), target.c_str(), MOVEFILE_WRITE_THROUGH));
     }
 
     FileResult Erase(std::string_view path) override {

@@ -1,6 +1,7 @@
 // A program that prints, for tests that end it or run several of it: spools documents into the first printer
 // of a working folder while it delivers, and ends when the queue is empty.
 #include <cstdlib>
+#include <iostream>
 #include <string>
 #include <vector>
 
@@ -42,7 +43,10 @@ int PrintMany(const std::vector<std::string>& words) {
     EmbeddedSpooler spooler(*services.files, *services.loop, *services.network, *services.clock,
                             *services.machine, folder);
     std::string message;
-    if (spooler.Open(message) != 0) return 1;
+    if (spooler.Open(message) != 0) {
+        std::cerr << message << '\n';
+        return 4;
+    }
     for (int i = 0; i < count; ++i) {
         const std::string name = words.at(1) + "-" + std::to_string(i);
         if (!SpoolOne(spooler, name, i)) return 2;

@@ -21,8 +21,11 @@ protected:
         ProcessRequest request;
         request.arguments = {JoinPath(FolderOf(self), "test_spooler") + std::string(FileExtension(self)),
                              m_folder.Path(), prefix, std::to_string(count)};
+        // Wine fails to start one now and then, on a busy machine.
+        constexpr int kMostTries = 3;
         int error = 0;
-        auto process = m_system.processes->Start(request, error);
+        std::unique_ptr<ChildProcess> process;
+        for (int i = 0; i < kMostTries && !process; ++i) process = m_system.processes->Start(request, error);
         EXPECT_NE(process, nullptr) << error;
         return process;
     }
@@ -87,6 +90,7 @@ TEST_F(SpoolerProcesses, SeveralProgramsShareAFolder) {
     programs.reserve(kPrograms);
     for (int i = 0; i < kPrograms; ++i) programs.push_back(Start("p" + std::to_string(i), kDocuments));
     for (const auto& program : programs) {
+        ASSERT_NE(program, nullptr);
         ASSERT_TRUE(WaitForProcess(*m_system.loop, *program, 60'000));
         EXPECT_EQ(program->ExitCode(), 0);
     }
