@@ -89,7 +89,7 @@ ColumnTexts ListInsertion::GivenTexts(std::string_view path) const {
 std::string ListInsertion::StatusOf(const std::string& path, const FileFacts& facts) const {
     switch (facts.kind) {
         case FileKind::kMissing:
-            return "No File.";
+            return std::string(kStatusNoFile);
         case FileKind::kRegular:
             break;
         case FileKind::kFolder:

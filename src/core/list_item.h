@@ -42,6 +42,7 @@ struct ColumnInfo {
 extern const std::array<ColumnInfo, kColumnCount> kColumns;
 
 constexpr std::string_view kSeparatorText = "-------Separator-------";
+constexpr std::string_view kStatusNoFile = "No File.";
 
 using ColumnTexts = std::array<std::string_view, kColumnCount>;
 

@@ -24,7 +24,7 @@ public:
     WayResult Process(const RunItem& item, WayFeedback& feedback) override {
         WayResult result;
         if (m_files.Inspect(item.path).kind == FileKind::kMissing) {
-            result.status = "No File.";
+            result.status = kStatusNoFile;
             return result;
         }
         ScriptRequest request;

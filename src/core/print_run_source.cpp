@@ -6,6 +6,7 @@
 #include "base/numbers.h"
 #include "base/path.h"
 #include "base/text.h"
+#include "core/page_range.h"
 #include "core/print_list.h"
 #include "settings/general_options.h"
 
@@ -16,7 +17,7 @@ namespace {
 std::string_view StatusOfFile(const FileFacts& facts) {
     switch (facts.kind) {
         case FileKind::kMissing:
-            return "No File.";
+            return kStatusNoFile;
         case FileKind::kFolder:
             return "Error - Can't Print - this is a folder";
         case FileKind::kOther:
@@ -64,6 +65,15 @@ std::vector<MissedRow> FindMissedRows(Files& files, const PrintList& list) {
         if (!obstacle.status.empty()) missed.push_back({std::move(item), std::move(obstacle)});
     }
     return missed;
+}
+
+int PagesAskedFor(const RunItem& item) {
+    constexpr int kMostPages = 999'999'999;
+    const auto counted = static_cast<int>(ParseWholeNumber(item.pages, 1, kMostPages).value_or(0));
+    const PageRange range = item.kind == ItemKind::kDocument
+                                ? FindPageRange(item.processingParameters, item.extraOptions)
+                                : PageRange();
+    return CountPagesIn(range, counted);
 }
 
 bool IsPdf(std::string_view path) {

@@ -30,6 +30,9 @@ struct MissedRow {
 };
 std::vector<MissedRow> FindMissedRows(Files& files, const PrintList& list);
 
+// How many pages of its file a row prints, as far as they were counted; 0: nobody knows.
+int PagesAskedFor(const RunItem& item);
+
 bool IsPdf(std::string_view path);
 
 // Whether the options pass over this document because it is a PDF whose count says that it has no pages.

@@ -1,22 +1,19 @@
 #include "core/repeated_rows.h"
 
-#include <string_view>
-#include <unordered_set>
-
+#include "base/path.h"
 #include "core/print_list.h"
 #include "core/row_at_work.h"
+#include "platform/files.h"
 
 namespace quirepress {
 
 std::vector<int> RepeatedRows::RowsOf(int row) {
     Update();
-    const std::string path(m_list.Text(row, kColumnFilename));
+    const auto found = m_groupOf.find(row);
+    if (found == m_groupOf.end()) return {row};
     std::vector<int> rows;
-    if (m_paths.count(path) > 0)
-        for (int other = 0; other < m_list.RowCount(); ++other)
-            if (other == row || (IsPrinted(other) && m_list.Text(other, kColumnFilename) == path))
-                rows.push_back(other);
-    if (rows.empty()) rows.push_back(row);
+    for (const int other : m_groups[found->second])
+        if (other == row || IsPrinted(other)) rows.push_back(other);
     return rows;
 }
 
@@ -25,16 +22,39 @@ bool RepeatedRows::IsPrinted(int row) const {
     return IsTicked(m_list, row) || m_list.MarkOf(row).isAppended;
 }
 
-// Most lists have none, and are long.
+// By its folder: the file may have gone its way already.
+std::string RepeatedRows::PlaceOf(std::string_view path) {
+    const std::string_view folder = FolderOf(path);
+    auto found = m_folders.find(folder);
+    if (found == m_folders.end()) {
+        std::string resolved = m_files.ResolvePath(folder.empty() ? "." : folder);
+        if (resolved.empty()) resolved = folder;
+        found = m_folders.emplace(folder, std::move(resolved)).first;
+    }
+    return JoinPath(found->second, FileTitle(path));
+}
+
+// Most lists have none, and are long: the system is asked only about files of the same name.
 void RepeatedRows::Update() {
     if (m_version == m_list.Version()) return;
     m_version = m_list.Version();
-    m_paths.clear();
-    std::unordered_set<std::string_view> seen;
+    m_groups.clear();
+    m_groupOf.clear();
+    const auto isDocument = [this](std::string_view path) { return KindOfItem(path) == ItemKind::kDocument; };
+    std::unordered_map<std::string_view, int> titles;
     for (int row = 0; row < m_list.RowCount(); ++row) {
         const std::string_view path = m_list.Text(row, kColumnFilename);
-        const bool isDocument = IsPrinted(row) && KindOfItem(path) == ItemKind::kDocument;
-        if (isDocument && !seen.insert(path).second) m_paths.emplace(path);
+        if (isDocument(path)) ++titles[FileTitle(path)];
+    }
+    std::map<std::string, std::vector<int>> places;
+    for (int row = 0; row < m_list.RowCount(); ++row) {
+        const std::string_view path = m_list.Text(row, kColumnFilename);
+        if (isDocument(path) && titles[FileTitle(path)] > 1) places[PlaceOf(path)].push_back(row);
+    }
+    for (auto& [place, rows] : places) {
+        if (rows.size() < 2) continue;
+        for (const int row : rows) m_groupOf[row] = m_groups.size();
+        m_groups.push_back(std::move(rows));
     }
 }
 

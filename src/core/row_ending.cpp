@@ -20,29 +20,11 @@ namespace quirepress {
 
 namespace {
 
-constexpr int kMostPages = 999'999'999;
-
 // How many came out, or would have; 0 when nobody can tell.
 int PagesOf(const RunItem& item, const WayResult& result, int seenInQueue) {
     if (result.pages > 0) return result.pages;
-    const auto counted = static_cast<int>(ParseWholeNumber(item.pages, 1, kMostPages).value_or(0));
-    const PageRange range = item.kind == ItemKind::kDocument
-                                ? FindPageRange(item.processingParameters, item.extraOptions)
-                                : PageRange();
-    const int pages = CountPagesIn(range, counted);
+    const int pages = PagesAskedFor(item);
     return pages > 0 ? pages : seenInQueue;
-}
-
-PrintEnd EndOf(const RunMark& mark) {
-    if (mark.outcome == RowOutcome::kFailed) return PrintEnd::kFailed;
-    return mark.isDoubtful ? PrintEnd::kDoubtful : PrintEnd::kPrinted;
-}
-
-// Its end may take the file from where it is. One that is only copied may be so at any time.
-bool TakesFileAway(const PrintList& list, int row, const RunMark& mark) {
-    if (mark.outcome != RowOutcome::kDone) return true;
-    const MoveAction action = ParseMoveTo(list.Text(row, kColumnMoveTo)).action;
-    return action == MoveAction::kMove || action == MoveAction::kErase || action == MoveAction::kEraseWithJob;
 }
 
 // What was stopped, has an unknown outcome, or was passed over in one of its copies stays where it is.
@@ -59,7 +41,7 @@ RowOutcome OutcomeOf(const WayResult& result) {
 }
 
 RowEnding::RowEnding(const PrintRunServices& services, RowAtWork& row, RowEndingRequest request)
-    : m_services(services), m_row(row), m_request(std::move(request)), m_repeated(services.list) {}
+    : m_services(services), m_row(row), m_request(std::move(request)), m_filing(services, row, m_summary) {}
 
 void RowEnding::CountRowsOfList() {
     for (int row = 0; row < m_services.list.RowCount(); ++row)
@@ -140,7 +122,7 @@ bool RowEnding::EndRow(const RunItem& item, RowOutcome outcome, const WayResult&
     // A viewer would hold the file.
     if (IsPdf(item.path) && outcome != RowOutcome::kNotSelected)
         m_services.viewers.CloseAcrobat(ViewerWindows::Occasion::kFileFinished);
-    FileRow();
+    m_filing.FileRow();
     CheckForHang(item);
     if (m_row.Find()) m_request.observer.OnRowFinished(m_row.Progress(), outcome);
     return isNew;
@@ -193,67 +175,6 @@ void RowEnding::MarkRow(RowOutcome outcome, const WayResult& result, std::string
         m_services.prompts.ShowBox("Print Error!", kSnapshotFailed);
 }
 
-// Once, after the row's last copy. A file that further rows are to print goes when the last of them has had
-// its turn.
-void RowEnding::FileRow(bool mayBeCopied) {
-    PrintList& list = m_services.list;
-    if (!m_row.Find() || m_row.Copy() < m_row.Copies()) return;
-    const int row = m_row.Index();
-    const std::vector<int> rows = m_repeated.RowsOf(row);
-    if (rows.size() == 1 || !TakesFileAway(list, row, list.MarkOf(row))) {
-        if (!list.MarkOf(row).isFiled) FileAs(row, EndOf(list.MarkOf(row)), mayBeCopied);
-    } else {
-        m_services.outcomes.NoteJobFile(ReadPrintedRow(list, row, ""), EndOf(list.MarkOf(row)));
-    }
-    const bool isLast = std::all_of(rows.begin(), rows.end(), [&](int other) {
-        return other < list.RowCount() && list.MarkOf(other).pass >= m_row.Copies();
-    });
-    if (rows.size() > 1 && isLast) FileTogether(rows, mayBeCopied);
-}
-
-// The worst of their outcomes counts; one that is not known, and a stop, leave the file where it is.
-void RowEnding::FileTogether(const std::vector<int>& rows, bool mayBeCopied) {
-    PrintList& list = m_services.list;
-    PrintEnd worst = PrintEnd::kPrinted;
-    std::vector<int> unfiled;
-    bool isToStay = false;
-    for (const int row : rows) {
-        RunMark& mark = list.MarkOf(row);
-        worst = std::max(worst, EndOf(mark));
-        isToStay = isToStay || (mark.isFiled && TakesFileAway(list, row, mark));
-        if (!mark.isFiled) unfiled.push_back(row);
-    }
-    if (unfiled.empty()) return;
-    const auto asks = std::find_if(unfiled.begin(), unfiled.end(), [&](int row) {
-        return m_services.outcomes.HasTarget(ReadPrintedRow(list, row, ""), worst);
-    });
-    if (!isToStay) FileAs(asks != unfiled.end() ? *asks : unfiled.front(), worst, mayBeCopied);
-    // Not before: a run that is cut off meanwhile would take the file for one that is to stay.
-    for (const int row : unfiled) {
-        if (!m_row.Find() || row >= list.RowCount() || list.MarkOf(row).isFiled) continue;
-        list.MarkOf(row).isFiled = true;
-        m_services.snapshot.NoteFiled(list, row);
-    }
-}
-
-void RowEnding::FileAs(int row, PrintEnd end, bool mayBeCopied) {
-    PrintList& list = m_services.list;
-    list.MarkOf(row).isFiled = true;
-    PrintedRow printed = ReadPrintedRow(list, row, PrinterOfRun(m_services));
-    printed.mayBeCopied = mayBeCopied;
-    const bool isAtWork = row == m_row.Index();
-    const std::string status(list.Text(m_row.Index(), kColumnStatus));
-    std::string failure;
-    const RowHandled handled = m_services.outcomes.HandleFile(printed, end, failure);
-    if (handled == RowHandled::kFailed) {
-        m_summary.NoteNotFiled(printed.path, failure);
-        m_row.ShowRowStatus(status + ", " + failure);
-    }
-    if (handled == RowHandled::kErased && end == PrintEnd::kPrinted) m_row.ShowRowStatus("Deleted");
-    if (isAtWork && m_row.Find()) m_services.snapshot.NoteFiled(list, m_row.Index());
-    if (!isAtWork && m_row.Find()) m_services.snapshot.NoteFiled(list, row);
-}
-
 void RowEnding::FinishCutOffRows() {
     PrintList& list = m_services.list;
     const auto isEnded = [&](int row) {
@@ -272,16 +193,7 @@ void RowEnding::FinishCutOffRows() {
     for (int row = 0; row < list.RowCount() && !m_row.IsStopped(); ++row) {
         if (!isEnded(row)) continue;
         list.SetCurrentRow(row);
-        RunMark& mark = list.MarkOf(row);
-        // One that is gone was filed, just not noted as such.
-        if (!mark.isFiled &&
-            m_services.files.Inspect(list.Text(row, kColumnFilename)).kind == FileKind::kMissing) {
-            mark.isFiled = true;
-            m_services.snapshot.NoteFiled(list, row);
-        }
-        // Its job file may be to be deleted at the end of the run.
-        if (mark.isFiled) m_services.outcomes.NoteJobFile(ReadPrintedRow(list, row, ""), EndOf(mark));
-        FileRow(true);
+        if (m_row.Find()) m_filing.FileCutOffRow();
         if (m_row.Find()) row = m_row.Index();
     }
     list.SetCurrentRow(-1);

@@ -4,9 +4,8 @@
 #include <string_view>
 #include <vector>
 
-#include "core/post_print.h"
-#include "core/repeated_rows.h"
 #include "core/row_at_work.h"
+#include "core/row_filing.h"
 
 namespace quirepress {
 
@@ -45,9 +44,6 @@ private:
                 std::string_view statusBefore);
     void EndAppendedRows(const WayResult& result);
     void MarkRow(RowOutcome outcome, const WayResult& result, std::string_view statusBefore);
-    void FileRow(bool mayBeCopied = false);
-    void FileTogether(const std::vector<int>& rows, bool mayBeCopied);
-    void FileAs(int row, PrintEnd end, bool mayBeCopied);
     void CheckForHang(const RunItem& item);
     void CountRows(RowOutcome outcome, int rows);
 
@@ -55,7 +51,7 @@ private:
     RowAtWork& m_row;
     RowEndingRequest m_request;
     RunSummary m_summary;
-    RepeatedRows m_repeated;
+    RowFiling m_filing;
 };
 
 // What became of a row that a way has dealt with.
