@@ -52,6 +52,13 @@ void PrintList::Clear() {
     m_currentRow = -1;
 }
 
+std::deque<ListItem> PrintList::ExchangeRows(std::deque<ListItem> rows) {
+    std::deque<ListItem> before = std::move(m_rows);
+    Clear();
+    m_rows = std::move(rows);
+    return before;
+}
+
 void PrintList::AppendRow(const ColumnTexts& texts, const RunMark& mark, std::string_view jobFile) {
     std::shared_ptr<const std::string> job;
     if (!jobFile.empty()) job = std::make_shared<const std::string>(jobFile);
@@ -136,14 +143,14 @@ void PrintList::RefreshRow(int row) {
     }
     const bool isProtected = m_protectUntickedRows && item.Text(kColumnSelected) == "No";
     if (!isProtected) item.SetText(kColumnStatus, "Ready");
-    if (!exists && path != kSeparatorText) item.SetText(kColumnStatus, "No File.");
+    if (!exists && path != kSeparatorText) item.SetText(kColumnStatus, kStatusNoFile);
     item.SetText(kColumnPages, pages);
 }
 
 RowColour PrintList::ColourListRow(int row) const {
     const std::string_view path = Text(row, kColumnFilename);
     const std::string_view status = Text(row, kColumnStatus);
-    const bool isMissing = status == "No File." && path != kSeparatorText;
+    const bool isMissing = status == kStatusNoFile && path != kSeparatorText;
     if (status == "Empty File" || isMissing || StartsWith(status, "Error")) return RowColour::kError;
     if (IsCommandItem(path)) return RowColour::kCommand;
     return status == "Separator" ? RowColour::kSeparator : RowColour::kNormal;

@@ -75,6 +75,8 @@ public:
     void Clear();
     // A row as it was in an earlier list, below the others.
     void AppendRow(const ColumnTexts& texts, const RunMark& mark, std::string_view jobFile);
+    // For another list to stand here for a while; answers the rows that were there.
+    std::deque<ListItem> ExchangeRows(std::deque<ListItem> rows);
     // Another number whenever rows have come, gone or changed places.
     std::uint64_t Version() const { return m_version; }
 

@@ -1,6 +1,8 @@
 #include "core/print_run.h"
 
 #include <algorithm>
+#include <deque>
+#include <iterator>
 #include <limits>
 #include <utility>
 
@@ -9,6 +11,7 @@
 #include "backends/viewer_windows.h"
 #include "base/format.h"
 #include "base/numbers.h"
+#include "core/file_target.h"
 #include "core/print_list.h"
 #include "core/print_run_source.h"
 #include "core/print_run_walk.h"
@@ -59,7 +62,11 @@ RunSummary PrintRun::RunAlone(const CutOffRun* cutOff) {
     m_isRunning = true;
     m_stop = false;
     if (cutOff != nullptr) PutRowsBack(m_services.list, *cutOff);
+    m_filedBefore = {};
     RunSummary summary = RunList(cutOff);
+    summary.notFiled += m_filedBefore.notFiled;
+    std::move(m_filedBefore.filesNotFiled.begin(), m_filedBefore.filesNotFiled.end(),
+              std::back_inserter(summary.filesNotFiled));
     summary.hasLostRecords = m_services.outcomes.TakeLostRecords();
     m_isRunning = false;
     return summary;
@@ -147,6 +154,7 @@ RunSummary PrintRun::TellMissedRows() {
         if (outcome == RowOutcome::kFailed) outcomes.TellFailure(row.item.path, row.obstacle.status);
     }
     outcomes.EndRun(m_services.list, 1, false);
+    if (m_stop) summary.end = RunSummary::End::kStopped;
     return summary;
 }
 
@@ -223,15 +231,50 @@ bool PrintRun::MayForgetCutOffRun() {
     const auto waits = [&left](const CutOffRun::Row& row) {
         return row.texts[kColumnSelected] == "Yes" && row.mark.pass < left.copies;
     };
-    const bool isOver = std::none_of(left.rows.begin(), left.rows.end(), waits);
-    if (isOver ||
-        m_services.prompts.AskYesNo("Print Error!",
-                                    "A run was cut off, and part of it is not printed. Forget it?", false)) {
-        snapshot.Remove();
-        return true;
+    if (std::none_of(left.rows.begin(), left.rows.end(), waits)) {
+        EndCutOffRun(left);
+    } else if (!m_services.prompts.AskYesNo(
+                   "Print Error!", "A run was cut off, and part of it is not printed. Forget it?", false)) {
+        snapshot.Leave();
+        m_services.prompts.ShowBox("Print Error!", kCutOffRunWaits);
+        return false;
     }
-    snapshot.Leave();
-    m_services.prompts.ShowBox("Print Error!", kCutOffRunWaits);
+    snapshot.Remove();
+    return true;
+}
+
+// All of it was printed: what its end has left undone is done before the next run. Nothing of it comes out
+// again, and its rows leave the list as they were.
+void PrintRun::EndCutOffRun(const CutOffRun& cutOff) {
+    PrintList& list = m_services.list;
+    std::deque<ListItem> rows = list.ExchangeRows({});
+    PutRowsBack(list, cutOff);
+    if (HasUnfiledRows()) {
+        m_appended = TakeUpMergedFile(m_services.append, cutOff.mergedFile);
+        m_services.processing.Clear();
+        m_services.outcomes.BeginRun(cutOff.printer, cutOff.copies, [this] { return m_stop; });
+        RunObserver nobody;
+        RunWalk walk(m_services, {m_ways, nobody, m_hangWatch, m_stop, cutOff.printer, m_appended.path,
+                                  cutOff.copies, cutOff.isBalanced, &cutOff});
+        walk.EndCutOffRows();
+        m_services.outcomes.EndRun(list, cutOff.copies, false);
+        ReleaseMergedFile(m_services.append.files, m_appended);
+        m_filedBefore = walk.Summary();
+    }
+    list.ExchangeRows(std::move(rows));
+}
+
+bool PrintRun::HasUnfiledRows() {
+    PrintList& list = m_services.list;
+    for (int row = 0; row < list.RowCount(); ++row) {
+        const RunMark& mark = list.MarkOf(row);
+        const bool hasEnded = mark.outcome != RowOutcome::kNotSelected || mark.isAppended;
+        const MoveAction action = ParseMoveTo(list.Text(row, kColumnMoveTo)).action;
+        const bool erasesJob = action == MoveAction::kEraseWithJob || action == MoveAction::kEraseJob;
+        const bool hasJob =
+            erasesJob && m_services.files.Inspect(list.JobFileOf(row)).kind == FileKind::kRegular;
+        if (hasEnded && (!mark.isFiled || hasJob)) return true;
+    }
     return false;
 }
 
@@ -267,9 +310,9 @@ bool PrintRun::CreateSnapshot(const CutOffRun* cutOff) {
     head.copies = m_passes;
     head.isBalanced = IsBalanced(cutOff);
     head.mergedFile = m_appended.path;
-    if (m_services.snapshot.Create(m_services.list, head, cutOff != nullptr ? cutOff->copy : 1)) return true;
-    m_services.prompts.ShowBox("Print Error!", kSnapshotFailed);
-    m_obstacle = kSnapshotFailed;
+    m_obstacle = m_services.snapshot.Create(m_services.list, head, cutOff != nullptr ? cutOff->copy : 1);
+    if (m_obstacle.empty()) return true;
+    m_services.prompts.ShowBox("Print Error!", m_obstacle);
     return cutOff == nullptr;
 }
 

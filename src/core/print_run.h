@@ -139,6 +139,8 @@ private:
     AppendOutcome AppendRows();
     void TellFailedAppends(RunSummary& summary);
     bool MayForgetCutOffRun();
+    void EndCutOffRun(const CutOffRun& cutOff);
+    bool HasUnfiledRows();
     RunSummary GiveWayToCutOffRun();
     bool IsBalanced(const CutOffRun* cutOff) const;
     void RestoreDefaultPrinter(RunSummary& summary);
@@ -163,6 +165,7 @@ private:
     bool m_isBalanced = false;
     bool m_isAppending = false;
     AppendOutcome m_appended;  // of the run at work
+    RunSummary m_filedBefore;  // of the files of a run that was cut off
     std::string m_obstacle;    // why it could not start
     bool m_stop = false;
     bool m_isRunning = false;

@@ -9,6 +9,7 @@
 #include "core/print_list.h"
 #include "core/print_run_source.h"
 #include "core/processing_defaults.h"
+#include "core/reported_rows.h"
 #include "core/run_outcomes.h"
 #include "core/run_separators.h"
 #include "core/run_snapshot.h"
@@ -70,6 +71,13 @@ RunSummary RunWalk::WalkList() {
     return summary;
 }
 
+void RunWalk::EndCutOffRows() {
+    m_row.BeginRun(m_services.list.RowCount(), m_request.passes);
+    m_row.BeginCopy(m_request.passes);
+    for (int row = 0; row < m_services.list.RowCount(); ++row) ReportEarlierRow(row);
+    m_ending.FinishCutOffRows();
+}
+
 // The printer, its tray and its paper are those that the rows above have set; false when they can't be set
 // again: the rows below would come out somewhere else.
 bool RunWalk::TakeUpCutOffRun() {
@@ -83,17 +91,43 @@ bool RunWalk::TakeUpCutOffRun() {
                 {ReadRunItem(m_services, row), UnknownWay(), RowOutcome::kFailed, cutOff.copy});
             m_services.outcomes.TellFailure(path, kStatusUnknown);
         }
+        ReportEarlierRow(row);
         const bool wasApplied =
             IsTicked(list, row) && mark.pass == cutOff.copy && mark.outcome == RowOutcome::kDone;
         const bool hadFailed =
             IsTicked(list, row) && mark.pass == cutOff.copy && mark.outcome == RowOutcome::kFailed;
         if (wasApplied) m_services.separators.NotePrinted(row);
-        // One that had failed may have left the printer to another one.
-        if (hadFailed && ChoosesPrinter(path)) m_services.selection.ApplyItem(path);
+        if (hadFailed) FailAgain(path);
         if (wasApplied && KindOfItem(path) == ItemKind::kCommand && !ApplyAgain(row, path)) return false;
     }
     m_ending.FinishCutOffRows();
     return true;
+}
+
+// With the settings of the rows above it.
+void RunWalk::ReportEarlierRow(int row) {
+    PrintList& list = m_services.list;
+    const RunItem item = ReadRunItem(m_services, row);
+    const auto isMerged = [&](int other) {
+        return !m_request.mergedFile.empty() && list.Text(other, kColumnFilename) == m_request.mergedFile;
+    };
+    // Documents that are in the merged file share its lot.
+    const bool isInMerged =
+        list.MarkOf(row).isAppended && list.MarkOf(row).outcome == RowOutcome::kNotSelected;
+    int ended = row;
+    for (int other = 0; isInMerged && other < list.RowCount(); ++other)
+        if (isMerged(other)) ended = other;
+    m_services.outcomes.ReportEarlierRow({item, list.MarkOf(ended), list.Text(ended, kColumnStatus),
+                                          isMerged(row), IsTicked(list, row) || isInMerged,
+                                          IsOfUnknownOutcome(*m_request.cutOff, row)});
+}
+
+// What had failed has left its traces: the printer to another one, or the rows below without a page choice
+// that can be understood.
+void RunWalk::FailAgain(const std::string& path) {
+    std::string message;
+    if (ChoosesPrinter(path)) m_services.selection.ApplyItem(path);
+    if (ProcessingDefaults::TakesItem(path)) m_services.processing.ApplyItem(path, message);
 }
 
 bool RunWalk::ApplyAgain(int row, const std::string& path) {
@@ -173,9 +207,11 @@ void RunWalk::ProcessRow() {
         return;
     }
     // A row whose file could not be opened was left unticked when it came in; it must not be missed silently.
-    // What could not be merged was told then.
-    const bool isMissed =
-        !obstacle.status.empty() && m_row.Copy() == 1 && !m_services.list.MarkOf(m_row.Index()).isAppended;
+    // What could not be merged was told then; what was there when the run began was taken away by a row
+    // above.
+    const bool isGone = obstacle.status == kStatusNoFile && m_statusBefore != kStatusNoFile;
+    const bool isMissed = !obstacle.status.empty() && !isGone && m_row.Copy() == 1 &&
+                          !m_services.list.MarkOf(m_row.Index()).isAppended;
     m_ending.Finish(item, isMissed ? OutcomeOf(obstacle) : RowOutcome::kNotSelected, obstacle,
                     m_statusBefore);
 }

@@ -31,10 +31,14 @@ public:
 
     // The summary's counts, end and time; the printer was checked. May pump.
     RunSummary WalkList();
+    // Of a run that had printed all of its rows: its files. May pump.
+    void EndCutOffRows();
     RunSummary& Summary() { return m_ending.Summary(); }
 
 private:
     bool TakeUpCutOffRun();
+    void ReportEarlierRow(int row);
+    void FailAgain(const std::string& path);
     bool ApplyAgain(int row, const std::string& path);
     void ResetSetUp();
     long long CountPlannedPrints() const;

@@ -9,6 +9,7 @@
 #include "core/print_list.h"
 #include "core/print_run_shell.h"
 #include "core/print_run_source.h"
+#include "core/reported_rows.h"
 #include "core/run_notices.h"
 #include "logs/error_log.h"
 #include "logs/print_log.h"
@@ -22,19 +23,13 @@ namespace quirepress {
 
 namespace {
 
-ReportedRow::What WhatIs(ItemKind kind) {
-    if (kind == ItemKind::kSeparator) return ReportedRow::What::kSeparator;
-    return kind == ItemKind::kCommand ? ReportedRow::What::kCommand : ReportedRow::What::kDocument;
-}
-
 ReportedRow::What WhatIs(const RowEnd& row) {
     return row.isMerged ? ReportedRow::What::kMerged : WhatIs(row.item.kind);
 }
 
 ReportedRow::End EndOf(const RowEnd& row) {
     if (row.result.end == WayResult::End::kStopped) return ReportedRow::End::kStopped;
-    if (row.outcome == RowOutcome::kDone) return ReportedRow::End::kPrinted;
-    return row.outcome == RowOutcome::kSkipped ? ReportedRow::End::kSkipped : ReportedRow::End::kFailed;
+    return EndOf(row.outcome);
 }
 
 std::string PrintersOf(const RowEnd& row) {
@@ -96,31 +91,8 @@ void RunOutcomes::ReportRow(const RowEnd& row) {
     m_report.rows.push_back(std::move(reported));
 }
 
-// What was to be printed when the run ended. Merged documents wait for the file that they are in.
-void RunOutcomes::ReportRowsNotPrinted(PrintList& list, int passes, std::string_view reason) {
-    if (!m_services.options.m_generateReports) return;
-    int mergedPass = 0;
-    for (int row = 0; row < list.RowCount(); ++row)
-        if (IsMergedFile(list.Text(row, kColumnFilename))) mergedPass = list.MarkOf(row).pass;
-    for (int row = 0; row < list.RowCount(); ++row) {
-        const RunMark& mark = list.MarkOf(row);
-        const std::string_view path = list.Text(row, kColumnFilename);
-        const bool isInMerged = mark.isAppended && mark.outcome != RowOutcome::kFailed;
-        const bool isWanted = isInMerged || list.Text(row, kColumnSelected) == "Yes";
-        const int pass = isInMerged ? mergedPass : mark.pass;
-        if (!isWanted || IsMergedFile(path) || pass >= passes) continue;
-        ReportedRow reported;
-        reported.what = WhatIs(KindInRun(path));
-        reported.end = ReportedRow::End::kNotPrinted;
-        reported.copy = pass + 1;
-        reported.copies = passes - pass;
-        reported.path = path;
-        reported.sizeKb = list.Text(row, kColumnSizeKb);
-        reported.status = reason;
-        if (passes > 1 && pass + 1 == passes) reported.status += Format(" (copy %d)", passes);
-        if (pass + 1 < passes) reported.status += Format(" (copies %d to %d)", pass + 1, passes);
-        m_report.rows.push_back(std::move(reported));
-    }
+void RunOutcomes::ReportEarlierRow(const EarlierRow& row) {
+    if (m_services.options.m_generateReports) AddEarlierRow(row, m_report.rows);
 }
 
 void RunOutcomes::RecordError(std::string_view path, std::string_view printer, std::string_view error) {
@@ -170,7 +142,8 @@ void RunOutcomes::TellFailure(std::string_view path, std::string_view status) {
 }
 
 void RunOutcomes::EndRun(PrintList& list, int passes, bool wasStopped) {
-    if (wasStopped) ReportRowsNotPrinted(list, passes, "The run was stopped before its turn");
+    if (wasStopped && m_services.options.m_generateReports)
+        AddRowsNotPrinted(list, passes, "The run was stopped before its turn", m_report.rows);
     WriteReports(wasStopped);
     if (!m_services.postPrint.AtRunEnd(list, passes)) m_hasLostRecords = true;
     TellFailedErrorLog();
@@ -180,7 +153,7 @@ void RunOutcomes::EndRun(PrintList& list, int passes, bool wasStopped) {
 
 void RunOutcomes::EndRefusedRun(PrintList& list, int passes, std::string_view reason) {
     RecordError("", m_report.printer, reason);
-    ReportRowsNotPrinted(list, passes, reason);
+    if (m_services.options.m_generateReports) AddRowsNotPrinted(list, passes, reason, m_report.rows);
     WriteReports(false);
     TellFailedErrorLog();
     TellFailure("", reason);

@@ -13,6 +13,7 @@ namespace quirepress {
 
 class Machine;
 class PrintLog;
+struct EarlierRow;
 
 struct RunOutcomeServices {
     Files& files;
@@ -49,10 +50,12 @@ public:
     void BeginRow();
     // Into the logs, on the disk when it returns, and into the report.
     void RecordRow(const RowEnd& row);
+    // A row that an earlier part of this run has dealt with, into the report.
+    void ReportEarlierRow(const EarlierRow& row);
     // A failure that is no attempt's; `path` may be empty.
     void RecordError(std::string_view path, std::string_view printer, std::string_view error);
-    // A row that an earlier part of this run has dealt with, for the job file that brought it.
     bool HasTarget(const PrintedRow& row, PrintEnd end) const;
+    // A row that an earlier part of this run has dealt with, for the job file that brought it.
     void NoteJobFile(const PrintedRow& row, PrintEnd end);
     // Moves, copies or deletes the row's file, and tells what failed: `failure` is "not moved: it is in use".
     // After RecordRow. May pump.
@@ -69,7 +72,6 @@ public:
 private:
     void ReportRow(const RowEnd& row);
     void ReportFilingFailure(const std::string& path, const std::string& failure);
-    void ReportRowsNotPrinted(PrintList& list, int passes, std::string_view reason);
     void WriteReports(bool wasStopped);
     void TellFailedErrorLog();
     void NoteWriting(int result);

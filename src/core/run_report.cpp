@@ -54,8 +54,12 @@ std::string PagesOf(const ReportedRow& row) {
     return row.pages > 0 ? std::to_string(row.pages) : std::string();
 }
 
-bool HadItsTurn(const ReportedRow& row) {
-    return row.end != ReportedRow::End::kNotPrinted;
+bool HasTimes(const ReportedRow& row) {
+    return row.end != ReportedRow::End::kNotPrinted && !row.isEarlier;
+}
+
+bool IsEarlier(const ReportedRow& row) {
+    return row.isEarlier;
 }
 
 class TextReport {
@@ -96,6 +100,10 @@ private:
         AddLine(Format("Finished   %s (%s)%s", FormatDateTime(m_report.endedAt), Duration(m_report.seconds),
                        m_report.wasStopped ? ", stopped before its end" : ""));
         AddLine(Format("Copies     %d", m_report.copies));
+        const auto count = std::count_if(m_report.rows.begin(), m_report.rows.end(), IsEarlier);
+        if (count > 0)
+            AddLine(Format("Taken up   lines without a time (%d) ended before the run was cut off",
+                           static_cast<int>(count)));
     }
 
     void AddTotals() {
@@ -104,23 +112,31 @@ private:
         for (const End end : {End::kPrinted, End::kFailed, End::kSkipped, End::kStopped, End::kNotPrinted})
             AddTotal(end);
         AddLine(Format("%-11s%12d", "Total", m_documents));
-        AddOtherFailures();
+        AddOthers(End::kFailed, "failed");
+        AddOthers(End::kStopped, "stopped");
         if (m_report.seconds >= 1)
             AddLine(Format("%-11s%12.1f", "Per minute",
-                           60.0 * static_cast<double>(m_printed) / m_report.seconds));
+                           60.0 * static_cast<double>(CountPrintedNow()) / m_report.seconds));
     }
 
     // The night of a failed script has no failed document.
-    void AddOtherFailures() {
-        const auto isOther = [](const ReportedRow& row) {
+    void AddOthers(End end, std::string_view word) {
+        const auto isOther = [end](const ReportedRow& row) {
             const bool isItem =
                 row.what == ReportedRow::What::kCommand || row.what == ReportedRow::What::kSeparator;
-            return isItem && row.end == End::kFailed;
+            return isItem && row.end == end;
         };
         const auto count = std::count_if(m_report.rows.begin(), m_report.rows.end(), isOther);
         if (count == 0) return;
-        AddLine(Format("%d other %s (settings, scripts, separators) failed", static_cast<int>(count),
-                       count == 1 ? "item" : "items"));
+        AddLine(Format("%d other %s (settings, scripts, separators) %s", static_cast<int>(count),
+                       count == 1 ? "item" : "items", word));
+    }
+
+    long long CountPrintedNow() const {
+        const auto isPrintedNow = [](const ReportedRow& row) {
+            return row.what == ReportedRow::What::kDocument && row.end == End::kPrinted && !row.isEarlier;
+        };
+        return std::count_if(m_report.rows.begin(), m_report.rows.end(), isPrintedNow);
     }
 
     void AddTotal(End end) {
@@ -132,7 +148,6 @@ private:
             pages += row.pages;
         }
         m_documents += count;
-        if (end == End::kPrinted) m_printed = count;
         const bool isUsual = end != End::kStopped && end != End::kNotPrinted;
         if (isUsual || count > 0)
             AddLine(Format("%-11s%12d%12s", WordFor(end), count,
@@ -158,9 +173,9 @@ private:
         int number = 0;
         for (const ReportedRow& row : m_report.rows) {
             const LocalTime& start = row.startedAt;
-            const std::string times = HadItsTurn(row) ? Format("%.2d:%.2d:%.2d  %8.1f", start.hour,
-                                                               start.minute, start.second, row.seconds)
-                                                      : std::string();
+            const std::string times = HasTimes(row) ? Format("%.2d:%.2d:%.2d  %8.1f", start.hour,
+                                                             start.minute, start.second, row.seconds)
+                                                    : std::string();
             AddLine(Format("%5d  %-18s  %4d  %7s  %-24s  %-11s  %s", ++number, times, row.copy, PagesOf(row),
                            ToPrintableLine(row.printer), ResultOf(row), NameOf(row)));
         }
@@ -169,7 +184,6 @@ private:
     const RunReport& m_report;
     std::string m_text;
     long long m_documents = 0;
-    long long m_printed = 0;
 };
 
 std::string CsvLine(const std::vector<std::string>& cells) {
@@ -189,9 +203,9 @@ std::string RenderCsvReport(const RunReport& report) {
                                 "Printer", "Result", "Status", "Remark"});
     int number = 0;
     for (const ReportedRow& row : report.rows) {
-        const bool hadTurn = HadItsTurn(row);
-        text += CsvLine({std::to_string(++number), hadTurn ? FormatDateTime(row.startedAt) : "",
-                         hadTurn ? Format("%.3f", row.seconds) : "", std::to_string(row.copy),
+        const bool hasTimes = HasTimes(row);
+        text += CsvLine({std::to_string(++number), hasTimes ? FormatDateTime(row.startedAt) : "",
+                         hasTimes ? Format("%.3f", row.seconds) : "", std::to_string(row.copy),
                          HideCredentials(row.path), row.sizeKb, PagesOf(row), row.printer, ResultOf(row),
                          row.status, HideCredentials(row.remark)});
     }

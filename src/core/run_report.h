@@ -16,6 +16,7 @@ struct ReportedRow {
     enum class What { kDocument, kCommand, kSeparator, kMerged } what = What::kDocument;
     // kStopped: at this row; kNotPrinted: before it.
     enum class End { kPrinted, kFailed, kSkipped, kStopped, kNotPrinted } end = End::kPrinted;
+    bool isEarlier = false;  // ended before the run was cut off and taken up; nobody knows when and where
     LocalTime startedAt;
     double seconds = 0;
     int copy = 1;

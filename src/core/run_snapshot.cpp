@@ -138,8 +138,9 @@ void ReadJournal(Fields& lines, CutOffRun& run) {
         if (fields.size() < 2 || !ReadNumber(fields[1], 0, static_cast<int>(run.rows.size()) - 1, index))
             return;
         CutOffRun::Row& row = run.rows[static_cast<std::size_t>(index)];
-        if (fields[0] == "FILED" && fields.size() == 2) {
+        if (fields[0] == "FILED" && fields.size() == 3) {
             row.mark.isFiled = true;
+            row.texts[kColumnStatus] = UnescapeControls(fields[2]);
             continue;
         }
         RunMark mark;
@@ -186,8 +187,8 @@ RunSnapshot::RunSnapshot(Files& files, std::string_view workingFolder)
 
 RunSnapshot::~RunSnapshot() = default;
 
-bool RunSnapshot::Create(PrintList& list, const RunHead& head, int copy) {
-    if (!TakeLock()) return false;
+std::string_view RunSnapshot::Create(PrintList& list, const RunHead& head, int copy) {
+    if (!TakeLock()) return kSnapshotInUse;
     m_head = head;
     m_first = m_begun = m_finished = -1;
     // Never that of an earlier run, whose checkpoint may still lie there.
@@ -198,8 +199,9 @@ bool RunSnapshot::Create(PrintList& list, const RunHead& head, int copy) {
         Fields lines(text);
         ReadRows(lines, earlier, m_generation);
     }
-    if (!WriteList(list, copy)) return GiveUp();
-    return true;
+    if (WriteList(list, copy)) return {};
+    GiveUp();
+    return kSnapshotFailed;
 }
 
 bool RunSnapshot::TakeLock() {
@@ -295,7 +297,9 @@ bool RunSnapshot::NoteFinished(PrintList& list, int row) {
 }
 
 void RunSnapshot::NoteFiled(PrintList& list, int row) {
-    if (IsOn() && list.Version() == m_listVersion) WriteJournal(JoinFields({"FILED", std::to_string(row)}));
+    if (IsOn() && list.Version() == m_listVersion)
+        WriteJournal(
+            JoinFields({"FILED", std::to_string(row), EscapeControls(list.Text(row, kColumnStatus))}));
 }
 
 bool RunSnapshot::WriteJournal(const std::string& line) {

@@ -38,6 +38,8 @@ struct CutOffRun : RunHead {
 };
 
 constexpr std::string_view kSnapshotFailed = "Can't write to SnapshotRestore.List file.";
+constexpr std::string_view kSnapshotInUse =
+    "Another run is under way in this working folder; this one can't be restored if it is cut off.";
 
 // Nobody can tell whether this row came out. A setting that was at work just gets its turn again.
 bool IsOfUnknownOutcome(const CutOffRun& cutOff, int row);
@@ -58,10 +60,10 @@ public:
     RunSnapshot(const RunSnapshot&) = delete;
     RunSnapshot& operator=(const RunSnapshot&) = delete;
 
-    // Starts anew, with the list as it is. False when it can't be written, or another program's run in this
-    // folder has one: this run then goes without.
+    // Starts anew, with the list as it is. Empty; else why this run goes without: it can't be written, or
+    // another program's run in this folder has one.
     // Where it takes up one that was loaded, that one stays when this fails.
-    bool Create(PrintList& list, const RunHead& head, int copy);
+    std::string_view Create(PrintList& list, const RunHead& head, int copy);
     bool IsOn() const { return m_journal != nullptr; }
     // On the disk for good when it returns; `row` is an index of the list now. False when it can't be
     // written, which ends the snapshot: nothing of it stays.

@@ -62,7 +62,9 @@ TEST_F(PrintRunOutcomesTest, ADocumentOfSeveralRowsGoesWhenTheLastOfThemWasPrint
     const std::string twice = AddRow("twice.ps", "qprdelete");
     list.InsertFileIntoList("landscape.paperorientation", 1, "", {});
     list.InsertFileIntoList(twice, 1, "copy:" + folder.PathOf("out"), {});
-    list.InsertFileIntoList(twice, 1, "", {});
+    ASSERT_EQ(files.MakeFolders(folder.PathOf("sub")), FileResult::kDone);
+    list.InsertFileIntoList(folder.PathOf("sub/../twice.ps"), 1, "", {});
+    list.InsertFileIntoList(twice, 0, "", {});
     run.SetCopies(2);
     EXPECT_EQ(run.OnButtonPrint().failed, 0);
     EXPECT_THAT(Printed(), SizeIs(6));
@@ -341,6 +343,7 @@ TEST_F(PrintRunOutcomesTest, MergedDocumentsAreFiledAndLoggedByThemselves) {
 TEST_F(PrintRunOutcomesTest, ARunThatIsTakenUpFilesWhatWasPrinted) {
     const std::string out = folder.PathOf("out");
     const std::string merged = folder.Write("QPRMerged_11.pdf", "bytes");
+    options.m_generateReports = true;
     list.InsertFileIntoList(merged, 1, "qprdelete", {});
     const std::string printed = AddRow("printed.ps", out);
     const std::string changed = AddRow("changed.ps", "qprdelete");
@@ -352,12 +355,13 @@ TEST_F(PrintRunOutcomesTest, ARunThatIsTakenUpFilesWhatWasPrinted) {
     const std::string here = WithTrailingSeparator(folder.Path());
     {
         RunSnapshot cut(files, here);
-        ASSERT_TRUE(cut.Create(list, {"Laser", "Laser", 1, false, merged}, 1));
+        ASSERT_EQ(cut.Create(list, {"Laser", "Laser", 1, false, merged}, 1), "");
         ASSERT_TRUE(cut.NoteBegun(list, 0, 1));
         const auto finish = [&](int row, RowOutcome outcome) {
             RunMark& mark = list.MarkOf(row);
             const FileFacts facts = files.Inspect(list.Text(row, kColumnFilename));
-            mark = {1, 1, outcome, false, false, false, {facts.size, facts.written}};
+            mark = {1,     outcome == RowOutcome::kDone ? 1 : 0, outcome, false, false,
+                    false, {facts.size, facts.written}};
             list.SetText(row, kColumnStatus, outcome == RowOutcome::kDone ? "Done" : "Error");
             ASSERT_TRUE(cut.NoteFinished(list, row));
         };
@@ -365,7 +369,7 @@ TEST_F(PrintRunOutcomesTest, ARunThatIsTakenUpFilesWhatWasPrinted) {
         finish(3, RowOutcome::kFailed);
         list.MarkOf(4).isAppended = true;
         list.SetText(4, kColumnSelected, "No");
-        ASSERT_TRUE(cut.Create(list, {"Laser", "Laser", 1, false, merged}, 1));
+        ASSERT_EQ(cut.Create(list, {"Laser", "Laser", 1, false, merged}, 1), "");
         cut.NoteFiled(list, 5);
         std::filesystem::remove(filed);
         folder.Write("filed.ps", "a new one of this name");
@@ -386,6 +390,11 @@ TEST_F(PrintRunOutcomesTest, ARunThatIsTakenUpFilesWhatWasPrinted) {
         EXPECT_TRUE(IsThere(JoinPath(out, name))) << name;
     EXPECT_TRUE(IsThere(JoinPath(folder.PathOf("bad"), "failed.ps")));
     EXPECT_THAT(prompts.boxes.back().text, HasSubstr("has changed since it was printed"));
+    const std::string report = ReportText(".txt");
+    EXPECT_THAT(report, HasSubstr("Taken up   lines without a time (7)"));
+    EXPECT_THAT(report, HasSubstr("Printed               6 "));
+    EXPECT_THAT(report, HasSubstr("Failed                1 "));
+    EXPECT_THAT(report, HasSubstr("changed.ps\r\n    Done\r\n    not deleted: it has changed"));
 }
 
 TEST_F(PrintRunOutcomesTest, WhatIsOfUnknownOutcomeInOneCopyStaysAfterTheOthers) {
@@ -393,7 +402,7 @@ TEST_F(PrintRunOutcomesTest, WhatIsOfUnknownOutcomeInOneCopyStaysAfterTheOthers)
     const std::string unknown = AddRow("a.ps", "qprdelete", folder.PathOf("bad"));
     {
         RunSnapshot cut(files, WithTrailingSeparator(folder.Path()));
-        ASSERT_TRUE(cut.Create(list, {"Laser", "Laser", 2, false}, 1));
+        ASSERT_EQ(cut.Create(list, {"Laser", "Laser", 2, false}, 1), "");
         ASSERT_TRUE(cut.NoteBegun(list, 0, 1));
     }
     CutOffRun cutOff;
@@ -410,7 +419,7 @@ TEST_F(PrintRunOutcomesTest, ACutOffRunIsNotForgottenByTheNext) {
     AddRow("a.ps", "");
     AddRow("b.ps", "");
     const std::string here = WithTrailingSeparator(folder.Path());
-    { ASSERT_TRUE(RunSnapshot(files, here).Create(list, {"Plotter", "Laser", 1, false}, 1)); }
+    { ASSERT_EQ(RunSnapshot(files, here).Create(list, {"Plotter", "Laser", 1, false}, 1), ""); }
     EXPECT_EQ(run.OnButtonPrint().end, RunSummary::End::kRefused);
     EXPECT_THAT(Printed(), IsEmpty());
     EXPECT_THAT(prompts.boxes.back().text, HasSubstr("qpr restore --print"));
@@ -425,7 +434,7 @@ TEST_F(PrintRunOutcomesTest, ACutOffRunIsNotForgottenByTheNext) {
     EXPECT_EQ(spooler.DefaultPrinter(), "Laser");
     EXPECT_EQ(run.OnButtonPrint().done, 2);
 
-    { ASSERT_TRUE(RunSnapshot(files, here).Create(list, {"Plotter", "Laser", 2, false}, 1)); }
+    { ASSERT_EQ(RunSnapshot(files, here).Create(list, {"Plotter", "Laser", 2, false}, 1), ""); }
     prompts.AnswerNext(true);
     EXPECT_EQ(run.OnButtonPrint().done, 2);
     EXPECT_EQ(snapshot.Load(cutOff), SnapshotResult::kNone);
@@ -435,7 +444,7 @@ TEST_F(PrintRunOutcomesTest, ARunThatWasTakenUpAndStoppedMayBeTakenUpAgain) {
     AddRow("a.ps", "");
     AddRow("b.ps", "", "", std::string(300'000, 'x'));
     const std::string here = WithTrailingSeparator(folder.Path());
-    { ASSERT_TRUE(RunSnapshot(files, here).Create(list, {"Laser", "Laser", 1, false}, 1)); }
+    { ASSERT_EQ(RunSnapshot(files, here).Create(list, {"Laser", "Laser", 1, false}, 1), ""); }
     CutOffRun cutOff;
     ASSERT_EQ(snapshot.Load(cutOff), SnapshotResult::kLoaded);
     recorder.onFinished = [&](const RunProgress&) { run.Stop(); };
@@ -487,22 +496,41 @@ TEST_F(PrintRunOutcomesTest, WhatTheEndOfARunHasLeftIsDoneByTheNext) {
     EXPECT_THAT(Printed(), SizeIs(2));
     EXPECT_FALSE(IsThere(job));
     EXPECT_FALSE(IsThere(folder.PathOf("SnapshotRestore.List")));
+
+    // Or before another run begins, which has rows of its own.
+    keep("kept.", "SnapshotRestore.");
+    folder.Write("night.job", "a.ps\r\nb.ps\r\n");
+    list.Clear();
+    AddRow("own.ps", "");
+    EXPECT_EQ(run.OnButtonPrint().done, 1);
+    EXPECT_THAT(Printed(2), ElementsAre("own.ps"));
+    EXPECT_FALSE(IsThere(job));
+    ASSERT_EQ(list.RowCount(), 1);
+    EXPECT_EQ(Text(0, kColumnStatus), "Done");
 }
 
 // The rows below would come out on another printer.
 TEST_F(PrintRunOutcomesTest, SettingsThatAreGoneEndARunThatIsTakenUp) {
     list.InsertFileIntoList(folder.Write("x.pro", "-s1|-e1"), 1, "", {});
-    AddRow("a.ps", "");
+    AddRow("a.pdf", "");
     list.MarkOf(0).pass = 1;
     list.MarkOf(0).outcome = RowOutcome::kDone;
     const std::string here = WithTrailingSeparator(folder.Path());
-    { ASSERT_TRUE(RunSnapshot(files, here).Create(list, {"Laser", "Laser", 1, false}, 1)); }
+    { ASSERT_EQ(RunSnapshot(files, here).Create(list, {"Laser", "Laser", 1, false}, 1), ""); }
     std::filesystem::remove(folder.PathOf("x.pro"));
     CutOffRun cutOff;
     ASSERT_EQ(snapshot.Load(cutOff), SnapshotResult::kLoaded);
     EXPECT_EQ(run.FinishCutOffRun(cutOff).end, RunSummary::End::kRefused);
     EXPECT_THAT(Printed(), IsEmpty());
-    EXPECT_EQ(snapshot.Load(cutOff), SnapshotResult::kLoaded);
+    ASSERT_EQ(snapshot.Load(cutOff), SnapshotResult::kLoaded);
+    snapshot.Leave();
+
+    // Where they had failed before, the rows below fail as they would have.
+    list.MarkOf(0).outcome = RowOutcome::kFailed;
+    { ASSERT_EQ(RunSnapshot(files, here).Create(list, {"Laser", "Laser", 1, false}, 1), ""); }
+    ASSERT_EQ(snapshot.Load(cutOff), SnapshotResult::kLoaded);
+    EXPECT_EQ(run.FinishCutOffRun(cutOff).failed, 2);
+    EXPECT_THAT(Printed(), IsEmpty());
 }
 
 TEST_F(PrintRunOutcomesTest, EveryCopyBeginsWithTheSameSetUp) {

@@ -445,7 +445,7 @@ TEST_F(PrintRunPrintersTest, SeparatorsStandAroundTheirDocuments) {
     AddFiles({"x/a.ps", "x/b.ps"});
     list.MarkOf(0) = {1, 1, RowOutcome::kDone};
     const std::string here = WithTrailingSeparator(folder.Path());
-    { ASSERT_TRUE(RunSnapshot(files, here).Create(list, {"Laser", "Laser", 1, false}, 1)); }
+    { ASSERT_EQ(RunSnapshot(files, here).Create(list, {"Laser", "Laser", 1, false}, 1), ""); }
     CutOffRun cutOff;
     ASSERT_EQ(snapshot.Load(cutOff), SnapshotResult::kLoaded);
     EXPECT_EQ(run.FinishCutOffRun(cutOff).done, 2);

@@ -96,6 +96,20 @@ TEST(RunReportTest, TheTextAnswersWhatAManagerAsks) {
                       Not(HasSubstr("other item")), HasSubstr("(0:00:00)\r\n")));
 }
 
+TEST(RunReportTest, ARunThatWasTakenUpTellsWhatCameBefore) {
+    RunReport report;
+    report.seconds = 60;
+    report.rows = {Row("a.ps", End::kPrinted, "Done"), Row("b.ps", End::kPrinted, "Done"),
+                   Row("night.sh", End::kStopped, "Error - Stopped", What::kCommand)};
+    report.rows[0].isEarlier = true;
+    const std::string text = RenderTextReport(report);
+    EXPECT_THAT(text, HasSubstr("Taken up   lines without a time (1)"));
+    EXPECT_THAT(text, HasSubstr("Printed               2           6\r\n"));
+    EXPECT_THAT(text, HasSubstr("1 other item (settings, scripts, separators) stopped\r\n"));
+    EXPECT_THAT(text, HasSubstr("Per minute          1.0"));
+    EXPECT_THAT(RenderCsvReport(report), HasSubstr("\r\n1,,,1,a.ps,"));
+}
+
 TEST(RunReportTest, ASpreadsheetTakesTheTableAsItIs) {
     const std::string csv = RenderCsvReport(StoppedNight());
     EXPECT_TRUE(

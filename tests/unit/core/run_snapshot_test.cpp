@@ -48,14 +48,14 @@ TEST_F(RunSnapshotTest, ComesBackWithEveryTextAndMark) {
     EXPECT_EQ(Load(cutOff), SnapshotResult::kNone);
     {
         RunSnapshot first(files, WithTrailingSeparator(folder.Path()));
-        ASSERT_TRUE(first.Create(list, {"Laser\t2", "", 3}, 1));
+        ASSERT_EQ(first.Create(list, {"Laser\t2", "", 3}, 1), "");
         EXPECT_TRUE(first.NoteBegun(list, 0, 1));
         FinishAt(0, 1, "Error - \"x\"\n", RowOutcome::kFailed);
         EXPECT_TRUE(first.NoteFinished(list, 0));
         EXPECT_TRUE(first.NoteBegun(list, 1, 1));
         EXPECT_EQ(Load(cutOff), SnapshotResult::kInUse);
         RunSnapshot second(files, WithTrailingSeparator(folder.Path()));
-        EXPECT_FALSE(second.Create(list, {"Laser", "", 1}, 1));
+        EXPECT_EQ(second.Create(list, {"Laser", "", 1}, 1), kSnapshotInUse);
         EXPECT_FALSE(second.Discard());
     }
     ASSERT_EQ(Load(cutOff), SnapshotResult::kLoaded);
@@ -83,7 +83,7 @@ TEST_F(RunSnapshotTest, WhereverItIsCutOffNoRowIsDoneTwiceOrForgotten) {
         halting.HaltAfter(halts);
         const auto goThrough = [&] {
             RunSnapshot written(halting, WithTrailingSeparator(folder.Path()));
-            if (!written.Create(list, {"Laser", "", 2}, 1)) return;
+            if (!written.Create(list, {"Laser", "", 2}, 1).empty()) return;
             list.SetCurrentRow(-1);
             for (int copy = 1; copy <= 2; ++copy) {
                 for (int row = NextRow(copy); row >= 0; row = NextRow(copy)) {
@@ -127,7 +127,7 @@ TEST_F(RunSnapshotTest, WhereverItIsCutOffNoRowIsDoneTwiceOrForgotten) {
 TEST_F(RunSnapshotTest, ARowThatEndsOutOfItsTurnFinishesNoOther) {
     MakeRows();
     RunSnapshot written(files, WithTrailingSeparator(folder.Path()));
-    ASSERT_TRUE(written.Create(list, {"Laser", "", 1}, 1));
+    ASSERT_EQ(written.Create(list, {"Laser", "", 1}, 1), "");
     ASSERT_TRUE(written.NoteBegun(list, 0, 1));
     for (const int row : {0, 2}) {
         FinishAt(row, 1, "Done", RowOutcome::kDone);
@@ -150,13 +150,13 @@ TEST_F(RunSnapshotTest, WhatNobodyCanTellStaysSoWhenTheRestoredRunIsCutOffToo) {
         CutOffRun cutOff;
         {
             RunSnapshot first(files, here);
-            ASSERT_TRUE(first.Create(list, {"Laser", "", 2}, 1));
+            ASSERT_EQ(first.Create(list, {"Laser", "", 2}, 1), "");
             EXPECT_TRUE(first.NoteBegun(list, atWork, 2));
         }
         ASSERT_EQ(Load(cutOff), SnapshotResult::kLoaded);
         ASSERT_EQ(cutOff.rowAtWork, atWork);
         PutRowsBack(list, cutOff);
-        { ASSERT_TRUE(RunSnapshot(files, here).Create(list, {"Laser", "", 2}, 2)); }
+        { ASSERT_EQ(RunSnapshot(files, here).Create(list, {"Laser", "", 2}, 2), ""); }
         ASSERT_EQ(Load(cutOff), SnapshotResult::kLoaded);
         const bool isSetting = atWork == 4;  // it just gets its turn again
         EXPECT_EQ(cutOff.rows[atWork].mark.pass, isSetting ? 1 : 2);
@@ -171,8 +171,8 @@ TEST_F(RunSnapshotTest, WhatNobodyCanTellStaysSoWhenTheRestoredRunIsCutOffToo) {
 TEST_F(RunSnapshotTest, RefusesWhatIsNotWhole) {
     MakeRows();
     {
-        ASSERT_TRUE(
-            RunSnapshot(files, WithTrailingSeparator(folder.Path())).Create(list, {"Laser", "", 1}, 1));
+        ASSERT_EQ(RunSnapshot(files, WithTrailingSeparator(folder.Path())).Create(list, {"Laser", "", 1}, 1),
+                  "");
     }
     const std::string whole = folder.Read("SnapshotRestore.List");
     CutOffRun cutOff;
@@ -192,7 +192,7 @@ TEST_F(RunSnapshotTest, RefusesWhatIsNotWhole) {
 TEST_F(RunSnapshotTest, AFullDiskEndsTheSnapshotAndSaysSo) {
     MakeRows();
     RunSnapshot first(files, WithTrailingSeparator(folder.Path()));
-    ASSERT_TRUE(first.Create(list, {"Laser", "", 1}, 1));
+    ASSERT_EQ(first.Create(list, {"Laser", "", 1}, 1), "");
     files.FillDiskAfter(0);
     EXPECT_FALSE(first.NoteBegun(list, 0, 1));
     EXPECT_FALSE(first.IsOn());
@@ -205,7 +205,7 @@ TEST_F(RunSnapshotTest, AFullDiskEndsTheSnapshotAndSaysSo) {
 TEST_F(RunSnapshotTest, WhoTakesItUpHasItAlone) {
     MakeRows();
     const std::string here = WithTrailingSeparator(folder.Path());
-    { ASSERT_TRUE(RunSnapshot(files, here).Create(list, {"Laser", "Plotter", 2, true}, 1)); }
+    { ASSERT_EQ(RunSnapshot(files, here).Create(list, {"Laser", "Plotter", 2, true}, 1), ""); }
     CutOffRun cutOff;
     RunSnapshot first(files, here);
     ASSERT_EQ(first.Load(cutOff), SnapshotResult::kLoaded);
@@ -213,7 +213,7 @@ TEST_F(RunSnapshotTest, WhoTakesItUpHasItAlone) {
     EXPECT_EQ(cutOff.defaultPrinter, "Plotter");
     EXPECT_EQ(Load(cutOff), SnapshotResult::kInUse);
     files.FillDiskAfter(0);
-    EXPECT_FALSE(first.Create(list, {"Laser", "", 2}, 1));
+    EXPECT_EQ(first.Create(list, {"Laser", "", 2}, 1), kSnapshotFailed);
     files.FillDiskAfter(-1);
     EXPECT_EQ(Load(cutOff), SnapshotResult::kLoaded) << "it stays for another time";
     ASSERT_EQ(first.Load(cutOff), SnapshotResult::kLoaded);
