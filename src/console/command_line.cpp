@@ -104,6 +104,7 @@ int RunConsole(Services& services, std::vector<std::string> arguments) {
     DefineGlobalOptions(program, context.m_global);
     CommandSet commands{program, context, {}};
     DefinePrintCommands(commands);
+    DefinePagesCommand(commands);
     DefineRestoreCommands(commands);
     DefinePrinterCommands(commands);
     DefineSetupCommands(commands);

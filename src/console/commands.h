@@ -29,7 +29,8 @@ struct CommandSet {
 // The items of a command line as the list takes them.
 std::vector<std::string> ShowSeparators(std::vector<std::string> items);
 
-void DefinePrintCommands(CommandSet& commands);  // print, list, pages
+void DefinePrintCommands(CommandSet& commands);  // print, list
+void DefinePagesCommand(CommandSet& commands);
 void DefineRestoreCommands(CommandSet& commands);
 void DefineSettingsCommands(CommandSet& commands);
 void DefinePrinterCommands(CommandSet& commands);  // printers, queue

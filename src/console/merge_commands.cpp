@@ -29,6 +29,7 @@ PdfMergeOutcome MergeWithProgress(Context& context, Application& application, co
     const ScratchFolder scratch(*services.files, application.Options(), application.WorkingFolder(), "Merge");
     PdfWorker worker(*services.processes, *services.loop, *services.files, services.machine->ProgramPath());
     ProgressLine progress(*services.terminal, application.List(), context.ErrorsHaveColours());
+    worker.UseStop([] { return InterruptCount() > 0; });
     PdfMergeRequest request;
     request.target = options.target;
     request.inputs = options.inputs;
@@ -45,6 +46,9 @@ PdfMergeOutcome MergeWithProgress(Context& context, Application& application, co
     };
     PdfMergeOutcome outcome = MergePdfs(*services.files, worker, request);
     progress.Clear();
+    // The file at work was given up for it.
+    if (outcome.end == PdfMergeOutcome::End::kFailed && InterruptCount() > 0)
+        outcome.end = PdfMergeOutcome::End::kStopped;
     return outcome;
 }
 

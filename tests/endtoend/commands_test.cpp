@@ -80,6 +80,8 @@ TEST(QprCommands, CountsPagesAndSaysNoForWhatCannotBeRead) {
     EXPECT_EQ(files[1]["pages"], -1);
     EXPECT_EQ(files[2]["pages"], -1);
     EXPECT_EQ(files[2]["status"], "No");
+    EXPECT_EQ(files[2]["reason"], "there is no such file");
+    EXPECT_THAT(qpr.Run({"pages", "bad.pdf"}).output, testing::HasSubstr("No: the file is cut off"));
 }
 
 TEST(QprCommands, SettingsAreShownSetUnsetAndRefused) {
