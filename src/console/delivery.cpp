@@ -53,6 +53,22 @@ bool IsOver(Context& context, PrinterAdministration& administration, DeliveryRep
     return report.wasStopped || report.hasStalled;
 }
 
+// Of all printers.
+std::vector<UnknownJob> ListJobsOfUnknownOutcome(Application& application) {
+    std::vector<UnknownJob> unknown;
+    std::vector<PrinterInfo> printers;
+    Spooler& spooler = application.PrintSpooler();
+    spooler.ListPrinters(printers);
+    for (const PrinterInfo& printer : printers) {
+        std::vector<JobInfo> jobs;
+        if (printer.jobs > 0) spooler.ListJobs(printer.name, jobs);
+        for (const JobInfo& job : jobs)
+            if (job.isOfUnknownOutcome)
+                unknown.push_back({printer.name, job.id, job.document, job.statusText, job.isOutcomeTold});
+    }
+    return unknown;
+}
+
 }  // namespace
 
 DeliveryReport DeliverJobs(Context& context, Application& application, ProgressLine& progress) {
@@ -91,31 +107,15 @@ DeliveryReport DeliverJobs(Context& context, Application& application, ProgressL
     return report;
 }
 
-std::vector<UnknownJob> ListJobsOfUnknownOutcome(Application& application) {
-    std::vector<UnknownJob> unknown;
-    if (application.Administration() == nullptr) return unknown;
-    std::vector<PrinterInfo> printers;
-    Spooler& spooler = application.PrintSpooler();
-    spooler.ListPrinters(printers);
-    for (const PrinterInfo& printer : printers) {
-        std::vector<JobInfo> jobs;
-        if (printer.jobs > 0) spooler.ListJobs(printer.name, jobs);
-        for (const JobInfo& job : jobs)
-            if (job.isOfUnknownOutcome)
-                unknown.push_back({printer.name, job.id, job.document, job.statusText});
-    }
-    return unknown;
-}
-
-int RecordUnknownJobs(Application& application, const std::vector<UnknownJob>& jobs,
-                      const std::vector<UnknownJob>& known) {
+int RecordUnknownJobs(Application& application, const std::vector<UnknownJob>& jobs) {
     int count = 0;
     for (const UnknownJob& job : jobs) {
-        if (std::find(known.begin(), known.end(), job) != known.end()) continue;
+        if (job.isTold) continue;
         ++count;
         const std::string error = Format("job %d: %s", job.id, job.statusText);
         application.Outcomes().RecordError(job.document, job.printer, error);
         application.Outcomes().TellFailure(job.document, error);
+        application.Administration()->NoteOutcomeTold(job.printer, job.id);
     }
     return count;
 }

@@ -16,8 +16,7 @@ struct UnknownJob {
     std::int64_t id;
     std::string document;
     std::string statusText;  // what is known
-
-    bool operator==(const UnknownJob& other) const { return printer == other.printer && id == other.id; }
+    bool isTold;             // by an earlier program
 };
 
 struct DeliveryReport {
@@ -33,13 +32,9 @@ struct DeliveryReport {
 // and all delivering, too. Nothing to do for a print system with a server of its own.
 DeliveryReport DeliverJobs(Context& context, Application& application, ProgressLine& progress);
 
-// Of all printers.
-std::vector<UnknownJob> ListJobsOfUnknownOutcome(Application& application);
-
-// Those of `jobs` that are not among `known`: into the error log and the mail about errors, as far as these
-// are on. How many they are.
-int RecordUnknownJobs(Application& application, const std::vector<UnknownJob>& jobs,
-                      const std::vector<UnknownJob>& known);
+// Those of which nobody was told yet: into the error log and the mail about errors, as far as these are on.
+// How many they are.
+int RecordUnknownJobs(Application& application, const std::vector<UnknownJob>& jobs);
 
 // The folder into which a printer of the embedded spooler has put all its jobs; empty for any other printer,
 // and while jobs wait.

@@ -4,6 +4,7 @@
 
 #include "app/application.h"
 #include "backends/balance_check.h"
+#include "backends/printer_selection.h"
 #include "base/path.h"
 #include "base/text.h"
 #include "console/commands.h"
@@ -164,10 +165,7 @@ void TellNoPrintSystem(Context& context, const PrintOptions& options, const std:
     Application* application = context.OpenApplication();
     if (application == nullptr || options.dryRun) return;
     LoadItems(*application, options.row);
-    RunOutcomes& outcomes = application->Outcomes();
-    const int copies = std::max(1, options.copies);
-    outcomes.BeginRun(options.printer, copies, [] { return InterruptCount() > 0; });
-    outcomes.EndRefusedRun(application->List(), copies, why);
+    TellRefusedRun(*application, options.printer, std::max(1, options.copies), why);
 }
 
 int RunPrint(Context& context, const PrintOptions& options) {
@@ -178,7 +176,7 @@ int RunPrint(Context& context, const PrintOptions& options) {
         return kExitNoPrinter;
     }
     const std::string printer =
-        options.printer.empty() ? application->PrintSpooler().DefaultPrinter() : options.printer;
+        options.printer.empty() ? application->Selection().OwnDefaultPrinter() : options.printer;
     // A run tells by itself, also whom it sends mail, that there is no such printer.
     if (options.dryRun && !CheckPrinterExists(context, *application, printer)) return kExitNoPrinter;
     if (!CheckBalancedPrinters(context, *application, options.row.texts.balancedPrinters)) return kExitUsage;

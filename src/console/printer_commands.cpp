@@ -145,10 +145,9 @@ int DeliverQueue(Context& context) {
     Application* application = context.OpenApplicationWithSpooler();
     if (application == nullptr) return kExitNoPrinter;
     ProgressLine progress(*context.System().terminal, application->List(), context.ErrorsHaveColours());
-    const std::vector<UnknownJob> known = ListJobsOfUnknownOutcome(*application);
     const DeliveryReport report = DeliverJobs(context, *application, progress);
     progress.Clear();
-    RecordUnknownJobs(*application, report.unknown, known);
+    RecordUnknownJobs(*application, report.unknown);
     if (context.WantsJson()) {
         context.PrintResult(report.jobsLeft, report.jobsLeft == 0 ? "" : "Jobs are left in the queue.");
     } else {

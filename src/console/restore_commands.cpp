@@ -96,10 +96,24 @@ int Discard(Context& context, Application& application) {
     return isDone ? kExitDone : kExitNotAllDone;
 }
 
+// Nobody may be there to see it. The run still waits.
+void TellNoPrintSystem(Context& context, const std::string& why) {
+    Application* application = context.OpenApplication();
+    CutOffRun run;
+    if (application == nullptr || application->Snapshot().Load(run) != SnapshotResult::kLoaded) return;
+    PutRowsBack(application->List(), run);
+    TellRefusedRun(*application, run.printer, run.copies, why);
+    application->Snapshot().Leave();
+}
+
 int RunRestore(Context& context, const RestoreRequest& request) {
+    std::string failure;
     Application* application =
-        request.print ? context.OpenApplicationWithSpooler() : context.OpenApplication();
-    if (application == nullptr) return request.print ? kExitNoPrinter : kExitNotAllDone;
+        request.print ? context.OpenApplicationWithSpooler(&failure) : context.OpenApplication();
+    if (application == nullptr) {
+        if (!failure.empty()) TellNoPrintSystem(context, failure);
+        return request.print ? kExitNoPrinter : kExitNotAllDone;
+    }
     if (request.discard) return Discard(context, *application);
     RunSnapshot& snapshot = application->Snapshot();
     CutOffRun run;

@@ -13,6 +13,7 @@
 #include "console/row_output.h"
 #include "console/table.h"
 #include "core/print_run.h"
+#include "core/run_outcomes.h"
 #include "platform/event_loop.h"
 #include "platform/interrupts.h"
 #include "platform/spooler.h"
@@ -122,7 +123,6 @@ int RunAndReport(Context& context, Application& application, const std::string& 
     PrintRun& run = application.Run();
     const StopOnInterrupt stop(*context.System().loop, run);
     run.UseObserver(&progress);
-    const std::vector<UnknownJob> known = ListJobsOfUnknownOutcome(application);
     const RunSummary summary = start(run);
     run.UseObserver(nullptr);
     const bool hasBegun =
@@ -132,11 +132,18 @@ int RunAndReport(Context& context, Application& application, const std::string& 
     const DeliveryReport delivery = DeliverJobs(context, application, progress);
     progress.Clear();
     PrintSummary(context, application, printer, summary, delivery);
-    const int unknown = RecordUnknownJobs(application, delivery.unknown, known);
+    const int unknown = RecordUnknownJobs(application, delivery.unknown);
     if (delivery.wasStopped) return kExitStopped;
     const int exitCode = ExitCodeOf(summary);
     const bool isLeft = delivery.hasStalled || unknown > 0;
     return exitCode == kExitDone && isLeft ? kExitNotAllDone : exitCode;
+}
+
+void TellRefusedRun(Application& application, const std::string& printer, int copies,
+                    const std::string& why) {
+    RunOutcomes& outcomes = application.Outcomes();
+    outcomes.BeginRun(printer, copies, [] { return InterruptCount() > 0; });
+    outcomes.EndRefusedRun(application.List(), copies, why);
 }
 
 }  // namespace quirepress

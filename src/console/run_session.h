@@ -23,4 +23,7 @@ bool CheckBalancedPrinters(Context& context, Application& application, const std
 int RunAndReport(Context& context, Application& application, const std::string& printer,
                  ProgressLine& progress, const std::function<RunSummary(PrintRun& run)>& start);
 
+// The log, the mail and the report tell that nothing of the list was printed.
+void TellRefusedRun(Application& application, const std::string& printer, int copies, const std::string& why);
+
 }  // namespace quirepress

@@ -61,6 +61,7 @@ struct JobInfo {
     bool isUntried = false;
     // Its printer may have taken it or not: it stays as it is until somebody decides.
     bool isOfUnknownOutcome = false;
+    bool isOutcomeTold = false;  // PrinterAdministration::NoteOutcomeTold
     LocalTime submitted;
 };
 
@@ -151,6 +152,8 @@ public:
     virtual int ResumePrinterQueue(std::string_view printer, std::string& message) = 0;
     // Offers a job of unknown outcome to the port once more.
     virtual int RestartJob(std::string_view printer, std::int64_t id, std::string& message) = 0;
+    // Somebody has been told of this job of unknown outcome, which is not to be told anew by every program.
+    virtual void NoteOutcomeTold(std::string_view printer, std::int64_t id) = 0;
     // Since when no job has moved any more, of those that nothing is known to hold up.
     virtual long long UnmovedMilliseconds() = 0;
     // Delivers no more; what is being sent is given up, and its job says so.

@@ -286,6 +286,10 @@ int FakeSpooler::ResumePrinterQueue(std::string_view printer, std::string& messa
     return SetPaused(printer, false, message);
 }
 
+void FakeSpooler::NoteOutcomeTold(std::string_view /*printer*/, std::int64_t id) {
+    if (JobInfo* job = FindJob(id)) job->isOutcomeTold = job->isOfUnknownOutcome;
+}
+
 int FakeSpooler::RestartJob(std::string_view printer, std::int64_t id, std::string& message) {
     m_calls.push_back(Join("RestartJob", printer) + " " + std::to_string(id));
     message = "There is no printer of this name.";

@@ -84,6 +84,7 @@ public:
     int PausePrinterQueue(std::string_view printer, std::string& message) override;
     int ResumePrinterQueue(std::string_view printer, std::string& message) override;
     int RestartJob(std::string_view printer, std::int64_t id, std::string& message) override;
+    void NoteOutcomeTold(std::string_view printer, std::int64_t id) override;
     long long UnmovedMilliseconds() override { return 0; }
     void EndDelivery() override {}
 

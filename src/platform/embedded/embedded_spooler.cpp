@@ -232,6 +232,7 @@ JobInfo EmbeddedSpooler::DescribeJob(const PrinterFolder& printer, const JobFile
         const bool isWell = info.statusBits == 0 || info.statusBits == job_status::kPrinting;
         info.isUntried = isWell && delivery.IsUntried();
         info.isOfUnknownOutcome = job.isBegun && (info.statusBits & job_status::kUserIntervention) != 0;
+        info.isOutcomeTold = info.isOfUnknownOutcome && delivery.IsTold(job.id);
     }
     return info;
 }
@@ -276,6 +277,16 @@ std::string EmbeddedSpooler::DefaultPrinter() {
 
 int EmbeddedSpooler::MakeDefaultPrinter(std::string_view printer) {
     return m_printers.MakeDefault(printer);
+}
+
+int EmbeddedSpooler::RestoreDefaultChoice(std::string_view choice) {
+    return choice.empty() ? m_printers.ForgetDefault() : m_printers.MakeDefault(choice);
+}
+
+void EmbeddedSpooler::NoteOutcomeTold(std::string_view printer, std::int64_t id) {
+    const PrinterFolder folder = m_printers.At(printer);
+    if (folder.Exists() && m_files.Inspect(folder.Jobs().BegunPath(id)).kind == FileKind::kRegular)
+        DeliveryOf(printer).NoteTold(id);
 }
 
 int EmbeddedSpooler::CreatePrinterQueue(std::string_view printer, std::string_view port,

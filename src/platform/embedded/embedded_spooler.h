@@ -43,6 +43,7 @@ public:
     int ListPrinters(std::vector<PrinterInfo>& printers) override;
     std::string DefaultPrinter() override;
     int MakeDefaultPrinter(std::string_view printer) override;
+    int RestoreDefaultChoice(std::string_view choice) override;
     std::unique_ptr<RawPrinter> OpenRawPrinter(std::string_view printer, int& systemError) override;
     // Copies, those of the ticket times those of the document, are jobs of their own, at most 9,999 at once;
     // the first one's id is the answer. Pumps.
@@ -60,6 +61,7 @@ public:
     int PausePrinterQueue(std::string_view printer, std::string& message) override;
     int ResumePrinterQueue(std::string_view printer, std::string& message) override;
     int RestartJob(std::string_view printer, std::int64_t id, std::string& message) override;
+    void NoteOutcomeTold(std::string_view printer, std::int64_t id) override;
     long long UnmovedMilliseconds() override { return WaitingJobs().unmoved; }
     void EndDelivery() override;
 

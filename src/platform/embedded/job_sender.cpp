@@ -11,6 +11,7 @@ namespace {
 
 constexpr std::string_view kPlaced = "PLACED;";
 constexpr std::string_view kUnknown = "UNKNOWN;";
+constexpr std::string_view kTold = "UNKNOWN AND TOLD;";
 constexpr std::string_view kWayOut = " Restart the job to print it again, or cancel it.";
 
 // With its data the job is gone, and that is all that is to be done.
@@ -47,9 +48,18 @@ std::string WriteUnknown(const std::string& text) {
 }
 
 std::string ReadUnknown(const std::string& note) {
-    if (StartsWith(note, kUnknown) && EndsWith(note, "\n"))
-        return note.substr(kUnknown.size(), note.size() - kUnknown.size() - 1);
+    for (const std::string_view start : {kUnknown, kTold})
+        if (StartsWith(note, start) && EndsWith(note, "\n"))
+            return note.substr(start.size(), note.size() - start.size() - 1);
     return "Unknown: the program ended while the job was being sent." + std::string(kWayOut);
+}
+
+std::string WithTold(const std::string& note) {
+    return std::string(kTold) + ReadUnknown(note) + "\n";
+}
+
+bool IsTold(const std::string& note) {
+    return StartsWith(note, kTold);
 }
 
 }  // namespace begun_note

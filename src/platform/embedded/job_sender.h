@@ -72,6 +72,9 @@ bool ReadPlaced(const std::string& note, std::string& copyPath);
 std::string WriteUnknown(const std::string& text);
 // The text of a job whose outcome is not known.
 std::string ReadUnknown(const std::string& note);
+// The same, once somebody was told of it.
+std::string WithTold(const std::string& note);
+bool IsTold(const std::string& note);
 }  // namespace begun_note
 
 }  // namespace quirepress

@@ -84,6 +84,15 @@ void PrinterDelivery::Abandon(std::int64_t id) {
     if (begun_note::ReadPlaced(ReadNote(m_files, m_printer.Jobs(), id), copyPath)) m_files.Erase(copyPath);
 }
 
+void PrinterDelivery::NoteTold(std::int64_t id) {
+    const JobFolder& jobs = m_printer.Jobs();
+    WriteNote(m_files, jobs, id, begun_note::WithTold(ReadNote(m_files, jobs, id)));
+}
+
+bool PrinterDelivery::IsTold(std::int64_t id) const {
+    return begun_note::IsTold(ReadNote(m_files, m_printer.Jobs(), id));
+}
+
 FileResult PrinterDelivery::Restart(const JobFiles& job) {
     if (IsSending(job.id)) return FileResult::kBusy;
     const std::string note = job.isBegun ? ReadNote(m_files, m_printer.Jobs(), job.id) : std::string();

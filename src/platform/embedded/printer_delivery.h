@@ -37,6 +37,9 @@ public:
     void Abandon(std::int64_t id);
     // Forgets that the job may have been sent. kBusy while it is being sent.
     FileResult Restart(const JobFiles& job);
+    // Of a job of unknown outcome.
+    void NoteTold(std::int64_t id);
+    bool IsTold(std::int64_t id) const;
 
     bool IsSending(std::int64_t id) const { return m_sender && m_job.id == id; }
     bool IsSending() const { return m_sender != nullptr; }

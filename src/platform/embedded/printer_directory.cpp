@@ -93,6 +93,10 @@ int PrinterDirectory::MakeDefault(std::string_view printer) {
     return ReplaceFileDurably(m_files, path, std::string(printer) + "\n") == FileResult::kDone ? 0 : -1;
 }
 
+int PrinterDirectory::ForgetDefault() {
+    return ReplaceFileDurably(m_files, DefaultPath(), "\n") == FileResult::kDone ? 0 : -1;
+}
+
 int PrinterDirectory::Create(std::string_view printer, std::string_view port, std::string& message) {
     PrinterPort parsed;
     if (!CheckPrinterName(printer, message) || !ParsePrinterPort(port, parsed, message)) return 1;
@@ -133,7 +137,7 @@ int PrinterDirectory::Remove(std::string_view printer, std::string& message) {
         return -1;
     }
     message.clear();
-    if (wasDefault) ReplaceFileDurably(m_files, DefaultPath(), "\n");
+    if (wasDefault) ForgetDefault();
     ClearFolder(folder);
     return 0;
 }

@@ -21,6 +21,7 @@ public:
 
     std::string Default() const;  // empty when there is none
     int MakeDefault(std::string_view printer);
+    int ForgetDefault();  // there is none then
 
     // Results and messages are those of PrinterAdministration.
     int Create(std::string_view printer, std::string_view port, std::string& message);

@@ -99,7 +99,12 @@ TEST_F(SocketDelivery, AConnectionThatBreaksLeavesTheJobAsUnknown) {
     EXPECT_THAT(FirstJob("Net").statusText,
                 StartsWith("Unknown: the connection ended after 300000 of 900000 bytes. "));
     EXPECT_EQ(m_network.peers[1]->received, "later");
+    const std::string text = FirstJob("Net").statusText;
+    EXPECT_FALSE(FirstJob("Net").isOutcomeTold);
+    m_spooler->NoteOutcomeTold("Net", broken);
     Restart();
+    EXPECT_TRUE(FirstJob("Net").isOutcomeTold);
+    EXPECT_EQ(FirstJob("Net").statusText, text);
     loop.Wait(600'000);
     EXPECT_EQ(m_network.peers.size(), 2U);
     EXPECT_EQ(FirstJob("Net").statusBits, kUnknown);
