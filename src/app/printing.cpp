@@ -53,8 +53,8 @@ void Application::MakePrinting() {
         std::make_unique<PrinterBalance>(*m_spooler, files, loop, *m_prompts, *m_debugLog, m_balanceOptions);
     m_printCommands = std::make_unique<PrintCommandFile>(Settings());
     m_shellPrinter = std::make_unique<ShellPrinter>(
-        ShellPrinterServices{*m_services.shell, *m_services.processes, files, *m_spooler, *m_printCommands,
-                             *m_debugLog, m_options});
+        ShellPrinterServices{*m_services.shell, *m_services.processes, files, *m_spooler, *m_selection,
+                             *m_printCommands, *m_debugLog, m_options});
     MakeDialogs();
     MakeRowServices();
     MakeRun();

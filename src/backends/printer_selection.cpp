@@ -94,9 +94,15 @@ int PrinterSelection::UsePrinter(std::string_view name, std::string& message) {
     return InstallSetup(std::move(setup), message);
 }
 
-void PrinterSelection::MoveDefault(std::string_view name) {
-    if (DefaultPrinter() != name && m_default->MakeDefaultPrinter(name) != 0)
-        m_services.debugLog.Trace("The default printer stays: %s\r\n", name);
+int PrinterSelection::MoveDefault(std::string_view name) {
+    if (DefaultPrinter() == name || m_default->MakeDefaultPrinter(name) == 0) return 0;
+    m_services.debugLog.Trace("The default printer stays: %s\r\n", name);
+    return -1;
+}
+
+void PrinterSelection::MoveDefaultBack() {
+    const std::string own = m_default->BeforeRun().printer;
+    if (!own.empty()) MoveDefault(own);
 }
 
 int PrinterSelection::MoveToPrinter(std::string_view name, std::string& message) {

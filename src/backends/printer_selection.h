@@ -67,6 +67,8 @@ public:
 
     // Of the system; empty when there is none.
     std::string DefaultPrinter() { return m_services.spooler.DefaultPrinter(); }
+    // The user's own: not what a run of another program in this working folder has made of it.
+    std::string OwnDefaultPrinter() { return m_default->UsersOwn(); }
     // Makes it the system's default and the current one, and gives other programs time to notice. 0, or 1
     // when it could not be done. May pump.
     int DPSetDefaultPrinter(std::string_view name);
@@ -80,8 +82,11 @@ public:
     // What is current now, and to come back to it; the system's default stays.
     const Selected& State() const { return m_selected; }
     void ComeBackTo(Selected state) { m_selected = std::move(state); }
-    // The system's default alone; it stays where that is not allowed.
-    void MoveDefault(std::string_view name);
+    // The system's default alone, for a run to set back. 0; -1 where that is not allowed, and it stays.
+    int MoveDefault(std::string_view name);
+
+    // The default is what it was before the run, which goes on.
+    void MoveDefaultBack();
 
     // The current set-up, into a file. 0 or -1.
     int SavePrinterSettings(std::string_view path);

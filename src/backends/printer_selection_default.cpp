@@ -49,12 +49,21 @@ void RunDefault::BeginRun() {
     BringBackLeft();
     // Where that failed, the user's own is still what the note says.
     m_before = m_note.setTo.empty() ? Keep() : m_note.before;
-    // What a run that is under way here has set is not the user's either.
     Note other;
-    if (m_note.setTo.empty() && ReadNote(other) && Holds(other.setTo, m_before.printer))
-        m_before = other.before;
+    if (m_note.setTo.empty() && IsSetByOther(m_before.printer, other)) m_before = other.before;
     m_setTo.clear();
     m_isInRun = true;
+}
+
+// Where another program's run is under way.
+bool RunDefault::IsSetByOther(std::string_view printer, Note& note) {
+    return !m_lock && ReadNote(note) && Holds(note.setTo, printer);
+}
+
+std::string RunDefault::UsersOwn() {
+    Note other;
+    std::string now = m_spooler.DefaultPrinter();
+    return IsSetByOther(now, other) ? other.before.printer : now;
 }
 
 bool RunDefault::EndRun() {
@@ -62,7 +71,10 @@ bool RunDefault::EndRun() {
     if (m_setTo.empty()) return false;
     const std::string now = m_spooler.DefaultPrinter();
     // None: the server is gone, or the printer.
-    return now.empty() || Holds(m_setTo, now);
+    if (!now.empty() && !Holds(m_setTo, now)) return false;
+    // On its way back it is the former one, and not yet as the user had chosen it.
+    WriteNote(m_before.printer);
+    return true;
 }
 
 void RunDefault::CloseNote(bool isBack) {

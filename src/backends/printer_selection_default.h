@@ -32,6 +32,8 @@ public:
     // 0 when it is as it was kept.
     int RestoreChoice(const KeptDefault& kept);
 
+    // What a run that is under way in this working folder has set is not the user's.
+    std::string UsersOwn();
     // 0 or -1. Noted while a run is under way.
     int MakeDefaultPrinter(std::string_view printer);
     void BeginRun();
@@ -50,6 +52,7 @@ private:
     };
 
     bool ReadNote(Note& note);
+    bool IsSetByOther(std::string_view printer, Note& note);
     void WriteNote(std::string_view printer);
     bool Exists(std::string_view printer);
 

@@ -4,6 +4,7 @@
 
 #include "backends/command_arguments.h"
 #include "backends/dialog_watch.h"
+#include "backends/printer_selection.h"
 #include "base/command_words.h"
 #include "base/format.h"
 #include "base/path.h"
@@ -130,10 +131,8 @@ ShellStart ShellPrinter::DoShellExecute(const ShellCommand& command, const std::
         places.printer = printer;
         request.arguments = FillPlaceholders(command.command.words, places);
     }
-    // The run brings the default printer back at its end.
-    Spooler& spooler = m_services.spooler;
     const bool namesPrinter = !isSystem && command.command.Uses("%p");
-    if (!namesPrinter && spooler.DefaultPrinter() != printer && spooler.MakeDefaultPrinter(printer) != 0) {
+    if (!namesPrinter && m_services.selection.MoveDefault(printer) != 0) {
         start.result = ShellStart::kBroken;
         start.flaw = "\"" + printer + "\" can't be made the default printer";
         return start;

@@ -13,6 +13,7 @@ class DebugLog;
 class DialogRules;
 class DialogWatch;
 class Files;
+class PrinterSelection;
 class Processes;
 class Spooler;
 struct GeneralOptions;
@@ -55,6 +56,7 @@ struct ShellPrinterServices {
     Processes& processes;
     Files& files;
     Spooler& spooler;
+    PrinterSelection& selection;
     PrintCommandFile& commands;
     DebugLog& debugLog;
     const GeneralOptions& options;

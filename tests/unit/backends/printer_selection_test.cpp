@@ -317,6 +317,7 @@ TEST_F(PrinterSelectionTest, AStartSetsBackWhatAnEndedRunHasLeft) {
     CutOffRun("Label", [&] {
         selection.BringDefaultBack();
         EXPECT_EQ(spooler.DefaultPrinter(), "Label") << "its run is under way";
+        EXPECT_EQ(selection.OwnDefaultPrinter(), "Office");
     });
     ASSERT_EQ(spooler.DefaultPrinter(), "Label");
     std::string note = folder.Read(kNote);

@@ -5,6 +5,7 @@
 
 #include "backends/dialog_rules.h"
 #include "backends/dialog_watch.h"
+#include "backends/printer_selection.h"
 #include "fakes/fake_app_windows.h"
 #include "fakes/fake_shell.h"
 #include "fakes/fake_spooler.h"
@@ -38,7 +39,8 @@ protected:
     FakeSpooler spooler{files};
     GeneralOptions options;
     PrintCommandFile commands{SettingsPlace{files, prompts, Home()}};
-    ShellPrinter printer{{shell, processes, files, spooler, commands, debugLog, options}};
+    PrinterSelection selection{{spooler, files, loop, prompts, debugLog, options, Home()}};
+    ShellPrinter printer{{shell, processes, files, spooler, selection, commands, debugLog, options}};
 };
 
 TEST_F(ShellPrintTest, TheFirstCommandWhoseProgramIsThereCounts) {
