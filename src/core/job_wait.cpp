@@ -123,7 +123,8 @@ JobWait::End JobWait::AwaitSpooling(const std::string& printer, const std::strin
     for (int z = 0; scan.verdict == queue_verdict::kSpooling || IsHeld(printer, scan); ++z) {
         m_debugLog.Trace("Wait for start Loop z=%d\r\n", z);
         feedback.ShowRowStatus("Spooling");
-        if (feedback.IsStopped()) return End::kStopped;
+        // What only waits for its printer is there as a whole.
+        if (feedback.IsStopped()) return IsHeld(printer, scan) ? End::kSpooled : End::kBegun;
         if (!IsHeld(printer, scan) && m_loop.MonotonicMilliseconds() >= deadline) return End::kNotSeen;
         m_loop.Wait(kPollMilliseconds);
         const JobInfo before = scan.job;

@@ -16,7 +16,8 @@ struct GeneralOptions;
 // Waits for the job of a row in its printer's queue, as long as the options say.
 class JobWait {
 public:
-    enum class End { kSpooled, kNotSeen, kStopped, kLost };
+    // kStopped: before its job was seen; kBegun: while it was still being spooled.
+    enum class End { kSpooled, kNotSeen, kStopped, kBegun, kLost };
 
     JobWait(QueueWatch& watch, EventLoop& loop, DebugLog& debugLog, const GeneralOptions& options)
         : m_watch(watch), m_loop(loop), m_debugLog(debugLog), m_options(options) {}

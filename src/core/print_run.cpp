@@ -77,7 +77,6 @@ RunSummary PrintRun::RunList(const CutOffRun* cutOff) {
     m_services.debugLog.Trace("KillTimer(2) 5\r\n");
     if (!HasWork()) return TellMissedRows();
     if (cutOff == nullptr && !MayForgetCutOffRun()) return GiveWayToCutOffRun();
-    if (cutOff != nullptr) TakeUpSetUp(*cutOff);
     if (cutOff == nullptr) m_services.list.RefreshListStatus();
     m_services.debugLog.Trace("Items set to ready, OK? %d\r\n", 1);
     m_services.selection.UseStop([this] { return m_stop; });
@@ -110,7 +109,7 @@ RunSummary PrintRun::RunList(const CutOffRun* cutOff) {
 
 RunSummary PrintRun::WalkWithPrinter(const CutOffRun* cutOff) {
     m_printer = cutOff != nullptr && m_chosenPrinter.empty() ? cutOff->printer : m_chosenPrinter;
-    if (m_printer.empty()) m_printer = m_services.spooler.DefaultPrinter();
+    if (m_printer.empty()) m_printer = m_services.selection.OwnDefaultPrinter();
     m_passes = cutOff != nullptr ? cutOff->copies : CountPasses(true);
     m_services.outcomes.BeginRun(m_printer, m_passes, [this] { return m_stop; });
     if (!CreateSnapshot(cutOff)) return EndedEarly(RunSummary::End::kRefused);
@@ -180,6 +179,10 @@ void PrintRun::TellMissingCopies() {
 
 void PrintRun::ForgetEarlierRuns() {
     DropMergedRows(m_services.append);
+    ClearMarks();
+}
+
+void PrintRun::ClearMarks() {
     for (int row = 0; row < m_services.list.RowCount(); ++row) m_services.list.MarkOf(row) = {};
 }
 
@@ -280,8 +283,9 @@ bool PrintRun::HasUnfiledRows() {
 
 // Nobody may be there to read the box.
 RunSummary PrintRun::GiveWayToCutOffRun() {
-    ForgetEarlierRuns();
-    m_printer = m_chosenPrinter.empty() ? m_services.spooler.DefaultPrinter() : m_chosenPrinter;
+    // Not more: a merged file may be that of the run that waits.
+    ClearMarks();
+    m_printer = m_chosenPrinter.empty() ? m_services.selection.OwnDefaultPrinter() : m_chosenPrinter;
     m_passes = CountPasses(false);
     m_services.outcomes.BeginRun(m_printer, m_passes, [this] { return m_stop; });
     m_services.outcomes.EndRefusedRun(m_services.list, m_passes, kCutOffRunWaits);
@@ -292,12 +296,6 @@ bool PrintRun::IsBalanced(const CutOffRun* cutOff) const {
     return m_isBalanced || (cutOff != nullptr && cutOff->isBalanced);
 }
 
-// As it was when the run began, so that its end leaves the user what he had.
-void PrintRun::TakeUpSetUp(const CutOffRun& cutOff) {
-    if (m_services.spooler.DefaultChoice() != cutOff.defaultPrinter)
-        m_services.spooler.RestoreDefaultChoice(cutOff.defaultPrinter);
-}
-
 // False when a run that is taken up can't be kept track of: it would be printed again.
 bool PrintRun::CreateSnapshot(const CutOffRun* cutOff) {
     const bool isWanted = m_services.options.m_snapshotRestore || cutOff != nullptr;
@@ -306,7 +304,6 @@ bool PrintRun::CreateSnapshot(const CutOffRun* cutOff) {
     m_services.debugLog.Trace("Creating snapshot restore\r\n");
     RunHead head;
     head.printer = m_printer;
-    head.defaultPrinter = m_services.spooler.DefaultChoice();
     head.copies = m_passes;
     head.isBalanced = IsBalanced(cutOff);
     head.mergedFile = m_appended.path;

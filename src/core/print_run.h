@@ -136,6 +136,7 @@ private:
     bool HasWork();
     RunSummary TellMissedRows();
     void ForgetEarlierRuns();
+    void ClearMarks();
     AppendOutcome AppendRows();
     void TellFailedAppends(RunSummary& summary);
     bool MayForgetCutOffRun();
@@ -144,7 +145,6 @@ private:
     RunSummary GiveWayToCutOffRun();
     bool IsBalanced(const CutOffRun* cutOff) const;
     void RestoreDefaultPrinter(RunSummary& summary);
-    void TakeUpSetUp(const CutOffRun& cutOff);
     bool CreateSnapshot(const CutOffRun* cutOff);
     RunSummary::End PreparePrinter();
     bool CheckPrinterIsValid();

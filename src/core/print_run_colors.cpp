@@ -52,7 +52,7 @@ public:
             result.wholeCopies = copy - 1;
             if (copy > 1 && result.status != kStatusUnknown) {
                 result.status = Format("Error - Printed %d of %d times", copy - 1, copies);
-                result.canRetry = false;
+                result.canRetry = result.isUntouched = false;
             }
             return result;
         }
@@ -67,8 +67,7 @@ private:
         std::size_t printed = 0;
         for (const ColorPiece& piece : pieces) {
             if (!feedback.KeepGoing()) {
-                result.end = WayResult::End::kStopped;
-                result.status = "Error - Stopped, nothing was printed";
+                result = StoppedWay();
             } else {
                 result = PrintPiece(item, piece, feedback, printers);
             }
@@ -77,7 +76,7 @@ private:
         }
         if (printed == pieces.size() || printed == 0 || result.status == kStatusUnknown) return result;
         result.status = Format("Error - Printed to page %d only", pieces[printed - 1].lastPage);
-        result.canRetry = false;
+        result.canRetry = result.isUntouched = false;
         return result;
     }
 

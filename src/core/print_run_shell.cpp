@@ -264,17 +264,16 @@ private:
         const JobWait::End end = m_jobWait.ForForeignJob(item.printer, path, program);
         // Part of it may have come out.
         if (end == JobWait::End::kLost) return Failed(m_jobWait.Loss(), false);
-        // What has ended well may have printed; its job just was not seen yet.
-        if (feedback.IsStopped() && end != JobWait::End::kSpooled)
-            return program.HasSucceeded() ? UnknownWay() : StoppedWay();
+        const bool hasGivenUp = program.HasFailed() || !program.Flaw().empty();
+        // It was started: its job may just not have been seen, or not be whole.
+        if (feedback.IsStopped() && end != JobWait::End::kSpooled && !hasGivenUp) return UnknownWay();
         if (end == JobWait::End::kSpooled) {
             program.AwaitEnd(kGraceMilliseconds);
             // Part of it may have come out.
             if (program.HasFailed()) return Failed(program.Describe(command.program), false);
             return Printed(0);
         }
-        if (program.HasFailed() || !program.Flaw().empty())
-            return Failed(program.Describe(command.program), true);
+        if (hasGivenUp) return Failed(program.Describe(command.program), end != JobWait::End::kBegun);
         // It may have printed where nobody looked: twice is worse than not at all.
         const bool canRetry = !program.HasSucceeded();
         return {WayResult::End::kFailed, std::string(kStatusDidNotSpool),

@@ -26,11 +26,6 @@ bool ChoosesPrinter(std::string_view path) {
     return EndsWith(path, ".prs") || EndsWith(path, ".printer");
 }
 
-// Stopped before anything of it was accepted.
-bool IsUntouched(const WayResult& result) {
-    return result.end == WayResult::End::kStopped && result.wholeCopies == 0 && result.earlierJobs.empty();
-}
-
 }  // namespace
 
 RunWalk::RunWalk(const PrintRunServices& services, WalkRequest request)
@@ -86,11 +81,7 @@ bool RunWalk::TakeUpCutOffRun() {
     for (int row = 0; row < list.RowCount(); ++row) {
         const RunMark& mark = list.MarkOf(row);
         const std::string path(list.Text(row, kColumnFilename));
-        if (IsOfUnknownOutcome(cutOff, row)) {
-            m_services.outcomes.RecordRow(
-                {ReadRunItem(m_services, row), UnknownWay(), RowOutcome::kFailed, cutOff.copy});
-            m_services.outcomes.TellFailure(path, kStatusUnknown);
-        }
+        if (IsOfUnknownOutcome(cutOff, row)) m_ending.TellUnknown(row, cutOff.isBalanced);
         ReportEarlierRow(row);
         const bool wasApplied =
             IsTicked(list, row) && mark.pass == cutOff.copy && mark.outcome == RowOutcome::kDone;
@@ -119,7 +110,7 @@ void RunWalk::ReportEarlierRow(int row) {
         if (isMerged(other)) ended = other;
     m_services.outcomes.ReportEarlierRow({item, list.MarkOf(ended), list.Text(ended, kColumnStatus),
                                           isMerged(row), IsTicked(list, row) || isInMerged,
-                                          IsOfUnknownOutcome(*m_request.cutOff, row)});
+                                          IsOfUnknownOutcome(*m_request.cutOff, ended)});
 }
 
 // What had failed has left its traces: the printer to another one, or the rows below without a page choice
@@ -167,6 +158,8 @@ void RunWalk::ResetSetUp() {
     std::string message;
     if (m_services.selection.UsePrinter(m_request.printer, message) != 0)
         m_services.outcomes.RecordError("", m_request.printer, message);
+    m_services.selection.MoveDefaultBack();
+    m_attempt.ForgetMovedDefault();
     m_services.processing.Clear();
     m_services.separators.BeginWalk();
 }
@@ -233,7 +226,7 @@ void RunWalk::PrintRow(RunItem item, const WayResult& obstacle) {
             m_services.prompts.ShowBox("Print Error!", kSnapshotFailed);
         result = m_attempt.Print(item);
         // Who takes the run up again prints it.
-        if (IsUntouched(result) && m_row.Find())
+        if (result.end == WayResult::End::kStopped && result.isUntouched && m_row.Find())
             m_services.snapshot.PutBack(m_services.list, m_row.Index(), m_row.Copy());
     }
     m_attempt.PrintSeparatorAfter(result);

@@ -53,9 +53,9 @@ public:
         std::vector<std::int64_t> jobs;
         WayResult flaw;  // the last call that was not as it should be
         for (int i = 0; i < times; ++i) {
-            if (i > 0 && !feedback.KeepGoing()) return Stopped(printed, times);
+            if (i > 0 && !feedback.KeepGoing()) return Stopped(printed, times, flaw);
             const WayResult call = SendOnce(item, feedback);
-            if (call.end == WayResult::End::kStopped) return Stopped(printed, times);
+            if (call.end == WayResult::End::kStopped) return Stopped(printed, times, flaw);
             if (call.end == WayResult::End::kPrinted) {
                 ++printed;
                 jobs.push_back(call.jobId);
@@ -90,7 +90,7 @@ private:
         };
         DirectOutcome outcome;
         const int result = m_services.printer.PrintExtPS(item.printer, item.Source(), onChunk, outcome);
-        if (outcome.stopped) return Stopped(0, 1);
+        if (outcome.stopped) return StoppedWay();
         if (result == -1)
             return DidNotSpool(m_services.spooler, "the printer can't be opened", outcome.systemError);
         if (result != 0)
@@ -108,11 +108,13 @@ private:
                        outcome.jobId);
     }
 
-    static WayResult Stopped(int printed, int times) {
-        WayResult result;
-        result.end = WayResult::End::kStopped;
-        result.status = printed == 0 ? "Error - Stopped, nothing was printed"
-                                     : Format("Error - Stopped, printed %d of %d times", printed, times);
+    // `flaw`: of the calls before.
+    static WayResult Stopped(int printed, int times, const WayResult& flaw) {
+        if (flaw.status == kStatusUnknown) return flaw;
+        WayResult result = StoppedWay();
+        if (printed == 0) return result;
+        result.isUntouched = false;
+        result.status = Format("Error - Stopped, printed %d of %d times", printed, times);
         result.wholeCopies = printed;
         return result;
     }
@@ -195,6 +197,7 @@ WayResult StoppedWay() {
     WayResult result;
     result.end = WayResult::End::kStopped;
     result.status = "Error - Stopped, nothing was printed";
+    result.isUntouched = true;
     return result;
 }
 

@@ -11,6 +11,7 @@
 #include "core/print_run_source.h"
 #include "core/run_downloads.h"
 #include "core/run_outcomes.h"
+#include "core/run_snapshot.h"
 #include "logs/debug_log.h"
 #include "platform/prompts.h"
 #include "settings/general_options.h"
@@ -67,9 +68,8 @@ WayResult RowAttempt::Download(RunItem& item) {
 // for this row: those below begin with what the list has set.
 WayResult RowAttempt::AttemptBalanced(RunItem item) {
     if (item.kind == ItemKind::kSeparator) return PrintSeparator(RunSeparators::Place::kBefore);
-    if (item.kind == ItemKind::kCommand) return AttemptDocument(item);
     EndRow();  // of an attempt before
-    if (!m_isBalanced && item.balancedPrinters.empty()) {
+    if (item.kind == ItemKind::kCommand || (!m_isBalanced && item.balancedPrinters.empty())) {
         if (!m_movedDefault.empty()) m_services.selection.MoveDefault(std::exchange(m_movedDefault, {}));
         return AttemptDocument(item);
     }
@@ -103,7 +103,10 @@ WayResult RowAttempt::AttemptBalanced(RunItem item) {
     }
     item.printer = PrinterOfRun(m_services);
     item.ticket = m_services.selection.Ticket();
-    if (m_row.Find()) m_services.list.SetText(m_row.Index(), kColumnBalancedPrinterUsed, item.printer);
+    if (m_row.Find()) {
+        m_services.list.SetText(m_row.Index(), kColumnBalancedPrinterUsed, item.printer);
+        m_services.snapshot.NotePrinter(m_services.list, m_row.Index());
+    }
     WayResult result = AttemptDocument(item);
     if (result.end == WayResult::End::kFailed) m_services.balance.NoteFailed(choice);
     if (result.end != WayResult::End::kPrinted) return result;

@@ -21,6 +21,8 @@ public:
     // Once more where nothing came out and the options say so. `item` becomes the document that a download
     // has brought. May pump.
     WayResult Print(RunItem& item);
+    // The system's default printer is that of the run again.
+    void ForgetMovedDefault() { m_movedDefault.clear(); }
     // What follows the row, which has ended so, however it did. May pump.
     void PrintSeparatorAfter(const WayResult& result);
     // Of what was chosen for the row nothing is left.
@@ -45,8 +47,8 @@ private:
     std::string m_separated;          // printer that has got the separator before the row
     bool m_hasToldSeparator = false;  // that one failed
     std::optional<PrinterSelection::Selected> m_listState;  // while a balanced printer is current
-    std::string
-        m_movedDefault;  // the system's default before a balanced printer became it; empty: it did not
+    // The system's default before a balanced printer became it; empty: it did not.
+    std::string m_movedDefault;
 };
 
 }  // namespace quirepress

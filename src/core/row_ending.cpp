@@ -58,6 +58,17 @@ void RowEnding::Finish(const RunItem& item, RowOutcome outcome, const WayResult&
     if (IsMerged(item) && m_row.Copy() == m_row.Copies() && m_row.Find()) EndAppendedRows(result);
 }
 
+void RowEnding::TellUnknown(int row, bool isBalanced) {
+    RunItem item = ReadRunItem(m_services, row);
+    WayResult result = UnknownWay();
+    const std::string_view used = m_services.list.Text(row, kColumnBalancedPrinterUsed);
+    const bool wasBalanced = isBalanced || !item.balancedPrinters.empty();
+    if (wasBalanced && !used.empty()) result.printers.emplace_back(used);
+    Record(item, RowOutcome::kFailed, result);
+    if (IsMerged(item)) RecordAppendedRows(RowOutcome::kFailed, result);
+    m_services.outcomes.TellFailure(IsMerged(item) ? NamesOfAppendedRows() : item.path, result.status);
+}
+
 bool RowEnding::IsMerged(const RunItem& item) const {
     return !m_request.mergedFile.empty() && item.path == m_request.mergedFile;
 }

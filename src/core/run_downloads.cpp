@@ -91,6 +91,7 @@ WayResult RunDownloads::Fetch(const std::string& entry, WayFeedback& feedback, s
             break;
         case TransferEnd::kStopped:
             result.end = WayResult::End::kStopped;
+            result.isUntouched = true;
             result.status = "Error - Stopped, nothing was printed";
             break;
         case TransferEnd::kFailed:

@@ -65,7 +65,7 @@ void RunOutcomes::RecordRow(const RowEnd& row) {
     const RunItem& item = row.item;
     const WayResult& result = row.result;
     // What was stopped is no failure of the document, and may be printed another time.
-    const bool wasStopped = result.end == WayResult::End::kStopped && result.wholeCopies == 0;
+    const bool wasStopped = result.end == WayResult::End::kStopped && result.isUntouched;
     const bool hasFlaw = row.outcome == RowOutcome::kFailed || !result.remark.empty();
     if (!row.isMerged && !wasStopped && hasFlaw)
         RecordError(item.path, PrintersOf(row), result.remark.empty() ? result.status : result.remark);

@@ -23,7 +23,7 @@ constexpr std::string_view kListName = "SnapshotRestore.List";
 constexpr std::string_view kCheckpointName = "SnapshotRestore.Checkpoint";
 constexpr std::string_view kBackupName = "SnapshotRestore.Checkpoint.bak";
 constexpr std::string_view kLockName = "SnapshotRestore.lock";
-constexpr std::string_view kListTitle = "QUIREPRESS SNAPSHOT 2";
+constexpr std::string_view kListTitle = "QUIREPRESS SNAPSHOT 3";
 constexpr std::string_view kListEnd = "ROWS";
 constexpr std::string_view kCheckpointTitle = "QUIREPRESS CHECKPOINT 1";
 constexpr std::int64_t kMostBytes = 4LL << 30;
@@ -113,14 +113,13 @@ bool ReadRow(const std::vector<std::string_view>& fields, CutOffRun::Row& row) {
 // Title, generation, printer, copies; the rows; their number.
 bool ReadRows(Fields& lines, CutOffRun& run, std::uint64_t& generation) {
     std::vector<std::string_view> fields;
-    if (!lines.TakeLine(fields) || fields.size() != 7 || fields[0] != kListTitle) return false;
+    if (!lines.TakeLine(fields) || fields.size() != 6 || fields[0] != kListTitle) return false;
     const auto number = ParseWholeNumber(fields[1], 0, std::numeric_limits<std::int64_t>::max());
     if (!number || !ReadNumber(fields[3], 1, kMostRows, run.copies)) return false;
     generation = static_cast<std::uint64_t>(*number);
     run.printer = UnescapeControls(fields[2]);
     run.isBalanced = fields[4] == "1";
-    run.defaultPrinter = UnescapeControls(fields[5]);
-    run.mergedFile = UnescapeControls(fields[6]);
+    run.mergedFile = UnescapeControls(fields[5]);
     while (lines.TakeLine(fields) && fields[0] != kListEnd) {
         if (!ReadRow(fields, run.rows.emplace_back())) return false;
     }
@@ -141,6 +140,10 @@ void ReadJournal(Fields& lines, CutOffRun& run) {
         if (fields[0] == "FILED" && fields.size() == 3) {
             row.mark.isFiled = true;
             row.texts[kColumnStatus] = UnescapeControls(fields[2]);
+            continue;
+        }
+        if (fields[0] == "PRINTER" && fields.size() == 3) {
+            row.texts[kColumnBalancedPrinterUsed] = UnescapeControls(fields[2]);
             continue;
         }
         RunMark mark;
@@ -234,7 +237,7 @@ bool RunSnapshot::WriteList(PrintList& list, int copy) {
     ++m_generation;
     std::string text = JoinFields({kListTitle, std::to_string(m_generation), EscapeControls(m_head.printer),
                                    std::to_string(m_head.copies), m_head.isBalanced ? "1" : "0",
-                                   EscapeControls(m_head.defaultPrinter), EscapeControls(m_head.mergedFile)});
+                                   EscapeControls(m_head.mergedFile)});
     for (int row = 0; row < list.RowCount(); ++row) text += RowLine(list, row);
     text += JoinFields({kListEnd, std::to_string(list.RowCount())});
     if (ReplaceFileDurably(m_files, PathOf(kListName), text) != FileResult::kDone) return false;
@@ -294,6 +297,12 @@ bool RunSnapshot::NoteFinished(PrintList& list, int row) {
     if (row == m_begun) m_finished = row;
     return WriteJournal(JoinFields({"FINISHED", std::to_string(row), MarkText(list.MarkOf(row)),
                                     EscapeControls(list.Text(row, kColumnStatus))}));
+}
+
+void RunSnapshot::NotePrinter(PrintList& list, int row) {
+    if (IsOn() && list.Version() == m_listVersion)
+        WriteJournal(JoinFields(
+            {"PRINTER", std::to_string(row), EscapeControls(list.Text(row, kColumnBalancedPrinterUsed))}));
 }
 
 void RunSnapshot::NoteFiled(PrintList& list, int row) {

@@ -19,8 +19,7 @@ class PrintList;
 // What a run was asked for.
 struct RunHead {
     std::string printer;
-    std::string defaultPrinter;  // before the run: Spooler::DefaultChoice
-    int copies = 1;              // walks over the whole list
+    int copies = 1;  // walks over the whole list
     bool isBalanced = false;
     std::string mergedFile = {};  // of the PDFs that were appended; empty: none
 };
@@ -70,6 +69,8 @@ public:
     bool NoteBegun(PrintList& list, int row, int copy);
     // Lost with the machine, not with the program: the row then counts as begun.
     bool NoteFinished(PrintList& list, int row);
+    // The printer that the row which has begun goes to, where that is not the run's. Likewise.
+    void NotePrinter(PrintList& list, int row);
     // The row's file is where it is to be, or stays. Likewise: it is then looked for once more.
     void NoteFiled(PrintList& list, int row);
     // The row that has begun was stopped before anything came out: it waits again. The snapshot follows the

@@ -44,6 +44,8 @@ struct WayResult {
     std::vector<std::string> printers = {};
     int wholeCopies = 0;                         // that came out although the end is no success
     std::vector<std::int64_t> earlierJobs = {};  // of a row that became several: all but `jobId`
+    // Of kStopped: before anything of it was begun, so that it may come another time.
+    bool isUntouched = false;
 };
 
 // What a way may say and ask while it works.

@@ -133,6 +133,10 @@ TEST_F(JobWaitTest, AForeignJobIsAwaitedForTheAllowance) {
     EXPECT_EQ(AwaitForeign(), JobWait::End::kNotSeen) << "it hangs";
 
     feedback.isStopped = true;
+    EXPECT_EQ(AwaitForeign(), JobWait::End::kBegun);
+    PutJob(job_status::kOffline);
+    EXPECT_EQ(AwaitForeign(), JobWait::End::kSpooled) << "it only waits for its printer";
+    wait.BeginForeignJob("Laser");
     EXPECT_EQ(AwaitForeign(), JobWait::End::kStopped);
     options.m_dontCheckSpoolerForPrint = true;
     EXPECT_EQ(AwaitForeign(), JobWait::End::kSpooled);

@@ -355,7 +355,7 @@ TEST_F(PrintRunOutcomesTest, ARunThatIsTakenUpFilesWhatWasPrinted) {
     const std::string here = WithTrailingSeparator(folder.Path());
     {
         RunSnapshot cut(files, here);
-        ASSERT_EQ(cut.Create(list, {"Laser", "Laser", 1, false, merged}, 1), "");
+        ASSERT_EQ(cut.Create(list, {"Laser", 1, false, merged}, 1), "");
         ASSERT_TRUE(cut.NoteBegun(list, 0, 1));
         const auto finish = [&](int row, RowOutcome outcome) {
             RunMark& mark = list.MarkOf(row);
@@ -369,7 +369,7 @@ TEST_F(PrintRunOutcomesTest, ARunThatIsTakenUpFilesWhatWasPrinted) {
         finish(3, RowOutcome::kFailed);
         list.MarkOf(4).isAppended = true;
         list.SetText(4, kColumnSelected, "No");
-        ASSERT_EQ(cut.Create(list, {"Laser", "Laser", 1, false, merged}, 1), "");
+        ASSERT_EQ(cut.Create(list, {"Laser", 1, false, merged}, 1), "");
         cut.NoteFiled(list, 5);
         std::filesystem::remove(filed);
         folder.Write("filed.ps", "a new one of this name");
@@ -402,7 +402,7 @@ TEST_F(PrintRunOutcomesTest, WhatIsOfUnknownOutcomeInOneCopyStaysAfterTheOthers)
     const std::string unknown = AddRow("a.ps", "qprdelete", folder.PathOf("bad"));
     {
         RunSnapshot cut(files, WithTrailingSeparator(folder.Path()));
-        ASSERT_EQ(cut.Create(list, {"Laser", "Laser", 2, false}, 1), "");
+        ASSERT_EQ(cut.Create(list, {"Laser", 2, false}, 1), "");
         ASSERT_TRUE(cut.NoteBegun(list, 0, 1));
     }
     CutOffRun cutOff;
@@ -413,14 +413,42 @@ TEST_F(PrintRunOutcomesTest, WhatIsOfUnknownOutcomeInOneCopyStaysAfterTheOthers)
     EXPECT_THAT(ReportText(".txt"), HasSubstr("Unknown whether it was printed"));
 }
 
+TEST_F(PrintRunOutcomesTest, AMergedDocumentOfUnknownOutcomeIsToldByItsParts) {
+    options.m_generateReports = options.m_errorLog = true;
+    const std::string merged = folder.Write("QPRMerged_11.pdf", "bytes");
+    list.InsertFileIntoList(merged, 1, "qprdelete", {});
+    for (const char* name : {"a.pdf", "b.pdf"}) {
+        AddRow(name, "");
+        list.MarkOf(list.RowCount() - 1).isAppended = true;
+        list.SetText(list.RowCount() - 1, kColumnSelected, "No");
+    }
+    {
+        RunSnapshot cut(files, WithTrailingSeparator(folder.Path()));
+        ASSERT_EQ(cut.Create(list, {"Laser", 1, true, merged}, 1), "");
+        ASSERT_TRUE(cut.NoteBegun(list, 0, 1));
+        list.SetText(0, kColumnBalancedPrinterUsed, "Plotter");
+        cut.NotePrinter(list, 0);
+    }
+    CutOffRun cutOff;
+    ASSERT_EQ(snapshot.Load(cutOff), SnapshotResult::kLoaded);
+    EXPECT_EQ(run.FinishCutOffRun(cutOff).failed, 2);
+    EXPECT_THAT(notices.told.at(0), testing::AllOf(HasSubstr("a.pdf, "), HasSubstr("b.pdf")));
+    EXPECT_THAT(ErrorRecords(), testing::AllOf(HasSubstr("b.pdf"), HasSubstr("Plotter"),
+                                               testing::Not(HasSubstr("QPRMerged"))));
+    EXPECT_THAT(ReportText(".txt"), HasSubstr("Failed                2 "));
+}
+
 // Somebody must decide about what was cut off before another run takes its place.
 TEST_F(PrintRunOutcomesTest, ACutOffRunIsNotForgottenByTheNext) {
     options.m_snapshotRestore = options.m_errorLog = options.m_generateReports = true;
     AddRow("a.ps", "");
     AddRow("b.ps", "");
     const std::string here = WithTrailingSeparator(folder.Path());
-    { ASSERT_EQ(RunSnapshot(files, here).Create(list, {"Plotter", "Laser", 1, false}, 1), ""); }
+    { ASSERT_EQ(RunSnapshot(files, here).Create(list, {"Plotter", 1, false}, 1), ""); }
+    const std::string merged = folder.Write("Temp/QPRMerged_17.pdf", "of the run that waits");
+    std::filesystem::last_write_time(merged, std::filesystem::file_time_type() + std::chrono::hours(1));
     EXPECT_EQ(run.OnButtonPrint().end, RunSummary::End::kRefused);
+    EXPECT_TRUE(IsThere(merged));
     EXPECT_THAT(Printed(), IsEmpty());
     EXPECT_THAT(prompts.boxes.back().text, HasSubstr("qpr restore --print"));
     EXPECT_THAT(ErrorRecords(), HasSubstr("A run that was cut off waits"));
@@ -429,12 +457,10 @@ TEST_F(PrintRunOutcomesTest, ACutOffRunIsNotForgottenByTheNext) {
 
     CutOffRun cutOff;
     ASSERT_EQ(snapshot.Load(cutOff), SnapshotResult::kLoaded);
-    spooler.MakeDefaultPrinter("Plotter");  // as the run that was cut off may have left it
     EXPECT_EQ(run.FinishCutOffRun(cutOff).done, 2);
-    EXPECT_EQ(spooler.DefaultPrinter(), "Laser");
     EXPECT_EQ(run.OnButtonPrint().done, 2);
 
-    { ASSERT_EQ(RunSnapshot(files, here).Create(list, {"Plotter", "Laser", 2, false}, 1), ""); }
+    { ASSERT_EQ(RunSnapshot(files, here).Create(list, {"Plotter", 2, false}, 1), ""); }
     prompts.AnswerNext(true);
     EXPECT_EQ(run.OnButtonPrint().done, 2);
     EXPECT_EQ(snapshot.Load(cutOff), SnapshotResult::kNone);
@@ -444,7 +470,7 @@ TEST_F(PrintRunOutcomesTest, ARunThatWasTakenUpAndStoppedMayBeTakenUpAgain) {
     AddRow("a.ps", "");
     AddRow("b.ps", "", "", std::string(300'000, 'x'));
     const std::string here = WithTrailingSeparator(folder.Path());
-    { ASSERT_EQ(RunSnapshot(files, here).Create(list, {"Laser", "Laser", 1, false}, 1), ""); }
+    { ASSERT_EQ(RunSnapshot(files, here).Create(list, {"Laser", 1, false}, 1), ""); }
     CutOffRun cutOff;
     ASSERT_EQ(snapshot.Load(cutOff), SnapshotResult::kLoaded);
     recorder.onFinished = [&](const RunProgress&) { run.Stop(); };
@@ -516,7 +542,7 @@ TEST_F(PrintRunOutcomesTest, SettingsThatAreGoneEndARunThatIsTakenUp) {
     list.MarkOf(0).pass = 1;
     list.MarkOf(0).outcome = RowOutcome::kDone;
     const std::string here = WithTrailingSeparator(folder.Path());
-    { ASSERT_EQ(RunSnapshot(files, here).Create(list, {"Laser", "Laser", 1, false}, 1), ""); }
+    { ASSERT_EQ(RunSnapshot(files, here).Create(list, {"Laser", 1, false}, 1), ""); }
     std::filesystem::remove(folder.PathOf("x.pro"));
     CutOffRun cutOff;
     ASSERT_EQ(snapshot.Load(cutOff), SnapshotResult::kLoaded);
@@ -527,7 +553,7 @@ TEST_F(PrintRunOutcomesTest, SettingsThatAreGoneEndARunThatIsTakenUp) {
 
     // Where they had failed before, the rows below fail as they would have.
     list.MarkOf(0).outcome = RowOutcome::kFailed;
-    { ASSERT_EQ(RunSnapshot(files, here).Create(list, {"Laser", "Laser", 1, false}, 1), ""); }
+    { ASSERT_EQ(RunSnapshot(files, here).Create(list, {"Laser", 1, false}, 1), ""); }
     ASSERT_EQ(snapshot.Load(cutOff), SnapshotResult::kLoaded);
     EXPECT_EQ(run.FinishCutOffRun(cutOff).failed, 2);
     EXPECT_THAT(Printed(), IsEmpty());
@@ -537,8 +563,13 @@ TEST_F(PrintRunOutcomesTest, EveryCopyBeginsWithTheSameSetUp) {
     AddRow("a.pdf", "");
     list.InsertFileIntoList("3.papercopies", 1, "", {});
     AddRow("b.pdf", "");
+    list.InsertFileIntoList("Plotter.printer", 1, "", {});
+    std::vector<std::string> defaults;
+    recorder.onFinished = [&](const RunProgress&) { defaults.push_back(spooler.DefaultPrinter()); };
     run.SetCopies(2);
     run.OnButtonPrint();
+    EXPECT_THAT(defaults,
+                ElementsAre("Laser", "Laser", "Laser", "Plotter", "Laser", "Laser", "Laser", "Plotter"));
     std::vector<int> copies;
     for (const SentDocument& sent : spooler.Sent()) copies.push_back(sent.ticket.copies);
     ASSERT_THAT(copies, SizeIs(4));

@@ -99,10 +99,16 @@ TEST_F(PrintRunPrintersTest, ABalancedPrinterIsThatOfItsRowOnly) {
     second.balancedPrinters = "2";
     AddFile("c.ps", "bytes", second);
     AddFile("d.ps");
+    // What goes by the system's default printer finds the list's own.
+    AddFile("e.ps", "bytes", second);
+    AddItem("2.papercopies");
+    std::vector<std::string> defaults;
+    recorder.onFinished = [&](const RunProgress&) { defaults.push_back(spooler.DefaultPrinter()); };
     run.UseBalancing(false);
     run.OnButtonPrint();
     EXPECT_EQ(Sent().at(2), "c.ps>Plotter");
     EXPECT_EQ(Sent().at(3), "d.ps>Laser");
+    EXPECT_THAT(defaults, ElementsAre("Plotter", "Laser", "Plotter", "Laser"));
 }
 
 TEST_F(PrintRunPrintersTest, EveryJobOfARowCountsForTheNextOne) {
@@ -324,6 +330,23 @@ TEST_F(PrintRunPrintersTest, AStopTakesADocumentBackThatIsBeingPrepared) {
     isTakenBack("colors.pdf", "");
 }
 
+TEST_F(PrintRunPrintersTest, WhatWasStoppedInTheMiddleIsNotBegunAnew) {
+    colorOptions.m_split = true;
+    pdfs.colors = "cm";
+    AddFile("colors.pdf", "%PDF");
+    const std::string here = WithTrailingSeparator(folder.Path());
+    { ASSERT_EQ(RunSnapshot(files, here).Create(list, {"Laser", 1}, 1), ""); }
+    CutOffRun cutOff;
+    ASSERT_EQ(snapshot.Load(cutOff), SnapshotResult::kLoaded);
+    spooler.KeepJobs(true);
+    InPump([this] { return !Printed().empty(); }, [this] { run.Stop(); });
+    EXPECT_EQ(run.FinishCutOffRun(cutOff).end, RunSummary::End::kStopped);
+    EXPECT_EQ(Text(0, kColumnStatus), "Error - Printed to page 1 only");
+    ASSERT_EQ(snapshot.Load(cutOff), SnapshotResult::kLoaded);
+    EXPECT_EQ(run.FinishCutOffRun(cutOff).failed, 1);
+    EXPECT_EQ(Printed().size(), 1U);
+}
+
 TEST_F(PrintRunPrintersTest, AnAnswerThatWasLostIsNeverTriedAgain) {
     options.m_onErrorPrintOneMoreTime = true;
     AddFiles({"a.ps", "b.pdf"});
@@ -445,7 +468,7 @@ TEST_F(PrintRunPrintersTest, SeparatorsStandAroundTheirDocuments) {
     AddFiles({"x/a.ps", "x/b.ps"});
     list.MarkOf(0) = {1, 1, RowOutcome::kDone};
     const std::string here = WithTrailingSeparator(folder.Path());
-    { ASSERT_EQ(RunSnapshot(files, here).Create(list, {"Laser", "Laser", 1, false}, 1), ""); }
+    { ASSERT_EQ(RunSnapshot(files, here).Create(list, {"Laser", 1, false}, 1), ""); }
     CutOffRun cutOff;
     ASSERT_EQ(snapshot.Load(cutOff), SnapshotResult::kLoaded);
     EXPECT_EQ(run.FinishCutOffRun(cutOff).done, 2);

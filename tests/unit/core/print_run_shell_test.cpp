@@ -69,7 +69,7 @@ protected:
     FakeProcesses processes;
     Feedback feedback;
     PrintCommandFile commands{SettingsPlace{files, prompts, WithTrailingSeparator(folder.Path())}};
-    ShellPrinter shellPrinter{{shell, processes, files, spooler, commands, debugLog, options}};
+    ShellPrinter shellPrinter{{shell, processes, files, spooler, selection, commands, debugLog, options}};
     std::unique_ptr<RunWay> way =
         MakeShellWay({shellPrinter, list, spooler, watch, processes, files, loop, debugLog, preparation,
                       options, WithTrailingSeparator(folder.Path())});
@@ -280,7 +280,11 @@ TEST_F(ShellWayTest, StopEndsProgramsOfEveryKind) {
         processes.AddScript(hang);
         feedback.isStopped = false;
         const long long start = loop.MonotonicMilliseconds();
-        EXPECT_EQ(Process(path == script ? *scripts : *way, path).end, End::kStopped) << path;
+        const WayResult result = Process(path == script ? *scripts : *way, path);
+        // Only of what was to become a PDF nothing can have come out.
+        EXPECT_EQ(result.isUntouched, path == paths[0]) << path;
+        EXPECT_EQ(result.status == kStatusUnknown, path == paths[1]) << path;
+        EXPECT_EQ(result.end == End::kStopped, path != paths[1]) << path;
         EXPECT_LE(loop.MonotonicMilliseconds() - start, 1500) << path;
         EXPECT_TRUE(processes.records.back().destroyed);
         loop.StopTimer(7);
@@ -294,6 +298,23 @@ TEST_F(ShellWayTest, StopEndsProgramsOfEveryKind) {
     feedback.isStopped = false;
     EXPECT_EQ(Process(*way, paths[1]).status, kStatusUnknown);
     loop.StopTimer(7);
+}
+
+TEST_F(ShellWayTest, TheDefaultPrinterOfAProgramIsSetBackByTheRun) {
+    options.m_dontCheckSpoolerForPrint = true;
+    FakeProcesses::Script quick;
+    std::string during;
+    quick.whenStarted = [&] { during = spooler.DefaultPrinter(); };
+    processes.AddScript(quick);
+    selection.SaveForRun();
+    RunItem item;
+    item.path = AddFile("a.plt");
+    item.printer = "Plotter";
+    EXPECT_EQ(way->Process(item, feedback).end, End::kPrinted);
+    EXPECT_EQ(during, "Plotter");
+    std::string message;
+    EXPECT_EQ(selection.RestoreAfterRun(message), 0);
+    EXPECT_EQ(spooler.DefaultPrinter(), "Laser");
 }
 
 TEST_F(ShellWayTest, ScriptsAreRunWithTheirParameters) {

@@ -48,14 +48,16 @@ TEST_F(RunSnapshotTest, ComesBackWithEveryTextAndMark) {
     EXPECT_EQ(Load(cutOff), SnapshotResult::kNone);
     {
         RunSnapshot first(files, WithTrailingSeparator(folder.Path()));
-        ASSERT_EQ(first.Create(list, {"Laser\t2", "", 3}, 1), "");
+        ASSERT_EQ(first.Create(list, {"Laser\t2", 3}, 1), "");
         EXPECT_TRUE(first.NoteBegun(list, 0, 1));
         FinishAt(0, 1, "Error - \"x\"\n", RowOutcome::kFailed);
         EXPECT_TRUE(first.NoteFinished(list, 0));
+        list.SetText(0, kColumnStatus, "Error, not moved: \tx");
+        first.NoteFiled(list, 0);
         EXPECT_TRUE(first.NoteBegun(list, 1, 1));
         EXPECT_EQ(Load(cutOff), SnapshotResult::kInUse);
         RunSnapshot second(files, WithTrailingSeparator(folder.Path()));
-        EXPECT_EQ(second.Create(list, {"Laser", "", 1}, 1), kSnapshotInUse);
+        EXPECT_EQ(second.Create(list, {"Laser", 1}, 1), kSnapshotInUse);
         EXPECT_FALSE(second.Discard());
     }
     ASSERT_EQ(Load(cutOff), SnapshotResult::kLoaded);
@@ -64,7 +66,8 @@ TEST_F(RunSnapshotTest, ComesBackWithEveryTextAndMark) {
     EXPECT_EQ(cutOff.copy, 1);
     EXPECT_EQ(cutOff.rowAtWork, 1);
     ASSERT_EQ(cutOff.rows.size(), 4U);
-    EXPECT_EQ(cutOff.rows[0].texts[kColumnStatus], "Error - \"x\"\n");
+    EXPECT_EQ(cutOff.rows[0].texts[kColumnStatus], "Error, not moved: \tx");
+    EXPECT_TRUE(cutOff.rows[0].mark.isFiled);
     EXPECT_EQ(cutOff.rows[0].mark.outcome, RowOutcome::kFailed);
     for (int row = 0; row < 4; ++row)
         EXPECT_EQ(cutOff.rows[row].texts[kColumnFilename], list.Text(row, kColumnFilename));
@@ -83,7 +86,7 @@ TEST_F(RunSnapshotTest, WhereverItIsCutOffNoRowIsDoneTwiceOrForgotten) {
         halting.HaltAfter(halts);
         const auto goThrough = [&] {
             RunSnapshot written(halting, WithTrailingSeparator(folder.Path()));
-            if (!written.Create(list, {"Laser", "", 2}, 1).empty()) return;
+            if (!written.Create(list, {"Laser", 2}, 1).empty()) return;
             list.SetCurrentRow(-1);
             for (int copy = 1; copy <= 2; ++copy) {
                 for (int row = NextRow(copy); row >= 0; row = NextRow(copy)) {
@@ -127,7 +130,7 @@ TEST_F(RunSnapshotTest, WhereverItIsCutOffNoRowIsDoneTwiceOrForgotten) {
 TEST_F(RunSnapshotTest, ARowThatEndsOutOfItsTurnFinishesNoOther) {
     MakeRows();
     RunSnapshot written(files, WithTrailingSeparator(folder.Path()));
-    ASSERT_EQ(written.Create(list, {"Laser", "", 1}, 1), "");
+    ASSERT_EQ(written.Create(list, {"Laser", 1}, 1), "");
     ASSERT_TRUE(written.NoteBegun(list, 0, 1));
     for (const int row : {0, 2}) {
         FinishAt(row, 1, "Done", RowOutcome::kDone);
@@ -150,13 +153,13 @@ TEST_F(RunSnapshotTest, WhatNobodyCanTellStaysSoWhenTheRestoredRunIsCutOffToo) {
         CutOffRun cutOff;
         {
             RunSnapshot first(files, here);
-            ASSERT_EQ(first.Create(list, {"Laser", "", 2}, 1), "");
+            ASSERT_EQ(first.Create(list, {"Laser", 2}, 1), "");
             EXPECT_TRUE(first.NoteBegun(list, atWork, 2));
         }
         ASSERT_EQ(Load(cutOff), SnapshotResult::kLoaded);
         ASSERT_EQ(cutOff.rowAtWork, atWork);
         PutRowsBack(list, cutOff);
-        { ASSERT_EQ(RunSnapshot(files, here).Create(list, {"Laser", "", 2}, 2), ""); }
+        { ASSERT_EQ(RunSnapshot(files, here).Create(list, {"Laser", 2}, 2), ""); }
         ASSERT_EQ(Load(cutOff), SnapshotResult::kLoaded);
         const bool isSetting = atWork == 4;  // it just gets its turn again
         EXPECT_EQ(cutOff.rows[atWork].mark.pass, isSetting ? 1 : 2);
@@ -170,10 +173,7 @@ TEST_F(RunSnapshotTest, WhatNobodyCanTellStaysSoWhenTheRestoredRunIsCutOffToo) {
 
 TEST_F(RunSnapshotTest, RefusesWhatIsNotWhole) {
     MakeRows();
-    {
-        ASSERT_EQ(RunSnapshot(files, WithTrailingSeparator(folder.Path())).Create(list, {"Laser", "", 1}, 1),
-                  "");
-    }
+    { ASSERT_EQ(RunSnapshot(files, WithTrailingSeparator(folder.Path())).Create(list, {"Laser", 1}, 1), ""); }
     const std::string whole = folder.Read("SnapshotRestore.List");
     CutOffRun cutOff;
     for (std::size_t size = 0; size < whole.size(); size += 7) {
@@ -192,7 +192,7 @@ TEST_F(RunSnapshotTest, RefusesWhatIsNotWhole) {
 TEST_F(RunSnapshotTest, AFullDiskEndsTheSnapshotAndSaysSo) {
     MakeRows();
     RunSnapshot first(files, WithTrailingSeparator(folder.Path()));
-    ASSERT_EQ(first.Create(list, {"Laser", "", 1}, 1), "");
+    ASSERT_EQ(first.Create(list, {"Laser", 1}, 1), "");
     files.FillDiskAfter(0);
     EXPECT_FALSE(first.NoteBegun(list, 0, 1));
     EXPECT_FALSE(first.IsOn());
@@ -205,15 +205,14 @@ TEST_F(RunSnapshotTest, AFullDiskEndsTheSnapshotAndSaysSo) {
 TEST_F(RunSnapshotTest, WhoTakesItUpHasItAlone) {
     MakeRows();
     const std::string here = WithTrailingSeparator(folder.Path());
-    { ASSERT_EQ(RunSnapshot(files, here).Create(list, {"Laser", "Plotter", 2, true}, 1), ""); }
+    { ASSERT_EQ(RunSnapshot(files, here).Create(list, {"Laser", 2, true}, 1), ""); }
     CutOffRun cutOff;
     RunSnapshot first(files, here);
     ASSERT_EQ(first.Load(cutOff), SnapshotResult::kLoaded);
     EXPECT_TRUE(cutOff.isBalanced);
-    EXPECT_EQ(cutOff.defaultPrinter, "Plotter");
     EXPECT_EQ(Load(cutOff), SnapshotResult::kInUse);
     files.FillDiskAfter(0);
-    EXPECT_EQ(first.Create(list, {"Laser", "", 2}, 1), kSnapshotFailed);
+    EXPECT_EQ(first.Create(list, {"Laser", 2}, 1), kSnapshotFailed);
     files.FillDiskAfter(-1);
     EXPECT_EQ(Load(cutOff), SnapshotResult::kLoaded) << "it stays for another time";
     ASSERT_EQ(first.Load(cutOff), SnapshotResult::kLoaded);
