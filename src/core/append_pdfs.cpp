@@ -247,6 +247,25 @@ void ReleaseMergedFile(Files& files, AppendOutcome& outcome) {
     outcome = {};
 }
 
+AppendedCount ShareMergedCopies(PrintList& list, std::string_view mergedFile) {
+    AppendedCount count;
+    int merged = 0;
+    while (merged < list.RowCount() && list.Text(merged, kColumnFilename) != mergedFile) ++merged;
+    if (mergedFile.empty() || merged == list.RowCount()) return count;
+    const RunMark shared = list.MarkOf(merged);
+    const std::string status(list.Text(merged, kColumnStatus));
+    if (shared.outcome == RowOutcome::kNotSelected) return count;
+    for (int row = 0; row < list.RowCount(); ++row) {
+        RunMark& mark = list.MarkOf(row);
+        if (!mark.isAppended || mark.outcome != RowOutcome::kNotSelected) continue;
+        mark.outcome = shared.outcome;
+        mark.printed = shared.printed;
+        list.SetText(row, kColumnStatus, status);
+        ++(shared.outcome == RowOutcome::kDone ? count.done : count.failed);
+    }
+    return count;
+}
+
 void TickAppendedRows(PrintList& list) {
     for (int row = 0; row < list.RowCount(); ++row) {
         if (!std::exchange(list.MarkOf(row).isAppended, false)) continue;

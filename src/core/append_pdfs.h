@@ -60,6 +60,13 @@ AppendOutcome TakeUpMergedFile(const AppendServices& services, const std::string
 void ReleaseMergedFile(Files& files, AppendOutcome& outcome);
 
 // At the end of a run: the rows that AppendPdfs has unticked are ticked again, for the next run.
+// Of a run that was stopped before the last copy of its merged file: the documents in it came out as often as
+// it did. Answers how many they are.
+struct AppendedCount {
+    int done = 0;
+    int failed = 0;
+};
+AppendedCount ShareMergedCopies(PrintList& list, std::string_view mergedFile);
 void TickAppendedRows(PrintList& list);
 
 // At the begin of a run: the rows that were merged files of earlier runs leave the list, with their files.

@@ -157,7 +157,8 @@ bool FileTransfer::FindCopy() {
     for (int version = 1; version <= kMostVersions; ++version) {
         const FileFacts facts = m_services.files.Inspect(path);
         if (facts.kind == FileKind::kMissing) return false;
-        if (facts.size == source.size && facts.written == source.written) {
+        if (facts.size == source.size && facts.written == source.written &&
+            HaveSameBytes(m_services.files, m_request.from, path)) {
             m_target = path;
             return true;
         }

@@ -92,7 +92,7 @@ RunSummary PrintRun::RunList(const CutOffRun* cutOff) {
     RestoreDefaultPrinter(summary);
     const bool wasStopped = summary.end == RunSummary::End::kStopped;
     if (wasStopped || summary.end == RunSummary::End::kFinished)
-        FinishRun(wasStopped);
+        FinishRun(wasStopped, summary);
     else
         m_services.outcomes.EndRefusedRun(m_services.list, m_passes, m_obstacle);
     // What is left of a run that was taken up, by who stopped it or by an obstacle, may be taken up again.
@@ -112,23 +112,23 @@ RunSummary PrintRun::WalkWithPrinter(const CutOffRun* cutOff) {
     if (m_printer.empty()) m_printer = m_services.selection.OwnDefaultPrinter();
     m_passes = cutOff != nullptr ? cutOff->copies : CountPasses(true);
     m_services.outcomes.BeginRun(m_printer, m_passes, [this] { return m_stop; });
-    if (!CreateSnapshot(cutOff)) return EndedEarly(RunSummary::End::kRefused);
+    RunObserver nobody;
+    RunWalk walk(m_services, {m_ways, m_observer != nullptr ? *m_observer : nobody, m_hangWatch, m_stop,
+                              m_printer, m_appended.path, m_passes, IsBalanced(cutOff), cutOff});
+    // The snapshot of this run takes it for told.
+    walk.TellUnknownRow();
+    if (!CreateSnapshot(cutOff)) return walk.EndEarly(RunSummary::End::kRefused);
     m_services.prompts.ShowStatus("Starting");
     const RunSummary::End obstacle = PreparePrinter();
-    if (obstacle != RunSummary::End::kFinished) return EndedEarly(obstacle);
+    if (obstacle != RunSummary::End::kFinished) return walk.EndEarly(obstacle);
     DebugLog& debugLog = m_services.debugLog;
     debugLog.Trace("Start printing.\r\n");
     debugLog.Trace("OnButtonPrint() copies: %d\r\n", m_passes);
     debugLog.Trace("OnButtonPrint() printer: %s\r\n", m_printer);
     m_services.watch.BeginRun();
-
-    RunObserver nobody;
-    RunWalk walk(m_services, {m_ways, m_observer != nullptr ? *m_observer : nobody, m_hangWatch, m_stop,
-                              m_printer, m_appended.path, m_passes, IsBalanced(cutOff), cutOff});
     TellFailedAppends(walk.Summary());
     m_obstacle = "The settings of the run that was cut off can't be set again";
-    RunSummary summary = walk.WalkList();
-    return summary;
+    return walk.WalkList();
 }
 
 void PrintRun::RestoreDefaultPrinter(RunSummary& summary) {
@@ -158,10 +158,15 @@ RunSummary PrintRun::TellMissedRows() {
 }
 
 // The printer is the user's own again.
-void PrintRun::FinishRun(bool wasStopped) {
+void PrintRun::FinishRun(bool wasStopped, RunSummary& summary) {
     m_services.viewers.CloseAcrobat(ViewerWindows::Occasion::kListFinished);
     m_services.outcomes.EndRun(m_services.list, m_passes, wasStopped);
-    if (wasStopped) TellMissingCopies();
+    if (wasStopped) {
+        const AppendedCount shared = ShareMergedCopies(m_services.list, m_appended.path);
+        summary.done += shared.done;
+        summary.failed += shared.failed;
+        TellMissingCopies();
+    }
     if (m_services.options.m_removeItem) RemoveDoneRows(m_passes);
 }
 

@@ -132,7 +132,7 @@ private:
     RunSummary RunAlone(const CutOffRun* cutOff);
     RunSummary RunList(const CutOffRun* cutOff);
     RunSummary WalkWithPrinter(const CutOffRun* cutOff);
-    void FinishRun(bool wasStopped);
+    void FinishRun(bool wasStopped, RunSummary& summary);
     bool HasWork();
     RunSummary TellMissedRows();
     void ForgetEarlierRuns();

@@ -66,10 +66,30 @@ RunSummary RunWalk::WalkList() {
     return summary;
 }
 
+void RunWalk::TellUnknownRow() {
+    const CutOffRun* cutOff = m_request.cutOff;
+    if (cutOff == nullptr || cutOff->rowAtWork < 0 || !IsOfUnknownOutcome(*cutOff, cutOff->rowAtWork)) return;
+    m_row.BeginCopy(cutOff->copy);
+    m_ending.TellUnknown(cutOff->rowAtWork,
+                         cutOff->printerAtWork.empty() ? cutOff->printer : cutOff->printerAtWork);
+}
+
+RunSummary RunWalk::EndEarly(RunSummary::End end) {
+    m_ending.CountRowsOfList();
+    ReportEarlierRows();
+    m_ending.Summary().end = end;
+    return m_ending.Summary();
+}
+
+void RunWalk::ReportEarlierRows() {
+    for (int row = 0; m_request.cutOff != nullptr && row < m_services.list.RowCount(); ++row)
+        ReportEarlierRow(row);
+}
+
 void RunWalk::EndCutOffRows() {
     m_row.BeginRun(m_services.list.RowCount(), m_request.passes);
     m_row.BeginCopy(m_request.passes);
-    for (int row = 0; row < m_services.list.RowCount(); ++row) ReportEarlierRow(row);
+    ReportEarlierRows();
     m_ending.FinishCutOffRows();
 }
 
@@ -81,7 +101,6 @@ bool RunWalk::TakeUpCutOffRun() {
     for (int row = 0; row < list.RowCount(); ++row) {
         const RunMark& mark = list.MarkOf(row);
         const std::string path(list.Text(row, kColumnFilename));
-        if (IsOfUnknownOutcome(cutOff, row)) m_ending.TellUnknown(row, cutOff.isBalanced);
         ReportEarlierRow(row);
         const bool wasApplied =
             IsTicked(list, row) && mark.pass == cutOff.copy && mark.outcome == RowOutcome::kDone;

@@ -31,6 +31,10 @@ public:
 
     // The summary's counts, end and time; the printer was checked. May pump.
     RunSummary WalkList();
+    // Of a run that is taken up: the row that was at work. May pump.
+    void TellUnknownRow();
+    // Instead of WalkList, when something is in the way.
+    RunSummary EndEarly(RunSummary::End end);
     // Of a run that had printed all of its rows: its files. May pump.
     void EndCutOffRows();
     RunSummary& Summary() { return m_ending.Summary(); }
@@ -38,6 +42,7 @@ public:
 private:
     bool TakeUpCutOffRun();
     void ReportEarlierRow(int row);
+    void ReportEarlierRows();
     void FailAgain(const std::string& path);
     bool ApplyAgain(int row, const std::string& path);
     void ResetSetUp();

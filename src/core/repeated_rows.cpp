@@ -1,6 +1,7 @@
 #include "core/repeated_rows.h"
 
 #include "base/path.h"
+#include "base/text.h"
 #include "core/print_list.h"
 #include "core/row_at_work.h"
 #include "platform/files.h"
@@ -40,7 +41,9 @@ void RepeatedRows::Update() {
     m_version = m_list.Version();
     m_groups.clear();
     m_groupOf.clear();
-    const auto isDocument = [this](std::string_view path) { return KindOfItem(path) == ItemKind::kDocument; };
+    const auto isDocument = [this](std::string_view path) {
+        return KindOfItem(path) == ItemKind::kDocument && !StartsWith(path, m_downloads);
+    };
     std::unordered_map<std::string_view, int> titles;
     for (int row = 0; row < m_list.RowCount(); ++row) {
         const std::string_view path = m_list.Text(row, kColumnFilename);

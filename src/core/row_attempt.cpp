@@ -56,6 +56,7 @@ WayResult RowAttempt::Download(RunItem& item) {
     if (result.end != WayResult::End::kPrinted) return result;
     if (m_row.Find()) {
         m_services.list.InsertFileIntoList(path, kReplaceCurrentRow, "", {});
+        m_services.snapshot.NoteFetched(m_services.list, m_row.Index());
         item = ReadRunItem(m_services, m_row.Index());
     } else {
         item.path = path;
@@ -103,10 +104,7 @@ WayResult RowAttempt::AttemptBalanced(RunItem item) {
     }
     item.printer = PrinterOfRun(m_services);
     item.ticket = m_services.selection.Ticket();
-    if (m_row.Find()) {
-        m_services.list.SetText(m_row.Index(), kColumnBalancedPrinterUsed, item.printer);
-        m_services.snapshot.NotePrinter(m_services.list, m_row.Index());
-    }
+    if (m_row.Find()) m_services.list.SetText(m_row.Index(), kColumnBalancedPrinterUsed, item.printer);
     WayResult result = AttemptDocument(item);
     if (result.end == WayResult::End::kFailed) m_services.balance.NoteFailed(choice);
     if (result.end != WayResult::End::kPrinted) return result;
@@ -125,7 +123,10 @@ WayResult RowAttempt::AttemptDocument(const RunItem& item) {
     WayResult result = FindSourceObstacle(item, facts);
     if (!result.status.empty()) return result;
     if (item.kind == ItemKind::kDocument) {
-        if (m_row.Find()) m_services.list.MarkOf(m_row.Index()).source = {facts.size, facts.written};
+        if (m_row.Find()) {
+            m_services.list.MarkOf(m_row.Index()).source = {facts.size, facts.written};
+            m_services.snapshot.NotePrinter(m_services.list, m_row.Index(), item.printer);
+        }
         // An attempt that goes to another printer needs its own.
         if (std::exchange(m_separated, item.printer) != item.printer) PrintSeparatorBefore();
         if (m_row.IsStopped()) return StoppedWay();

@@ -58,12 +58,10 @@ void RowEnding::Finish(const RunItem& item, RowOutcome outcome, const WayResult&
     if (IsMerged(item) && m_row.Copy() == m_row.Copies() && m_row.Find()) EndAppendedRows(result);
 }
 
-void RowEnding::TellUnknown(int row, bool isBalanced) {
+void RowEnding::TellUnknown(int row, const std::string& printer) {
     RunItem item = ReadRunItem(m_services, row);
     WayResult result = UnknownWay();
-    const std::string_view used = m_services.list.Text(row, kColumnBalancedPrinterUsed);
-    const bool wasBalanced = isBalanced || !item.balancedPrinters.empty();
-    if (wasBalanced && !used.empty()) result.printers.emplace_back(used);
+    result.printers = {printer};
     Record(item, RowOutcome::kFailed, result);
     if (IsMerged(item)) RecordAppendedRows(RowOutcome::kFailed, result);
     m_services.outcomes.TellFailure(IsMerged(item) ? NamesOfAppendedRows() : item.path, result.status);

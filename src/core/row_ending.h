@@ -31,7 +31,7 @@ public:
     void Finish(const RunItem& item, RowOutcome outcome, const WayResult& result,
                 std::string_view statusBefore);
     // The row that was at work when the run was cut off. May pump.
-    void TellUnknown(int row, bool isBalanced);
+    void TellUnknown(int row, const std::string& printer);
     // What a run that was cut off had printed in its last copy, and not seen to its end: documents that share
     // the lot of a merged one, files that stay where they were. May pump.
     void FinishCutOffRows();

@@ -4,9 +4,11 @@
 #include <string>
 #include <vector>
 
+#include "base/path.h"
 #include "core/file_target.h"
 #include "core/print_list.h"
 #include "core/row_at_work.h"
+#include "core/run_downloads.h"
 #include "core/run_outcomes.h"
 #include "core/run_snapshot.h"
 
@@ -29,7 +31,11 @@ bool TakesFileAway(const PrintList& list, int row, const RunMark& mark) {
 }  // namespace
 
 RowFiling::RowFiling(const PrintRunServices& services, RowAtWork& row, RunSummary& summary)
-    : m_services(services), m_row(row), m_summary(summary), m_repeated(services.list, services.files) {}
+    : m_services(services),
+      m_row(row),
+      m_summary(summary),
+      m_repeated(services.list, services.files,
+                 WithTrailingSeparator(DownloadFolderOf(services.options, services.append.workingFolder))) {}
 
 void RowFiling::FileRow() {
     File(false);
@@ -39,9 +45,14 @@ void RowFiling::FileCutOffRow() {
     PrintList& list = m_services.list;
     const int row = m_row.Index();
     RunMark& mark = list.MarkOf(row);
-    // One that is gone was filed, just not noted as such.
-    if (!mark.isFiled &&
-        m_services.files.Inspect(list.Text(row, kColumnFilename)).kind == FileKind::kMissing) {
+    // One that is gone from its folder was filed, just not noted as such; not one whose whole folder is out
+    // of reach.
+    const std::string_view path = list.Text(row, kColumnFilename);
+    const std::string_view folder = FolderOf(path);
+    const auto isThere = [this](std::string_view place) {
+        return m_services.files.Inspect(place).kind != FileKind::kMissing;
+    };
+    if (!mark.isFiled && !isThere(path) && isThere(folder.empty() ? "." : folder)) {
         mark.isFiled = true;
         m_services.snapshot.NoteFiled(list, row);
     }

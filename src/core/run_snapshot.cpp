@@ -128,6 +128,19 @@ bool ReadRows(Fields& lines, CutOffRun& run, std::uint64_t& generation) {
            static_cast<std::size_t>(count) == run.rows.size();
 }
 
+// A line that tells a text of its row; false: it is another line.
+bool ReadNote(std::string_view word, std::string text, CutOffRun& run, std::int32_t index) {
+    CutOffRun::Row& row = run.rows[static_cast<std::size_t>(index)];
+    if (word == "PRINTER") {
+        run.printerAtWork = std::move(text);
+        return true;
+    }
+    if (word != "FILED" && word != "FETCHED") return false;
+    row.texts[word == "FILED" ? kColumnStatus : kColumnFilename] = std::move(text);
+    row.mark.isFiled = row.mark.isFiled || word == "FILED";
+    return true;
+}
+
 // What became of rows after the list was written. The line that the end of the program cut short, and
 // whatever is behind it, did not happen.
 void ReadJournal(Fields& lines, CutOffRun& run) {
@@ -137,20 +150,23 @@ void ReadJournal(Fields& lines, CutOffRun& run) {
         if (fields.size() < 2 || !ReadNumber(fields[1], 0, static_cast<int>(run.rows.size()) - 1, index))
             return;
         CutOffRun::Row& row = run.rows[static_cast<std::size_t>(index)];
-        if (fields[0] == "FILED" && fields.size() == 3) {
-            row.mark.isFiled = true;
-            row.texts[kColumnStatus] = UnescapeControls(fields[2]);
-            continue;
-        }
-        if (fields[0] == "PRINTER" && fields.size() == 3) {
-            row.texts[kColumnBalancedPrinterUsed] = UnescapeControls(fields[2]);
-            continue;
-        }
+        if (fields.size() == 3 && ReadNote(fields[0], UnescapeControls(fields[2]), run, index)) continue;
         RunMark mark;
         if (fields[0] != "FINISHED" || fields.size() != 3 + kMarkFields || !ReadMark(fields, 2, mark)) return;
+        run.printerAtWork.clear();
         row.mark = mark;
         row.texts[kColumnStatus] = UnescapeControls(fields.back());
     }
+}
+
+// A row that has ended, nobody knows how: a disk that loses what it was told to keep. Settings count again.
+void TellLostEnd(CutOffRun::Row& row) {
+    const std::string& path = row.texts[kColumnFilename];
+    if (row.texts[kColumnSelected] != "Yes") return;
+    const bool isSetting = KindOfItem(path) == ItemKind::kCommand && PrinterSelection::TakesItem(path);
+    row.mark.outcome = isSetting ? RowOutcome::kDone : RowOutcome::kFailed;
+    row.mark.isFiled = row.mark.isFiled || !isSetting;
+    if (!isSetting) row.texts[kColumnStatus] = kStatusUnknown;
 }
 
 }  // namespace
@@ -271,7 +287,8 @@ bool RunSnapshot::NoteBegun(PrintList& list, int row, int copy) {
     if (isStale && !WriteListBefore(list, row, copy)) return GiveUp();
     if (m_first < 0) m_first = row;
     m_begun = row;
-    return WriteCheckpoint({m_finished, copy, m_first, row, m_generation}) || GiveUp();
+    // A checkpoint counts rows as finished of which the journal tells how.
+    return (FlushJournal() && WriteCheckpoint({m_finished, copy, m_first, row, m_generation})) || GiveUp();
 }
 
 // As it was before the row had its turn.
@@ -299,20 +316,31 @@ bool RunSnapshot::NoteFinished(PrintList& list, int row) {
                                     EscapeControls(list.Text(row, kColumnStatus))}));
 }
 
-void RunSnapshot::NotePrinter(PrintList& list, int row) {
+// Where the list has changed, the next one on the disk will hold it.
+void RunSnapshot::NoteText(PrintList& list, int row, std::string_view word, std::string_view text) {
     if (IsOn() && list.Version() == m_listVersion)
-        WriteJournal(JoinFields(
-            {"PRINTER", std::to_string(row), EscapeControls(list.Text(row, kColumnBalancedPrinterUsed))}));
+        WriteJournal(JoinFields({word, std::to_string(row), EscapeControls(text)}));
+}
+
+void RunSnapshot::NoteFetched(PrintList& list, int row) {
+    NoteText(list, row, "FETCHED", list.Text(row, kColumnFilename));
+}
+
+void RunSnapshot::NotePrinter(PrintList& list, int row, std::string_view printer) {
+    NoteText(list, row, "PRINTER", printer);
 }
 
 void RunSnapshot::NoteFiled(PrintList& list, int row) {
-    if (IsOn() && list.Version() == m_listVersion)
-        WriteJournal(
-            JoinFields({"FILED", std::to_string(row), EscapeControls(list.Text(row, kColumnStatus))}));
+    NoteText(list, row, "FILED", list.Text(row, kColumnStatus));
 }
 
 bool RunSnapshot::WriteJournal(const std::string& line) {
+    m_hasUnflushed = true;
     return m_journal->Write(line.data(), line.size()) == FileResult::kDone || GiveUp();
+}
+
+bool RunSnapshot::FlushJournal() {
+    return !std::exchange(m_hasUnflushed, false) || m_journal->FlushToDisk() == FileResult::kDone;
 }
 
 void RunSnapshot::Remove() {
@@ -344,7 +372,7 @@ SnapshotResult RunSnapshot::Load(CutOffRun& run) {
     if (isFound && checkpoint.finished < count && checkpoint.begun < count) {
         read.copy = checkpoint.copy;
         for (int row = std::max(checkpoint.first, 0); row <= checkpoint.finished; ++row)
-            read.rows[row].mark.pass = read.copy;
+            if (std::exchange(read.rows[row].mark.pass, read.copy) < read.copy) TellLostEnd(read.rows[row]);
         if (checkpoint.begun >= 0 && read.rows[checkpoint.begun].mark.pass < read.copy)
             read.rowAtWork = checkpoint.begun;
     } else {

@@ -31,9 +31,10 @@ struct CutOffRun : RunHead {
         RunMark mark;
         std::string jobFile;
     };
-    int copy = 1;           // the walk that was under way
-    std::vector<Row> rows;  // those that were finished in this walk have its number as their mark's pass
-    int rowAtWork = -1;     // begun and not finished: nobody can tell whether it came out
+    int copy = 1;               // the walk that was under way
+    std::vector<Row> rows;      // those that were finished in this walk have its number as their mark's pass
+    int rowAtWork = -1;         // begun and not finished: nobody can tell whether it came out
+    std::string printerAtWork;  // that it went to; empty: it had not come so far
 };
 
 constexpr std::string_view kSnapshotFailed = "Can't write to SnapshotRestore.List file.";
@@ -67,10 +68,13 @@ public:
     // On the disk for good when it returns; `row` is an index of the list now. False when it can't be
     // written, which ends the snapshot: nothing of it stays.
     bool NoteBegun(PrintList& list, int row, int copy);
-    // Lost with the machine, not with the program: the row then counts as begun.
+    // On the disk for good when the next row begins; before that, lost with the machine, not with the
+    // program: the row then counts as begun.
     bool NoteFinished(PrintList& list, int row);
-    // The printer that the row which has begun goes to, where that is not the run's. Likewise.
-    void NotePrinter(PrintList& list, int row);
+    // What the row that has begun names now, a file that was fetched for it. Likewise.
+    void NoteFetched(PrintList& list, int row);
+    // The printer that the row which has begun goes to. Likewise.
+    void NotePrinter(PrintList& list, int row, std::string_view printer);
     // The row's file is where it is to be, or stays. Likewise: it is then looked for once more.
     void NoteFiled(PrintList& list, int row);
     // The row that has begun was stopped before anything came out: it waits again. The snapshot follows the
@@ -94,6 +98,8 @@ private:
     bool WriteList(PrintList& list, int copy);
     bool WriteListBefore(PrintList& list, int row, int copy);
     bool WriteJournal(const std::string& line);
+    void NoteText(PrintList& list, int row, std::string_view word, std::string_view text);
+    bool FlushJournal();
     bool WriteCheckpoint(const Checkpoint& checkpoint);
     bool ReadCheckpoint(std::string_view name, Checkpoint& checkpoint) const;
     bool GiveUp();
@@ -108,6 +114,7 @@ private:
     std::unique_ptr<OutputFile> m_journal;  // the list's file, for what becomes of its rows
     std::uint64_t m_generation = 0;         // of the list that was written last
     std::uint64_t m_listVersion = 0;        // of the print list at that time
+    bool m_hasUnflushed = false;            // lines of the journal
     int m_copy = 1;                         // that was under way then
     int m_first = -1;                       // index of the first row that has begun since then
     int m_begun = -1;                       // index of the last row that has begun since then

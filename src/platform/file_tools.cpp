@@ -134,6 +134,21 @@ FileResult CopyFileDurably(Files& files, std::string_view from, std::string_view
     return target.Finish(false);
 }
 
+bool HaveSameBytes(Files& files, std::string_view path, std::string_view other) {
+    FileResult result = FileResult::kDone;
+    const std::unique_ptr<InputFile> one = files.OpenForReading(path, result);
+    const std::unique_ptr<InputFile> two = files.OpenForReading(other, result);
+    if (!one || !two || one->Size() != two->Size()) return false;
+    std::vector<char> bytes(kChunkSize);
+    std::vector<char> others(kChunkSize);
+    for (std::int64_t position = 0;; position += kChunkSize) {
+        const std::int64_t count = one->ReadAt(position, bytes.data(), bytes.size());
+        if (count < 0 || two->ReadAt(position, others.data(), others.size()) != count) return false;
+        if (!std::equal(bytes.begin(), bytes.begin() + count, others.begin())) return false;
+        if (count < static_cast<std::int64_t>(bytes.size())) return true;
+    }
+}
+
 FileResult EraseTree(Files& files, std::string_view path) {
     // Only a folder that is not empty is gone into, which a link to one never is.
     FileResult result = files.Erase(path);

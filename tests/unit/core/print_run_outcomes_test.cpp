@@ -92,6 +92,16 @@ TEST_F(PrintRunOutcomesTest, ADocumentOfSeveralRowsGoesWhenTheLastOfThemWasPrint
     run.UseAppending(false);
     EXPECT_TRUE(IsThere(folder.PathOf("out/p.pdf")));
 
+    // What was fetched for a row is its own, whatever other rows have fetched under its name.
+    list.Clear();
+    const std::string fetched = AddRow("Temp/Downloads/r.ps", folder.PathOf("out"));
+    list.InsertFileIntoList(fetched, 1, folder.PathOf("out"), {});
+    recorder.onFinished = [&](const RunProgress& progress) {
+        EXPECT_FALSE(progress.row == 0 && IsThere(fetched));
+    };
+    run.OnButtonPrint();
+    recorder.onFinished = {};
+
     // A run that is stopped before the last one leaves the file for another.
     list.Clear();
     const std::string left = AddRow("left.ps", "qprdelete");
@@ -326,6 +336,19 @@ TEST_F(PrintRunOutcomesTest, MergedDocumentsAreFiledAndLoggedByThemselves) {
     EXPECT_THAT(Text(4, kColumnStatus), StartsWith("Error appending file:"));
     for (int row = 0; row < 6; ++row) EXPECT_EQ(Text(row, kColumnSelected), "Yes") << row;
 
+    // A stop leaves them as often printed as the merged file was.
+    list.Clear();
+    for (const char* name : {"e.pdf", "f.pdf"}) AddRow(name, "", "", MakeSmallPdf({"a"}));
+    AddRow("g.ps", "");
+    recorder.onFinished = [&](const RunProgress& progress) {
+        if (progress.copy == 2) run.Stop();
+    };
+    run.SetCopies(3);
+    EXPECT_EQ(run.OnButtonPrint().done, 3);
+    recorder.onFinished = {};
+    const std::string twice = "Done, 2 of 3 copies";
+    EXPECT_THAT(Statuses(), ElementsAre(twice, twice, twice, "Done, 1 of 3 copies"));
+
     // What the merging took is not lost when the spooler refuses the whole.
     list.Clear();
     const std::string third = AddRow("c.pdf", "qprdelete", "", MakeSmallPdf({"a"}));
@@ -352,6 +375,8 @@ TEST_F(PrintRunOutcomesTest, ARunThatIsTakenUpFilesWhatWasPrinted) {
     const std::string filed = AddRow("filed.ps", out);
     AddRow("next.ps", out);
     const std::string copied = AddRow("copied.ps", "copy:" + out);
+    const std::string alike = AddRow("sub/alike.ps", "copy:" + out);
+    const std::string away = AddRow("away/x.ps", out);
     const std::string here = WithTrailingSeparator(folder.Path());
     {
         RunSnapshot cut(files, here);
@@ -365,7 +390,7 @@ TEST_F(PrintRunOutcomesTest, ARunThatIsTakenUpFilesWhatWasPrinted) {
             list.SetText(row, kColumnStatus, outcome == RowOutcome::kDone ? "Done" : "Error");
             ASSERT_TRUE(cut.NoteFinished(list, row));
         };
-        for (const int row : {0, 1, 2, 5, 7}) finish(row, RowOutcome::kDone);
+        for (const int row : {0, 1, 2, 5, 7, 8, 9}) finish(row, RowOutcome::kDone);
         finish(3, RowOutcome::kFailed);
         list.MarkOf(4).isAppended = true;
         list.SetText(4, kColumnSelected, "No");
@@ -376,12 +401,19 @@ TEST_F(PrintRunOutcomesTest, ARunThatIsTakenUpFilesWhatWasPrinted) {
         folder.Write("changed.ps", "longer bytes");
         ASSERT_EQ(files.MakeFolders(out), FileResult::kDone);
         ASSERT_EQ(CopyFileDurably(files, copied, JoinPath(out, "copied.ps")), FileResult::kDone);
+        // Another document of this name, size and time.
+        folder.Write("out/alike.ps", "BYTES");
+        ASSERT_EQ(files.CopyAttributes(alike, JoinPath(out, "alike.ps")), FileResult::kDone);
+        // Its volume is not there.
+        std::filesystem::rename(folder.PathOf("away"), folder.PathOf("off"));
     }
     CutOffRun cutOff;
     ASSERT_EQ(snapshot.Load(cutOff), SnapshotResult::kLoaded);
     const RunSummary summary = run.FinishCutOffRun(cutOff);
-    EXPECT_EQ(summary.done, 6);
-    EXPECT_EQ(summary.notFiled, 1);
+    EXPECT_EQ(summary.done, 8);
+    EXPECT_EQ(summary.notFiled, 2);
+    EXPECT_THAT(Text(list.RowCount() - 1, kColumnStatus), StartsWith("Done, not moved: "));
+    EXPECT_EQ(folder.Read("out/alike_v1.ps"), "bytes");
     EXPECT_FALSE(IsThere(JoinPath(out, "copied_v1.ps"))) << "its copy was made, and is not made again";
     EXPECT_EQ(Printed(), (TextList{"next.ps"})) << "only the row that had not come to its turn";
     EXPECT_FALSE(IsThere(printed) || IsThere(merged) || IsThere(appended));
@@ -389,10 +421,9 @@ TEST_F(PrintRunOutcomesTest, ARunThatIsTakenUpFilesWhatWasPrinted) {
     for (const char* name : {"printed.ps", "appended.pdf", "next.ps"})
         EXPECT_TRUE(IsThere(JoinPath(out, name))) << name;
     EXPECT_TRUE(IsThere(JoinPath(folder.PathOf("bad"), "failed.ps")));
-    EXPECT_THAT(prompts.boxes.back().text, HasSubstr("has changed since it was printed"));
     const std::string report = ReportText(".txt");
-    EXPECT_THAT(report, HasSubstr("Taken up   lines without a time (7)"));
-    EXPECT_THAT(report, HasSubstr("Printed               6 "));
+    EXPECT_THAT(report, HasSubstr("Taken up   lines without a time (9)"));
+    EXPECT_THAT(report, HasSubstr("Printed               8 "));
     EXPECT_THAT(report, HasSubstr("Failed                1 "));
     EXPECT_THAT(report, HasSubstr("changed.ps\r\n    Done\r\n    not deleted: it has changed"));
 }
@@ -426,8 +457,7 @@ TEST_F(PrintRunOutcomesTest, AMergedDocumentOfUnknownOutcomeIsToldByItsParts) {
         RunSnapshot cut(files, WithTrailingSeparator(folder.Path()));
         ASSERT_EQ(cut.Create(list, {"Laser", 1, true, merged}, 1), "");
         ASSERT_TRUE(cut.NoteBegun(list, 0, 1));
-        list.SetText(0, kColumnBalancedPrinterUsed, "Plotter");
-        cut.NotePrinter(list, 0);
+        cut.NotePrinter(list, 0, "Plotter");
     }
     CutOffRun cutOff;
     ASSERT_EQ(snapshot.Load(cutOff), SnapshotResult::kLoaded);
@@ -436,6 +466,40 @@ TEST_F(PrintRunOutcomesTest, AMergedDocumentOfUnknownOutcomeIsToldByItsParts) {
     EXPECT_THAT(ErrorRecords(), testing::AllOf(HasSubstr("b.pdf"), HasSubstr("Plotter"),
                                                testing::Not(HasSubstr("QPRMerged"))));
     EXPECT_THAT(ReportText(".txt"), HasSubstr("Failed                2 "));
+}
+
+// The printer of the run that was cut off is gone: what is unknown is told all the same, and once.
+TEST_F(PrintRunOutcomesTest, WhatIsUnknownIsToldThoughTheRunThatIsTakenUpCannotBegin) {
+    options.m_generateReports = options.m_errorLog = true;
+    AddRow("done.ps", "");
+    AddRow("unknown.ps", "");
+    AddRow("next.ps", "");
+    {
+        RunSnapshot cut(files, WithTrailingSeparator(folder.Path()));
+        ASSERT_EQ(cut.Create(list, {"Gone", 1}, 1), "");
+        ASSERT_TRUE(cut.NoteBegun(list, 0, 1));
+        list.MarkOf(0).pass = list.MarkOf(0).printed = 1;
+        list.MarkOf(0).outcome = RowOutcome::kDone;
+        ASSERT_TRUE(cut.NoteFinished(list, 0));
+        ASSERT_TRUE(cut.NoteBegun(list, 1, 1));
+    }
+    CutOffRun cutOff;
+    ASSERT_EQ(snapshot.Load(cutOff), SnapshotResult::kLoaded);
+    const RunSummary refused = run.FinishCutOffRun(cutOff);
+    EXPECT_EQ(refused.end, RunSummary::End::kNoPrinter);
+    EXPECT_EQ(refused.done + refused.failed, 2);
+    EXPECT_THAT(ErrorRecords(), HasSubstr("unknown.ps"));
+    EXPECT_THAT(notices.told.at(0), HasSubstr("unknown.ps"));
+    EXPECT_THAT(ReportText(".txt"),
+                testing::AllOf(HasSubstr("Printed               1 "), HasSubstr("Not printed           1")));
+    std::filesystem::remove_all(folder.PathOf("Reports"));
+    folder.Write("error.log", "");
+    ASSERT_EQ(snapshot.Load(cutOff), SnapshotResult::kLoaded);
+    cutOff.printer = "Laser";
+    EXPECT_EQ(run.FinishCutOffRun(cutOff).failed, 1);
+    EXPECT_THAT(Printed(), ElementsAre("next.ps"));
+    EXPECT_EQ(ErrorRecords(), "");
+    EXPECT_THAT(ReportText(".txt"), HasSubstr("Failed                1 "));
 }
 
 // Somebody must decide about what was cut off before another run takes its place.

@@ -55,6 +55,9 @@ TEST_F(RunSnapshotTest, ComesBackWithEveryTextAndMark) {
         list.SetText(0, kColumnStatus, "Error, not moved: \tx");
         first.NoteFiled(list, 0);
         EXPECT_TRUE(first.NoteBegun(list, 1, 1));
+        list.SetText(1, kColumnFilename, "fetched.ps");
+        first.NoteFetched(list, 1);
+        first.NotePrinter(list, 1, "Plotter");
         EXPECT_EQ(Load(cutOff), SnapshotResult::kInUse);
         RunSnapshot second(files, WithTrailingSeparator(folder.Path()));
         EXPECT_EQ(second.Create(list, {"Laser", 1}, 1), kSnapshotInUse);
@@ -65,6 +68,7 @@ TEST_F(RunSnapshotTest, ComesBackWithEveryTextAndMark) {
     EXPECT_EQ(cutOff.copies, 3);
     EXPECT_EQ(cutOff.copy, 1);
     EXPECT_EQ(cutOff.rowAtWork, 1);
+    EXPECT_EQ(cutOff.printerAtWork, "Plotter");
     ASSERT_EQ(cutOff.rows.size(), 4U);
     EXPECT_EQ(cutOff.rows[0].texts[kColumnStatus], "Error, not moved: \tx");
     EXPECT_TRUE(cutOff.rows[0].mark.isFiled);
@@ -169,6 +173,32 @@ TEST_F(RunSnapshotTest, WhatNobodyCanTellStaysSoWhenTheRestoredRunIsCutOffToo) {
         EXPECT_EQ(cutOff.rows[2].mark.pass, 0);
         list.RemoveRow(4);
     }
+}
+
+// The machine went down, and its disk has lost the end of the list's file, which the checkpoint counts on.
+TEST_F(RunSnapshotTest, AnEndThatIsLostIsUnknownAndSettingsAreAppliedAgain) {
+    list.Clear();
+    for (const char* name : {"upper.tra", "a.ps", "b.ps", "c.ps"}) AddFile(name);
+    RunSnapshot written(files, WithTrailingSeparator(folder.Path()));
+    ASSERT_EQ(written.Create(list, {"Laser", 1}, 1), "");
+    for (int row = 0; row < 4; ++row) {
+        ASSERT_TRUE(written.NoteBegun(list, row, 1));
+        FinishAt(row, 1, "Done", RowOutcome::kDone);
+        if (row < 3) {
+            ASSERT_TRUE(written.NoteFinished(list, row));
+        }
+    }
+    written.Leave();
+    const std::string whole = folder.Read("SnapshotRestore.List");
+    folder.Write("SnapshotRestore.List", whole.substr(0, whole.find("FINISHED")));
+    CutOffRun cutOff;
+    ASSERT_EQ(Load(cutOff), SnapshotResult::kLoaded);
+    EXPECT_EQ(cutOff.rowAtWork, 3);
+    for (int row = 1; row < 3; ++row) {
+        EXPECT_EQ(cutOff.rows[row].texts[kColumnStatus], kStatusUnknown) << row;
+        EXPECT_EQ(cutOff.rows[row].mark.outcome, RowOutcome::kFailed) << row;
+    }
+    EXPECT_EQ(cutOff.rows[0].mark.outcome, RowOutcome::kDone);
 }
 
 TEST_F(RunSnapshotTest, RefusesWhatIsNotWhole) {
