@@ -42,7 +42,7 @@ TEST(QprColors, ArePrintedPageByPage) {
         qpr.Run({"--json", "pages", "--colors", qpr.m_work.Write("b.pdf", "junk"), file});
     EXPECT_EQ(bad.exitCode, 1);
     EXPECT_EQ(bad.Json()["files"][0]["colors"], "");
-    EXPECT_EQ(bad.Json()["files"][0]["status"], "the file can't be read as a PDF");
+    EXPECT_EQ(bad.Json()["files"][0]["status"], "the file is no PDF, whatever its name says");
     EXPECT_EQ(bad.Json()["files"][1]["colors"], "mccm");
 }
 
