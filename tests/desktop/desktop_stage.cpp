@@ -17,25 +17,32 @@ constexpr int kSlice = 20;
 WindowProgram::WindowProgram(DesktopStage& stage, const std::string& program, std::vector<std::string> words)
     : m_stage(stage) {
     const std::string folder(FolderOf(stage.System().machine->ProgramPath()));
-    ProcessRequest request;
-    request.arguments = {JoinPath(folder, program)};
-    request.arguments.insert(request.arguments.end(), words.begin(), words.end());
-    request.environment = stage.Windows().ProgramEnvironment();
-    request.pipes = true;
+    m_request.arguments = {JoinPath(folder, program)};
+    m_request.arguments.insert(m_request.arguments.end(), words.begin(), words.end());
+    m_request.environment = stage.Windows().ProgramEnvironment();
+    m_request.pipes = true;
+    Start();
+}
+
+void WindowProgram::Start() {
     int systemError = 0;
-    m_process = stage.System().processes->Start(request, systemError);
-    EXPECT_TRUE(m_process) << program << ": error " << systemError;
+    m_process = m_stage.System().processes->Start(m_request, systemError);
+    EXPECT_TRUE(m_process) << m_request.arguments[0] << ": error " << systemError;
 }
 
 std::optional<AppWindow> WindowProgram::Find(const std::string& title) {
     EventLoop& loop = *m_stage.System().loop;
     const long long deadline = loop.MonotonicMilliseconds() + kPatience;
+    // Wine fails to start a program now and then, on a busy machine.
+    int restarts = 2;
     do {
+        if (!m_process->IsRunning() && restarts-- > 0) Start();
         for (const AppWindow& window : m_stage.Windows().ListWindows())
             if (window.title == title && window.processId == m_process->Id()) return window;
         loop.Wait(kSlice);
     } while (loop.MonotonicMilliseconds() < deadline);
-    ADD_FAILURE() << "no window " << title;
+    ADD_FAILURE() << "no window " << title
+                  << (m_process->IsRunning() ? ", its program runs" : ", its program has ended");
     return {};
 }
 

@@ -47,7 +47,10 @@ public:
     std::string Outcome();
 
 private:
+    void Start();
+
     DesktopStage& m_stage;
+    ProcessRequest m_request;
     std::unique_ptr<ChildProcess> m_process;
 };
 
