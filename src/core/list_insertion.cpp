@@ -153,7 +153,7 @@ int ListInsertion::InsertRow(const std::string& path, const FileFacts& facts) {
         parameters = AddPageRange(m_texts.processingParameters, m_texts.extraOptions, pages);
         columns[kColumnProcessingParameters] = parameters;
     }
-    m_list.AddRow(index, columns, pages, m_jobFile);
+    m_list.AddRow(index, columns, pages, m_origin);
     return 1;
 }
 
@@ -163,7 +163,7 @@ int ListInsertion::InsertRefusal(const std::string& path, std::string_view statu
     columns[kColumnSelected] = "No";
     columns[kColumnPages] = "Unknown";
     columns[kColumnStatus] = text;
-    m_list.AddRow(m_list.TakeRowIndex(), columns, -1, m_jobFile);
+    m_list.AddRow(m_list.TakeRowIndex(), columns, -1, m_origin);
     return 1;
 }
 

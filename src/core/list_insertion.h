@@ -45,7 +45,6 @@ private:
     int InsertShortcut(const std::string& path);
     int InsertArchive(const std::string& path);
     std::string MakeUnpackFolder(std::string_view archive) const;
-    void DeleteArchive(const std::string& path);
 
     int InsertJob(const std::string& path);
     void InsertJobLine(const std::string& line, const std::string& job);
@@ -60,8 +59,8 @@ private:
     int m_selectMode;
     std::string m_moveToDir;
     const ItemTexts& m_texts;
-    std::shared_ptr<const std::string> m_jobFile;  // the innermost that is being taken in
-    std::vector<std::string> m_openContainers;     // outermost first
+    std::shared_ptr<RowOrigin> m_origin;        // the innermost that is being taken in
+    std::vector<std::string> m_openContainers;  // outermost first
     int m_containersTaken = 0;
 };
 

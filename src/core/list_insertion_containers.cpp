@@ -1,11 +1,11 @@
 #include <algorithm>
+#include <utility>
 
 #include "base/entry_names.h"
 #include "base/format.h"
 #include "base/path.h"
 #include "core/list_insertion.h"
 #include "documents/archive.h"
-#include "platform/prompts.h"
 #include "platform/shell.h"
 #include "settings/general_options.h"
 
@@ -82,22 +82,24 @@ std::string ListInsertion::MakeUnpackFolder(std::string_view archive) const {
 
 int ListInsertion::InsertArchive(const std::string& path) {
     const std::string folder = MakeUnpackFolder(path);
+    const FileFacts facts = m_services.files.Inspect(path);
     const auto keepGoing = [this] { return m_list.KeepGoing(); };
     const ArchiveOutcome outcome = UnpackArchive(m_services.files, path, folder, ArchiveLimits(), keepGoing);
-    for (const std::string& file : outcome.files)
-        if (m_list.KeepGoing()) InsertInner(file);
     const std::string problem = DescribeOutcome(outcome);
+    const auto archive = std::make_shared<RowOrigin>(
+        RowOrigin{RowOrigin::Kind::kArchive, path, {facts.size, facts.written}, m_origin});
+    if (!problem.empty()) archive->path.clear();
+    const auto outer = std::exchange(m_origin, archive);
+    for (const std::string& file : outcome.files) {
+        if (m_list.KeepGoing())
+            InsertInner(file);
+        else
+            archive->path.clear();
+    }
+    m_origin = outer;
     if (!problem.empty()) InsertRefusal(path, problem);
     if (outcome.files.empty()) m_services.files.Erase(folder);
-    if (problem.empty() && m_services.options.m_deleteZipFiles) DeleteArchive(path);
     return 1;
-}
-
-void ListInsertion::DeleteArchive(const std::string& path) {
-    const FileResult erased = m_services.files.Erase(path);
-    if (erased != FileResult::kDone)
-        m_services.prompts.ShowBox("Delete Error",
-                                   Format("Can't delete %s: %s", path, DescribeFileResult(erased)));
 }
 
 }  // namespace quirepress

@@ -19,15 +19,16 @@ int ListInsertion::InsertJob(const std::string& path) {
         return 0;
     }
     if (job.headerCount > 0) m_list.m_headerTexts = job.headerTexts;
-    const auto name = std::make_shared<std::string>(path);
-    const auto outerJob = std::exchange(m_jobFile, name);
+    const auto origin = std::make_shared<RowOrigin>(RowOrigin{RowOrigin::Kind::kJobFile, path, {}, m_origin});
+    const auto outer = std::exchange(m_origin, origin);
     for (const std::string& line : job.lines) {
         if (m_list.KeepGoing())
             InsertJobLine(line, path);
         else
-            name->clear();  // not all of its rows are there, so that nothing may be done to it as a whole
+            origin->path
+                .clear();  // not all of its rows are there, so that nothing may be done to it as a whole
     }
-    m_jobFile = outerJob;
+    m_origin = outer;
     return 1;
 }
 
@@ -76,7 +77,7 @@ void ListInsertion::InsertJobRow(const std::vector<std::string>& columns) {
     constexpr int kMostPages = 1'000'000'000;
     const auto pages = ParseWholeNumber(texts[kColumnPages], 0, kMostPages).value_or(-1);
     const int row = m_list.RowCount();
-    m_list.AddRow(row, texts, static_cast<int>(pages), m_jobFile);
+    m_list.AddRow(row, texts, static_cast<int>(pages), m_origin);
     m_list.RefreshRow(row);
 }
 

@@ -89,4 +89,10 @@ void ListItem::SetText(int column, std::string_view text) {
     for (auto i = static_cast<std::size_t>(column); i < m_ends.size(); ++i) m_ends[i] += growth;
 }
 
+std::string_view ListItem::JobFile() const {
+    const RowOrigin* origin = m_origin.get();
+    while (origin != nullptr && origin->kind != RowOrigin::Kind::kJobFile) origin = origin->outer.get();
+    return origin != nullptr ? origin->path : std::string_view();
+}
+
 }  // namespace quirepress

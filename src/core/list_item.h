@@ -73,6 +73,14 @@ struct RunMark {
     SourceVersion source = {};
 };
 
+// A job file or an archive that rows came out of; they share it.
+struct RowOrigin {
+    enum class Kind { kJobFile, kArchive } kind = Kind::kJobFile;
+    std::string path;                       // empty: not all that is in it has come into the list
+    SourceVersion version = {};             // of an archive, when it was unpacked
+    std::shared_ptr<RowOrigin> outer = {};  // that it came out of itself; null: none
+};
+
 // One row: its column texts are its whole state. All texts lie in one piece of memory, so that a list of
 // 100,000 rows stays small.
 class ListItem {
@@ -88,16 +96,18 @@ public:
 
     RunMark& Mark() { return m_mark; }
 
-    // The job file that brought it; empty: none.
-    std::string_view JobFile() const { return m_jobFile ? *m_jobFile : std::string_view(); }
-    void SetJobFile(std::shared_ptr<const std::string> jobFile) { m_jobFile = std::move(jobFile); }
+    // What brought it, the innermost of several; null: it came by itself.
+    RowOrigin* Origin() const { return m_origin.get(); }
+    void SetOrigin(std::shared_ptr<RowOrigin> origin) { m_origin = std::move(origin); }
+    // The innermost job file that brought it; empty: none.
+    std::string_view JobFile() const;
 
 private:
     std::string m_texts;
     std::array<std::uint32_t, kColumnCount> m_ends{};
     std::int32_t m_keptPages = -1;
     RunMark m_mark;
-    std::shared_ptr<const std::string> m_jobFile;  // one text for all rows of a job
+    std::shared_ptr<RowOrigin> m_origin;
 };
 
 }  // namespace quirepress

@@ -36,6 +36,17 @@ void PrintList::SetText(int row, int column, std::string_view text) {
     if (exists) m_rows[static_cast<std::size_t>(row)].SetText(column, text);
 }
 
+std::map<std::string, SourceVersion> PrintList::TakeUnpackedArchives() {
+    std::map<std::string, SourceVersion> archives;
+    for (ListItem& item : m_rows) {
+        if (item.Text(kColumnSelected) != "Yes" && !item.Mark().isAppended) continue;
+        for (RowOrigin* origin = item.Origin(); origin != nullptr; origin = origin->outer.get())
+            if (origin->kind == RowOrigin::Kind::kArchive && !origin->path.empty())
+                archives.insert_or_assign(std::exchange(origin->path, {}), origin->version);
+    }
+    return archives;
+}
+
 void PrintList::RemoveRow(int row) {
     if (row < 0 || row >= RowCount()) return;
     m_rows.erase(m_rows.begin() + row);
@@ -60,8 +71,9 @@ std::deque<ListItem> PrintList::ExchangeRows(std::deque<ListItem> rows) {
 }
 
 void PrintList::AppendRow(const ColumnTexts& texts, const RunMark& mark, std::string_view jobFile) {
-    std::shared_ptr<const std::string> job;
-    if (!jobFile.empty()) job = std::make_shared<const std::string>(jobFile);
+    std::shared_ptr<RowOrigin> job;
+    if (!jobFile.empty())
+        job = std::make_shared<RowOrigin>(RowOrigin{RowOrigin::Kind::kJobFile, std::string(jobFile)});
     AddRow(RowCount(), texts, -1, std::move(job));
     m_rows.back().Mark() = mark;
 }
@@ -114,11 +126,11 @@ int PrintList::TakeRowIndex() {
 }
 
 void PrintList::AddRow(int index, const ColumnTexts& texts, int keptPages,
-                       std::shared_ptr<const std::string> jobFile) {
+                       std::shared_ptr<RowOrigin> origin) {
     index = std::clamp(index, 0, RowCount());
     ListItem& item = *m_rows.emplace(m_rows.begin() + index, texts);
     item.KeepPages(keptPages);
-    item.SetJobFile(std::move(jobFile));
+    item.SetOrigin(std::move(origin));
     ++m_version;
     if (m_currentRow >= index) ++m_currentRow;
 }

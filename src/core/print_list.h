@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -71,6 +72,9 @@ public:
     // The path of the job file that brought the row, the innermost of several; empty when it came another
     // way, or the job file was not taken in to its end. Good until the list changes.
     std::string_view JobFileOf(int row) const { return m_rows[row].JobFile(); }
+    // The archives that were unpacked whole for ticked rows, or for such as are merged now, with what they
+    // were then. They are forgotten by this, and with their rows.
+    std::map<std::string, SourceVersion> TakeUnpackedArchives();
     void RemoveRow(int row);
     void Clear();
     // A row as it was in an earlier list, below the others.
@@ -131,7 +135,7 @@ private:
     // Where the next row goes; a pending position is used up by this.
     int TakeRowIndex();
     void AddRow(int index, const ColumnTexts& texts, int keptPages,
-                std::shared_ptr<const std::string> jobFile = nullptr);
+                std::shared_ptr<RowOrigin> origin = nullptr);
     void RefreshRow(int row);
     bool KeepGoing();  // may pump
 

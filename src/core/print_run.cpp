@@ -20,6 +20,7 @@
 #include "core/run_downloads.h"
 #include "core/run_outcomes.h"
 #include "core/run_snapshot.h"
+#include "core/unpacked_archives.h"
 #include "logs/debug_log.h"
 #include "platform/event_loop.h"
 #include "platform/prompts.h"
@@ -126,6 +127,8 @@ RunSummary PrintRun::WalkWithPrinter(const CutOffRun* cutOff) {
     debugLog.Trace("OnButtonPrint() copies: %d\r\n", m_passes);
     debugLog.Trace("OnButtonPrint() printer: %s\r\n", m_printer);
     m_services.watch.BeginRun();
+    if (m_services.options.m_deleteZipFiles)
+        DeleteUnpackedArchives(m_services.list, m_services.files, m_services.prompts);
     TellFailedAppends(walk.Summary());
     m_obstacle = "The settings of the run that was cut off can't be set again";
     return walk.WalkList();

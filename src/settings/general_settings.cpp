@@ -165,7 +165,8 @@ const KeywordTable<GeneralOptions>& GeneralKeywords() {
              "On previous process hang that has been killed by Quirepress try printing the same file again. (monitor "
              "mode only)"),
         Flag("EXTRACTZIP", &Options::m_extractZip, "Unpack archives that are added to the list."),
-        Flag("DELETEZIPFILES", &Options::m_deleteZipFiles, "Delete the archive after unpacking."),
+        Flag("DELETEZIPFILES", &Options::m_deleteZipFiles,
+             "Delete an archive that was unpacked whole once its documents begin to print."),
         Text("UNZIPFOLDER", &Options::m_unzipFolder, "Folder into which archives are unpacked."),
         Flag("DONTRETRYPDF", &Options::m_dontRetryPdf, "Do not retry a PDF that failed."),
         Flag("ALWAYSAPPEND", &Options::m_alwaysAppend, "Always append added files to the list."),

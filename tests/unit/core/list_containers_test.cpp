@@ -1,9 +1,11 @@
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <filesystem>
 
 #include "base/format.h"
 #include "base/path.h"
+#include "base/text.h"
 #include "fakes/archive_writer.h"
 #include "unit/core/list_fixture.h"
 
@@ -12,11 +14,19 @@ namespace {
 
 namespace fs = std::filesystem;
 using testing::ElementsAre;
+using testing::IsEmpty;
 
 class ListContainersTest : public ListFixture {
 protected:
     int Scan(std::string_view mask, bool descend) {
         return m_list.DoScanDir(folder.PathOf("in"), mask, descend, 1, "", {});
+    }
+    std::vector<std::string> Unpacked() {
+        std::vector<std::string> titles;
+        for (const auto& [path, version] : m_list.TakeUnpackedArchives())
+            titles.emplace_back(FileTitle(path));
+        std::sort(titles.begin(), titles.end());
+        return titles;
     }
 };
 
@@ -82,13 +92,37 @@ TEST_F(ListContainersTest, ArchivesAreUnpackedWhenAsked) {
     EXPECT_THAT(Rows(), ElementsAre("Yes|b.txt|Ready.", "Yes|a.txt|Ready."));
     EXPECT_EQ(TextOf(1, kColumnFilename), folder.PathOf("Temp/Unzip/orders/s/a.txt"));
     EXPECT_EQ(TextOf(1, kColumnProfiling), "night");
-    EXPECT_TRUE(folder.Has("orders.ZIP"));
     m_options.m_deleteZipFiles = true;
     m_options.m_unzipFolder = folder.PathOf("elsewhere");
     folder.Write("elsewhere/orders/mine.txt", "x");
     Insert(zip);
     EXPECT_EQ(TextOf(2, kColumnFilename), folder.PathOf("elsewhere/orders_2/b.txt"));
-    EXPECT_FALSE(folder.Has("orders.ZIP"));
+    EXPECT_TRUE(folder.Has("orders.ZIP")) << "nothing of it was printed";
+    EXPECT_THAT(Unpacked(), ElementsAre("orders.ZIP"));
+    EXPECT_THAT(Unpacked(), IsEmpty());
+}
+
+TEST_F(ListContainersTest, ArchivesAreForgottenWithTheirRows) {
+    m_options.m_extractZip = true;
+    const std::string inner = MakeArchive("zip", {{"core.txt", "x"}});
+    const std::string job = folder.Write("outer.job", "outer.zip\n");
+    folder.Write("outer.zip", MakeArchive("zip", {{"inner.zip", inner}}));
+    Insert(folder.Write("unticked.zip", inner), 0);
+    Insert(folder.Write("removed.zip", inner));
+    m_list.RemoveRow(1);
+    Insert(job);
+    EXPECT_EQ(m_list.JobFileOf(1), job);
+    EXPECT_THAT(Unpacked(), ElementsAre("inner.zip", "outer.zip"));
+    m_list.SetText(0, kColumnSelected, "Yes");
+    EXPECT_THAT(Unpacked(), ElementsAre("unticked.zip"));
+    m_list.Clear();
+    const std::string cut = folder.Write("cut.zip", MakeArchive("zip", {{"a.txt", "x"}, {"b.txt", "x"}}));
+    files.BeforeEach(FaultyFiles::Call::kInspect,
+                     [this](std::string_view path) { m_keepGoing = !EndsWith(path, "a.txt"); });
+    Insert(cut);
+    m_keepGoing = true;
+    EXPECT_THAT(Titles(), ElementsAre("a.txt"));
+    EXPECT_THAT(Unpacked(), IsEmpty()) << "not all of it came in";
 }
 
 TEST_F(ListContainersTest, AnArchiveThatFailsHasARowOfItsOwn) {
@@ -108,7 +142,7 @@ TEST_F(ListContainersTest, AnArchiveThatFailsHasARowOfItsOwn) {
                     "No|links.tar|Error - 1 entries of the archive were left out: links, or names that "
                     "leave its folder",
                     "No|empty.zip|Empty File"));
-    for (const char* name : {"damaged.zip", "no.rar", "links.tar"}) EXPECT_TRUE(folder.Has(name)) << name;
+    EXPECT_THAT(Unpacked(), IsEmpty());
 }
 
 TEST_F(ListContainersTest, ArchivesInsideArchivesEndAtALimit) {
