@@ -113,8 +113,7 @@ void ChangeBalancing(Application& application, const RowOptions& row) {
 
 enum class Loading { kWhole, kIncomplete, kStopped };
 
-// Puts the items into the list. It is incomplete without an item that was refused with a message and has no
-// row.
+// Puts the items into the list. It is incomplete without what a job file that can't be read would bring.
 Loading LoadItems(Application& application, const RowOptions& row) {
     PrintList& list = application.List();
     Files& files = *application.System().files;

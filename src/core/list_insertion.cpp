@@ -66,10 +66,6 @@ int ListInsertion::Insert(const std::string& path) {
     return InsertRow(path, facts);
 }
 
-int ListInsertion::InsertInner(const std::string& path) {
-    return Insert(path) != 0 ? 1 : InsertRefusal(path, "Can't read job parameters file");
-}
-
 ColumnTexts ListInsertion::GivenTexts(std::string_view path) const {
     ColumnTexts columns;
     columns[kColumnFilename] = path;
@@ -157,13 +153,13 @@ int ListInsertion::InsertRow(const std::string& path, const FileFacts& facts) {
     return 1;
 }
 
-int ListInsertion::InsertRefusal(const std::string& path, std::string_view status) {
+int ListInsertion::InsertRefusal(const std::string& path, std::string_view reason) {
     ColumnTexts columns = GivenTexts(path);
-    const std::string text = std::string(kErrorStart) + std::string(status);
+    const std::string text = std::string(kErrorStart) + std::string(reason);
     columns[kColumnSelected] = "No";
     columns[kColumnPages] = "Unknown";
     columns[kColumnStatus] = text;
-    m_list.AddRow(m_list.TakeRowIndex(), columns, -1, m_origin);
+    m_list.AddRow(m_list.TakeRowIndex(), columns, -1, m_origin).Refuse();
     return 1;
 }
 

@@ -27,11 +27,9 @@ private:
     class Container;
     struct Scan;
 
-    // For a path out of a folder or another file: what cannot be taken in gets a row that says so.
-    int InsertInner(const std::string& path);
     int InsertRow(const std::string& path, const FileFacts& facts);
-    // An unticked row for what could not be taken in; `status` says why. Always 1.
-    int InsertRefusal(const std::string& path, std::string_view status);
+    // An unticked row for what could not be taken in. A run counts it as failed. Always 1.
+    int InsertRefusal(const std::string& path, std::string_view reason);
     // What every row gets of the texts handed over.
     ColumnTexts GivenTexts(std::string_view path) const;
     std::string StatusOf(const std::string& path, const FileFacts& facts) const;

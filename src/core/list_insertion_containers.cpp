@@ -92,7 +92,7 @@ int ListInsertion::InsertArchive(const std::string& path) {
     const auto outer = std::exchange(m_origin, archive);
     for (const std::string& file : outcome.files) {
         if (m_list.KeepGoing())
-            InsertInner(file);
+            Insert(file);
         else
             archive->path.clear();
     }

@@ -8,14 +8,19 @@
 #include "base/text.h"
 #include "core/list_insertion.h"
 #include "platform/prompts.h"
+#include "settings/general_options.h"
 #include "settings/job_files.h"
 
 namespace quirepress {
 
 int ListInsertion::InsertJob(const std::string& path) {
     JobFile job;
-    if (LoadJobFile(m_services.files, path, job) != 0) {
-        m_services.prompts.ShowBox("Can't read job parameters file.", path);
+    FileResult result = FileResult::kDone;
+    if (LoadJobFile(m_services.files, path, job, result) != 0) {
+        // Else a run writes it there, once.
+        if (!m_services.options.m_errorLog)
+            m_services.prompts.ShowBox("Can't read job parameters file.", path);
+        InsertRefusal(path, Format("Can't read job parameters file: %s", DescribeFileResult(result)));
         return 0;
     }
     if (job.headerCount > 0) m_list.m_headerTexts = job.headerTexts;
@@ -40,7 +45,7 @@ void ListInsertion::InsertJobLine(const std::string& line, const std::string& jo
             column = ReplaceAll(column, kReplicationPlaceholder, TitleWithoutExtension(job));
     if (columns.size() > kColumnFilename) columns[kColumnFilename] = PathInJob(columns[kColumnFilename], job);
     if (!isItem)
-        InsertInner(columns[kColumnFilename]);
+        Insert(columns[kColumnFilename]);
     else if (!columns.empty())
         InsertJobRow(columns);
 }

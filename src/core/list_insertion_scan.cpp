@@ -57,7 +57,7 @@ void ListInsertion::VisitEntry(const FolderEntry& entry, const std::string& path
     }
     if (!MatchesMask(entry.name, scan.mask)) return;
     m_services.debugLog.Trace("inserting: %s\r\n", path);
-    scan.inserted += InsertInner(path);
+    scan.inserted += Insert(path);
 }
 
 }  // namespace quirepress

@@ -96,6 +96,10 @@ public:
 
     RunMark& Mark() { return m_mark; }
 
+    // It stands for something that could not be taken in; its status says why.
+    bool IsRefused() const { return m_isRefused; }
+    void Refuse() { m_isRefused = true; }
+
     // What brought it, the innermost of several; null: it came by itself.
     RowOrigin* Origin() const { return m_origin.get(); }
     void SetOrigin(std::shared_ptr<RowOrigin> origin) { m_origin = std::move(origin); }
@@ -107,6 +111,7 @@ private:
     std::array<std::uint32_t, kColumnCount> m_ends{};
     std::int32_t m_keptPages = -1;
     RunMark m_mark;
+    bool m_isRefused = false;
     std::shared_ptr<RowOrigin> m_origin;
 };
 

@@ -74,8 +74,11 @@ void PrintList::AppendRow(const ColumnTexts& texts, const RunMark& mark, std::st
     std::shared_ptr<RowOrigin> job;
     if (!jobFile.empty())
         job = std::make_shared<RowOrigin>(RowOrigin{RowOrigin::Kind::kJobFile, std::string(jobFile)});
-    AddRow(RowCount(), texts, -1, std::move(job));
-    m_rows.back().Mark() = mark;
+    ListItem& item = AddRow(RowCount(), texts, -1, std::move(job));
+    item.Mark() = mark;
+    // A run sets the status of all other unticked rows anew.
+    const bool isTold = texts[kColumnSelected] == "Yes" || mark.isAppended;
+    if (!isTold && StartsWith(texts[kColumnStatus], "Error")) item.Refuse();
 }
 
 int PrintList::InsertFileIntoList(std::string_view path, int selectMode, std::string_view moveToDir,
@@ -125,21 +128,27 @@ int PrintList::TakeRowIndex() {
     return index;
 }
 
-void PrintList::AddRow(int index, const ColumnTexts& texts, int keptPages,
-                       std::shared_ptr<RowOrigin> origin) {
+ListItem& PrintList::AddRow(int index, const ColumnTexts& texts, int keptPages,
+                            std::shared_ptr<RowOrigin> origin) {
     index = std::clamp(index, 0, RowCount());
     ListItem& item = *m_rows.emplace(m_rows.begin() + index, texts);
     item.KeepPages(keptPages);
     item.SetOrigin(std::move(origin));
     ++m_version;
     if (m_currentRow >= index) ++m_currentRow;
+    return item;
 }
 
 void PrintList::RefreshListStatus() {
     for (int row = 0; row < RowCount() && KeepGoing(); ++row) RefreshRow(row);
 }
 
+bool PrintList::IsRefused(int row) const {
+    return m_rows[static_cast<std::size_t>(row)].IsRefused() && Text(row, kColumnSelected) != "Yes";
+}
+
 void PrintList::RefreshRow(int row) {
+    if (IsRefused(row)) return;
     const std::string path(Text(row, kColumnFilename));
     const bool exists = m_services.files.Inspect(path).kind != FileKind::kMissing;
     const bool isCounted = (Contains(path, ".pdf") || Contains(path, ".PDF")) && m_pages.IsCounting();

@@ -72,6 +72,9 @@ public:
     // The path of the job file that brought the row, the innermost of several; empty when it came another
     // way, or the job file was not taken in to its end. Good until the list changes.
     std::string_view JobFileOf(int row) const { return m_rows[row].JobFile(); }
+    // Whether the row stands for something that could not be taken in; its status says why. Not one that was
+    // ticked in spite of it.
+    bool IsRefused(int row) const;
     // The archives that were unpacked whole for ticked rows, or for such as are merged now, with what they
     // were then. They are forgotten by this, and with their rows.
     std::map<std::string, SourceVersion> TakeUnpackedArchives();
@@ -88,7 +91,7 @@ public:
     // a folder, an archive, a job file, a shortcut. `selectMode` 1 ticks the row, 0 does not;
     // kReplaceCurrentRow overwrites the file name of the running row, whatever the path is, and adds none.
     // Returns 1 when the path was consumed (a row, or what it stands for, or nothing on purpose), 0
-    // otherwise. May pump.
+    // otherwise, as for a job file that can't be read: its row says so. May pump.
     int InsertFileIntoList(std::string_view path, int selectMode, std::string_view moveToDir,
                            const ItemTexts& texts);
 
@@ -108,8 +111,8 @@ public:
     int DoScanDir(std::string_view folder, std::string_view mask, bool descend, int selectMode,
                   std::string_view moveToDir, const ItemTexts& texts);
 
-    // Status and Pages of every row anew. A text that names no file, a download or a command, is "No File."
-    // here too. May pump.
+    // Status and Pages of every row anew, but for those that are refused. A text that names no file, a
+    // download or a command, is "No File." here too. May pump.
     void RefreshListStatus();
     RowColour ColourListRow(int row) const;
     void SortByFileTitle();  // the last number of a title counts as a number
@@ -134,8 +137,8 @@ private:
 
     // Where the next row goes; a pending position is used up by this.
     int TakeRowIndex();
-    void AddRow(int index, const ColumnTexts& texts, int keptPages,
-                std::shared_ptr<RowOrigin> origin = nullptr);
+    ListItem& AddRow(int index, const ColumnTexts& texts, int keptPages,
+                     std::shared_ptr<RowOrigin> origin = nullptr);
     void RefreshRow(int row);
     bool KeepGoing();  // may pump
 

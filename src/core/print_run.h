@@ -57,7 +57,8 @@ public:
 };
 
 // How a run ended. Rows are counted once, however many copies were printed; one failure makes a row a failed
-// one. A row whose file is missing, empty or no file counts as failed even when it is not ticked.
+// one. A row whose file is missing, empty or no file, or was not taken in, counts as failed even when it is
+// not ticked.
 struct RunSummary {
     enum class End { kFinished, kNothingToPrint, kNoPrinter, kStopped, kRefused } end = End::kFinished;
     int done = 0;

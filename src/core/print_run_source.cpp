@@ -54,6 +54,13 @@ WayResult FindSourceObstacle(const RunItem& item, const FileFacts& facts) {
     return result;
 }
 
+WayResult FindRowObstacle(Files& files, const PrintList& list, int row, const RunItem& item) {
+    if (!list.IsRefused(row)) return FindSourceObstacle(item, InspectSource(files, item));
+    WayResult result;
+    result.status = list.Text(row, kColumnStatus);
+    return result;
+}
+
 std::vector<MissedRow> FindMissedRows(Files& files, const PrintList& list) {
     std::vector<MissedRow> missed;
     for (int row = 0; row < list.RowCount(); ++row) {
@@ -61,7 +68,7 @@ std::vector<MissedRow> FindMissedRows(Files& files, const PrintList& list) {
         item.path = list.Text(row, kColumnFilename);
         item.kind = KindInRun(item.path);
         item.sizeKb = list.Text(row, kColumnSizeKb);
-        WayResult obstacle = FindSourceObstacle(item, InspectSource(files, item));
+        WayResult obstacle = FindRowObstacle(files, list, row, item);
         if (!obstacle.status.empty()) missed.push_back({std::move(item), std::move(obstacle)});
     }
     return missed;

@@ -23,7 +23,10 @@ FileFacts InspectSource(Files& files, const RunItem& item);
 // for items that are no documents.
 WayResult FindSourceObstacle(const RunItem& item, const FileFacts& facts);
 
-// The rows of the list, ticked or not, whose files can't be printed as they are now.
+// The same for a row of the list; what could not be taken in fails by its own status.
+WayResult FindRowObstacle(Files& files, const PrintList& list, int row, const RunItem& item);
+
+// The rows of the list, ticked or not, whose files can't be printed as they are now, or were not taken in.
 struct MissedRow {
     RunItem item;  // as far as it matters here
     WayResult obstacle;

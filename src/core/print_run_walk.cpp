@@ -212,7 +212,7 @@ void RunWalk::ProcessRow() {
     m_services.prompts.ShowStatus(
         Format("File: %d of %d, Copy: %d/%d", progress.file, progress.files, progress.copy, progress.copies));
     m_services.debugLog.Trace("Check is to print: %s\r\n", item.path);
-    const WayResult obstacle = FindSourceObstacle(item, InspectSource(m_services.files, item));
+    const WayResult obstacle = FindRowObstacle(m_services.files, m_services.list, m_row.Index(), item);
     if (isTicked) {
         m_services.debugLog.Trace("Check is to print OK\r\n");
         PrintRow(item, obstacle);

@@ -53,9 +53,8 @@ JobFile ParseJobFile(std::string_view text) {
     return job;
 }
 
-int LoadJobFile(Files& files, std::string_view path, JobFile& job) {
+int LoadJobFile(Files& files, std::string_view path, JobFile& job, FileResult& result) {
     std::string text;
-    FileResult result = FileResult::kFailed;
     if (!ReadWholeFile(files, path, kLargestJobFile, text, result)) return -2;
     job = ParseJobFile(text);
     return 0;

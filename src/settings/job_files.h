@@ -8,6 +8,7 @@
 namespace quirepress {
 
 class Files;
+enum class FileResult;
 
 // Saved print lists: add-on job files (.aob), job list files (.job) and replication files (.repl). Their
 // layouts stand in docs/formats-jobs.md.
@@ -26,8 +27,8 @@ struct JobFile {
 
 JobFile ParseJobFile(std::string_view text);
 
-// 0, or -2 when it cannot be read; `job` stays as it was then.
-int LoadJobFile(Files& files, std::string_view path, JobFile& job);
+// 0, or -2 when it cannot be read; `job` stays as it was then, and `result` says why.
+int LoadJobFile(Files& files, std::string_view path, JobFile& job, FileResult& result);
 
 // Whether a line of a .job or .repl file is an item with its columns; else it is a path.
 bool HasColumns(std::string_view line);

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <filesystem>
 #include <thread>
@@ -132,14 +133,26 @@ TEST(QprPrint, SaysWhereTheOutputLiesWhenItIsThere) {
     EXPECT_THAT(qpr.Run({"print", "--printer", "Archive", "a.ps"}).output, Not(HasSubstr("lies in")));
 }
 
-TEST(QprPrint, WhatHasNoRowStillCountsAsNotDone) {
+TEST(QprPrint, AJobFileThatIsMissingFails) {
     QprProgram qpr;
     qpr.m_work.Write("a.ps", kTwoPages);
     const ProgramResult result = qpr.Run({"--json", "print", "a.ps", "missing.job"});
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_EQ(result.Json()["done"], 1);
+    EXPECT_EQ(result.Json()["failed"], 1);
+    EXPECT_EQ(StatusOf(result.Json(), 1), "Error - Can't read job parameters file: it does not exist");
     EXPECT_THAT(result.errors, HasSubstr("missing.job"));
-    EXPECT_EQ(qpr.Run({"list", "missing.job"}).exitCode, 1);
+    for (const std::vector<std::string>& shown :
+         {std::vector<std::string>{"list", "missing.job"}, {"print", "--dry-run", "missing.job"}}) {
+        const ProgramResult rows = qpr.Run(shown);
+        EXPECT_EQ(rows.exitCode, 1);
+        EXPECT_THAT(rows.output, HasSubstr("missing.job"));
+    }
+    EXPECT_FALSE(std::filesystem::exists(qpr.m_home.PathOf("error.log")));
+    EXPECT_EQ(qpr.Run({"--unattended", "print", "a.ps", "missing.job"}).exitCode, 1);
+    const std::string records = qpr.m_home.Read("error.log");
+    EXPECT_EQ(std::count(records.begin(), records.end(), '\n'), 1) << records;
+    EXPECT_THAT(qpr.Run({"--json", "log", "show", "error"}).output, HasSubstr("\"missing.job\""));
     const ProgramResult nothing = qpr.Run({"--json", "print", "missing.ps"});
     EXPECT_EQ(nothing.exitCode, 1);
     EXPECT_EQ(nothing.Json()["printer"], "Quirepress");

@@ -237,13 +237,19 @@ TEST_F(ListContainersTest, AJobThatCannotBeReadIsReported) {
     const std::string job = folder.PathOf("none.aob");
     EXPECT_EQ(Insert(job), 0);
     EXPECT_THAT(prompts.boxes, ElementsAre(FakePrompts::Box{"Can't read job parameters file.", job}));
-    EXPECT_EQ(m_list.RowCount(), 0);
-    // Inside a folder or another job it has a row.
+    const std::string row = "No|none.aob|Error - Can't read job parameters file: it does not exist";
+    EXPECT_THAT(Rows(), ElementsAre(row));
+    m_options.m_errorLog = true;  // a run writes it there
     folder.Write("in/a.txt", "x");
     folder.Write("in/all.job", "none.aob\na.txt\n");
     EXPECT_EQ(Insert(folder.PathOf("in")), 1);
-    EXPECT_THAT(Rows(), ElementsAre("Yes|a.txt|Ready.", "No|none.aob|Error - Can't read job parameters file",
-                                    "Yes|a.txt|Ready."));
+    EXPECT_THAT(Rows(), ElementsAre(row, "Yes|a.txt|Ready.", row, "Yes|a.txt|Ready."));
+    EXPECT_EQ(prompts.boxes.size(), 1U);
+    m_list.RefreshListStatus();
+    EXPECT_THAT(Rows(), ElementsAre(row, "Yes|a.txt|Ready", row, "Yes|a.txt|Ready"));
+    m_list.SetText(0, kColumnSelected, "Yes");
+    m_list.RefreshListStatus();
+    EXPECT_EQ(TextOf(0, kColumnStatus), "No File.");
 }
 
 }  // namespace
