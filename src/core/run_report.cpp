@@ -192,6 +192,19 @@ std::string CsvLine(const std::vector<std::string>& cells) {
     return line + std::string(kLineEnd);
 }
 
+// Another run may have begun in the same second: who makes the text has the name, for the table too. `name`
+// becomes the one that was taken.
+FileResult WriteTextUnderFreeName(Files& files, const std::string& text, std::string& name) {
+    constexpr int kMostReports = 1000;  // of one second
+    const std::string stem = name;
+    FileResult result = FileResult::kExists;
+    for (int number = 1; number < kMostReports && result == FileResult::kExists; ++number) {
+        name = number == 1 ? stem : Format("%s (%d)", stem, number);
+        result = WriteNewFileDurably(files, name + ".txt", text);
+    }
+    return result;
+}
+
 }  // namespace
 
 std::string RenderTextReport(const RunReport& report) {
@@ -219,12 +232,15 @@ int WriteRunReports(Files& files, std::string_view workingFolder, const RunRepor
     const std::string stem =
         JoinPath(folder, Format("Print Job %.4d-%.2d-%.2d %.2d%.2d%.2d", time.year, time.month, time.day,
                                 time.hour, time.minute, time.second));
-    FileResult result = files.MakeFolders(folder);
+    const FileResult made = files.MakeFolders(folder);
+    if (made != FileResult::kDone) {
+        const char* const why =
+            made == FileResult::kExists ? "a file has its name" : DescribeFileResult(made);
+        message = "The folder " + folder + " for reports can't be made: " + why + ".";
+        return -1;
+    }
     std::string name = stem;
-    for (int i = 2; i < 1000 && files.Inspect(name + ".txt").kind != FileKind::kMissing; ++i)
-        name = Format("%s (%d)", stem, i);
-    if (result == FileResult::kDone)
-        result = ReplaceFileDurably(files, name + ".txt", RenderTextReport(report));
+    FileResult result = WriteTextUnderFreeName(files, RenderTextReport(report), name);
     if (result == FileResult::kDone)
         result = ReplaceFileDurably(files, name + ".csv", RenderCsvReport(report));
     if (result == FileResult::kDone) {

@@ -113,6 +113,13 @@ FileResult ReplaceFileDurably(Files& files, std::string_view path, std::string_v
     return file.Finish();
 }
 
+FileResult WriteNewFileDurably(Files& files, std::string_view path, std::string_view bytes) {
+    if (files.Inspect(path).kind != FileKind::kMissing) return FileResult::kExists;
+    ReplacementFile file(files, path);
+    file.Write(bytes.data(), bytes.size());
+    return file.Finish(false);
+}
+
 FileResult CopyFileDurably(Files& files, std::string_view from, std::string_view to,
                            const std::function<bool()>& keepGoing) {
     FileResult result = FileResult::kFailed;

@@ -21,7 +21,10 @@ bool ReadWholeFile(Files& files, std::string_view path, std::int64_t limit, std:
 FileResult ReplaceFileDurably(Files& files, std::string_view path, std::string_view bytes,
                               FileAccess access = FileAccess::kShared);
 
-// The same for a file that is written piece by piece: `path` keeps what it held until Finish, and for good
+// `path`, which must not exist (kExists, whoever made it meanwhile), becomes `bytes` or does not come to be.
+FileResult WriteNewFileDurably(Files& files, std::string_view path, std::string_view bytes);
+
+// A file that is written piece by piece: `path` keeps what it held until Finish, and for good
 // when a call fails or Finish is never called. Once one call has failed, the later ones answer that failure.
 class ReplacementFile {
 public:

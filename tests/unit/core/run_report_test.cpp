@@ -2,7 +2,11 @@
 
 #include <gmock/gmock.h>
 
+#include <utility>
+
+#include "base/path.h"
 #include "base/text.h"
+#include "fakes/surroundings.h"
 
 namespace quirepress {
 namespace {
@@ -121,6 +125,50 @@ TEST(RunReportTest, ASpreadsheetTakesTheTableAsItIs) {
     EXPECT_THAT(csv, Not(HasSubstr("secret")));
     EXPECT_TRUE(EndsWith(
         csv, "10,,,2,/data/late.pdf,12,,Laser,Not printed,The run was stopped before its turn,\r\n"));
+}
+
+class RunReportFilesTest : public testing::Test, protected Surroundings {
+protected:
+    int Write() {
+        RunReport report = StoppedNight();
+        report.startedAt = {2026, 11, 21, 22, 5, 9};
+        return WriteRunReports(files, Home(), report, path, message);
+    }
+    std::string NameOf(const std::string& end) const {
+        return folder.PathOf("Reports/Print Job 2026-11-21 220509" + end);
+    }
+
+    std::string path;
+    std::string message;
+};
+
+TEST_F(RunReportFilesTest, RunsThatBeginInTheSameSecondHaveTheirOwn) {
+    ASSERT_EQ(Write(), 0);
+    EXPECT_EQ(FileTitle(path), "Print Job 2026-11-21 220509.txt");
+    // Another run takes the next name while this one is on its way to it.
+    bool isTaken = false;
+    files.BeforeEach(FaultyFiles::Call::kRename, [&](std::string_view) {
+        if (!std::exchange(isTaken, true)) folder.Write("Reports/Print Job 2026-11-21 220509 (2).txt", "b");
+    });
+    ASSERT_EQ(Write(), 0);
+    EXPECT_EQ(FileTitle(path), "Print Job 2026-11-21 220509 (3).txt");
+    EXPECT_EQ(folder.Read("Reports/Print Job 2026-11-21 220509 (2).txt"), "b");
+    for (const char* end : {".txt", ".csv", " (3).txt", " (3).csv"})
+        EXPECT_EQ(files.Inspect(NameOf(end)).kind, FileKind::kRegular) << end;
+    EXPECT_EQ(files.Inspect(NameOf(" (2).csv")).kind, FileKind::kMissing);
+}
+
+TEST_F(RunReportFilesTest, AFailureSaysWhatIsTheMatter) {
+    folder.Write("Reports", "a file");
+    EXPECT_EQ(Write(), -1);
+    EXPECT_EQ(message, "The folder " + Home() + "Reports for reports can't be made: a file has its name.");
+    files.Erase(folder.PathOf("Reports"));
+    for (const int nth : {1, 2}) {  // the text, the table
+        files.FailOnce(FaultyFiles::Call::kWrite, FileResult::kNoSpace, nth);
+        EXPECT_EQ(Write(), -1);
+        EXPECT_THAT(message, HasSubstr("can't be written: no space is left on the disk."));
+        EXPECT_EQ(path, "");
+    }
 }
 
 }  // namespace
