@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <string_view>
 #include <type_traits>
+#include <utility>
 
 #include "base/credentials.h"
 #include "base/text.h"
@@ -99,6 +100,8 @@ void* Transfer::BeginExchange(const TransferLimits& limits) {
     m_lastReply.clear();
     m_errorText.fill('\0');
     m_code = CURLE_FAILED_INIT;
+    // Until the connection stands nothing comes.
+    m_silentMilliseconds = std::max(1000LL * limits.silentSeconds, 1LL * limits.connectMilliseconds);
     if (m_exchange == nullptr || m_exchanges == nullptr) return nullptr;
     curl_easy_reset(m_exchange);
     curl_easy_setopt(m_exchange, CURLOPT_NOSIGNAL, 1L);
@@ -111,9 +114,10 @@ void* Transfer::BeginExchange(const TransferLimits& limits) {
     curl_easy_setopt(m_exchange, CURLOPT_XFERINFODATA, this);
     curl_easy_setopt(m_exchange, CURLOPT_NOPROGRESS, 0L);
     curl_easy_setopt(m_exchange, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(limits.connectMilliseconds));
-    curl_easy_setopt(m_exchange, CURLOPT_SERVER_RESPONSE_TIMEOUT, static_cast<long>(limits.silentSeconds));
+    const long silentSeconds = limits.silentSeconds + 1L;  // our own limit comes first
+    curl_easy_setopt(m_exchange, CURLOPT_SERVER_RESPONSE_TIMEOUT, silentSeconds);
     curl_easy_setopt(m_exchange, CURLOPT_LOW_SPEED_LIMIT, 1L);
-    curl_easy_setopt(m_exchange, CURLOPT_LOW_SPEED_TIME, static_cast<long>(limits.silentSeconds));
+    curl_easy_setopt(m_exchange, CURLOPT_LOW_SPEED_TIME, silentSeconds);
     curl_easy_setopt(m_exchange, CURLOPT_TIMEOUT_MS, static_cast<long>(limits.overallMilliseconds));
     // Where the system asks for revoked certificates, a list that cannot be had is no obstacle.
     curl_easy_setopt(m_exchange, CURLOPT_SSL_OPTIONS, static_cast<long>(CURLSSLOPT_REVOKE_BEST_EFFORT));
@@ -127,8 +131,14 @@ TransferEnd Transfer::RunExchange(const std::function<bool()>& keepGoing) {
     if (curl_multi_add_handle(m_exchanges, m_exchange) != CURLM_OK) return TransferEnd::kFailed;
     m_keepGoing = keepGoing;
     m_isStopped = false;
-    m_lastPass = m_place.loop.MonotonicMilliseconds();
+    m_isSilent = false;
+    m_bytes = 0;
+    m_lastPass = m_lastSign = m_place.loop.MonotonicMilliseconds();
     m_code = Drive();
+    if (m_isSilent && m_code == CURLE_ABORTED_BY_CALLBACK) {
+        m_code = CURLE_OPERATION_TIMEDOUT;
+        m_errorText.fill('\0');  // that we have ended it
+    }
     curl_multi_remove_handle(m_exchanges, m_exchange);
     m_keepGoing = nullptr;
     if (m_isStopped) return TransferEnd::kStopped;
@@ -166,17 +176,37 @@ bool Transfer::PumpAndAsk() {
     return !m_isStopped;
 }
 
+// At the end of an exchange, and where it goes on to another server, the library begins to count anew.
+void Transfer::NoteBytes(std::int64_t bytes) {
+    if (bytes > std::exchange(m_bytes, bytes)) m_lastSign = m_place.loop.MonotonicMilliseconds();
+}
+
+// Sooner than the library, which takes leave of a server after a step that has failed by its own limit, and
+// waits as long once more for an answer to that.
+bool Transfer::IsSilentTooLong() {
+    const long long silence = m_place.loop.MonotonicMilliseconds() - m_lastSign;
+    m_isSilent = m_isSilent || silence >= m_silentMilliseconds;
+    return m_isSilent;
+}
+
 // Some steps of mail and FTP wait inside the library, which asks here once a second. And a message is given
 // up by this answer only: one whose exchange is just taken away is ended as if it were whole.
-int Transfer::OnProgress(void* transfer, std::int64_t, std::int64_t, std::int64_t, std::int64_t) {
-    return static_cast<Transfer*>(transfer)->PumpAndAsk() ? 0 : 1;
+int Transfer::OnProgress(void* transfer, std::int64_t, std::int64_t received, std::int64_t,
+                         std::int64_t sent) {
+    auto& self = *static_cast<Transfer*>(transfer);
+    self.NoteBytes(received + sent);
+    if (self.PumpAndAsk() && !self.IsSilentTooLong()) return 0;
+    // A connection that was kept would be taken leave of later, where nobody is asked.
+    curl_easy_setopt(self.m_exchange, CURLOPT_FORBID_REUSE, 1L);
+    return 1;
 }
 
 std::size_t Transfer::TakeReply(char* bytes, std::size_t size, std::size_t count, void* transfer) {
     constexpr std::string_view kGoodbye = "221";
     const std::string_view line(bytes, size * count);
-    if (!StartsWith(line, kGoodbye))
-        static_cast<Transfer*>(transfer)->m_lastReply = line.substr(0, line.find_first_of("\r\n"));
+    auto& self = *static_cast<Transfer*>(transfer);
+    self.m_lastSign = self.m_place.loop.MonotonicMilliseconds();
+    if (!StartsWith(line, kGoodbye)) self.m_lastReply = line.substr(0, line.find_first_of("\r\n"));
     return size * count;
 }
 

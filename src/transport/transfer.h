@@ -52,6 +52,8 @@ private:
     int Drive();
     bool TakeResult(int& code);
     bool PumpAndAsk();
+    void NoteBytes(std::int64_t bytes);
+    bool IsSilentTooLong();
 
     TransferPlace m_place;
     void* m_exchanges = nullptr;
@@ -60,7 +62,11 @@ private:
     std::string m_lastReply;                 // of the server: "550 No such user"
     std::function<bool()> m_keepGoing;
     bool m_isStopped = false;
+    bool m_isSilent = false;   // for longer than it may be
     long long m_lastPass = 0;  // milliseconds, of the pump
+    long long m_silentMilliseconds = 0;
+    long long m_lastSign = 0;  // milliseconds, of life of the server
+    std::int64_t m_bytes = 0;  // to and from it, when it gave that sign
     int m_code = 0;
 };
 
