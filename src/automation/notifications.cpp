@@ -64,8 +64,8 @@ void Notifications::SendNotification(int kind, std::string_view body, std::strin
         if (email.m_attach && !attachment.empty()) message.attachments.emplace_back(attachment);
         const bool endsRun = kind == kNoticePrintsFinished;
         if (endsRun) message.body += heldBack;
-        report = IsLeftAlone(email) && !endsRun ? HoldBack(message.subject)
-                                                : Deliver(email, std::move(message), false);
+        const bool isHeldBack = IsLeftAlone(email) && (!endsRun || m_wasStopped);
+        report = isHeldBack ? HoldBack(message.subject, endsRun) : Deliver(email, std::move(message), false);
     }
     m_report = report;
 }
@@ -74,12 +74,16 @@ bool Notifications::IsLeftAlone(const EmailOptions& email) const {
     return email.m_server == m_slowServer && m_services.loop.MonotonicMilliseconds() < m_leftAloneUntil;
 }
 
-NotificationReport Notifications::HoldBack(const std::string& subject) {
-    ++m_heldBack;
+NotificationReport Notifications::HoldBack(const std::string& subject, bool endsRun) {
     m_services.debugLog.Trace("Email held back: %s\r\n", subject);
     NotificationReport report;
     report.failed = 1;
     report.failure = "the mail server did not answer a short while ago";
+    // Of those before it the end tells.
+    if (endsRun)
+        LogFailure(subject, "", "Email not sent: " + report.failure);
+    else
+        ++m_heldBack;
     return report;
 }
 
@@ -93,8 +97,10 @@ std::string Notifications::TakeHeldBack() {
     return "\r\n" + text + ".\r\n";
 }
 
-void Notifications::NoteSending(const EmailOptions& email, bool isSent, long long milliseconds) {
-    const bool isSlow = !isSent && milliseconds >= kSlowMilliseconds;
+void Notifications::NoteSending(const EmailOptions& email, bool isSent, bool wasStopped,
+                                long long milliseconds) {
+    m_wasStopped = !isSent && wasStopped;
+    const bool isSlow = !isSent && (wasStopped || milliseconds >= kSlowMilliseconds);
     m_leftAloneUntil = isSlow ? m_services.loop.MonotonicMilliseconds() + kLeftAloneMilliseconds : 0;
     m_slowServer = isSlow ? email.m_server : std::string();
 }
@@ -122,7 +128,7 @@ NotificationReport Notifications::Deliver(const EmailOptions& email, MailMessage
         message.recipient = recipient;
         const long long start = m_services.loop.MonotonicMilliseconds();
         const bool isSent = server->Send(message);
-        NoteSending(email, isSent, m_services.loop.MonotonicMilliseconds() - start);
+        NoteSending(email, isSent, server->WasStopped(), m_services.loop.MonotonicMilliseconds() - start);
         if (isSent) {
             ++report.sent;
             m_services.debugLog.Trace("Email sent: %s, to: %s\r\n", message.subject, recipient);

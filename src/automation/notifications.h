@@ -41,7 +41,8 @@ struct NotificationReport {
 // The mails that tell somebody what the program has done. One that cannot be sent stops nothing: it is
 // written to the debug log, and to the error log when there is one. A server that has kept the program
 // waiting in vain is left alone for some minutes: what is held back meanwhile is counted, and told in the
-// mail at the end of the run, which is tried all the same, and in the error log.
+// mail at the end of the run, which is tried all the same, and in the error log. Where the user has stopped
+// the waiting, the mail at the end is held back, too.
 class Notifications : public RunNotices {
 public:
     explicit Notifications(const NotificationServices& services) : m_services(services) {}
@@ -62,14 +63,15 @@ public:
 private:
     NotificationReport Deliver(const EmailOptions& email, MailMessage message, bool isTest);
     bool IsLeftAlone(const EmailOptions& email) const;
-    NotificationReport HoldBack(const std::string& subject);
+    NotificationReport HoldBack(const std::string& subject, bool endsRun);
     std::string TakeHeldBack();
-    void NoteSending(const EmailOptions& email, bool isSent, long long milliseconds);
+    void NoteSending(const EmailOptions& email, bool isSent, bool wasStopped, long long milliseconds);
     void LogFailure(const std::string& subject, const std::string& recipient, const std::string& failure);
 
     NotificationServices m_services;
     NotificationReport m_report;
     std::string m_slowServer;        // as the options name it
+    bool m_wasStopped = false;       // the user has not waited for it
     long long m_leftAloneUntil = 0;  // the loop's milliseconds
     int m_heldBack = 0;              // notifications, since the last run ended
 };

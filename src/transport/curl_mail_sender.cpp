@@ -75,6 +75,7 @@ public:
     }
     bool Send(const MailMessage& message) override;
     std::string FailureText() const override { return m_failure; }
+    bool WasStopped() const override { return m_wasStopped; }
 
 private:
     void* BeginExchange(const TransferLimits& limits);
@@ -94,6 +95,7 @@ private:
     std::string m_userName;
     std::string m_password;
     bool m_isConnected = false;
+    bool m_wasStopped = false;
     int m_sent = 0;
     std::string m_failure;
 };
@@ -121,6 +123,7 @@ void* CurlMailManager::BeginExchange(const TransferLimits& limits) {
 
 bool CurlMailManager::Send(const MailMessage& message) {
     constexpr const char* kNoMemory = "there is not enough memory";
+    m_wasStopped = false;
     Mailbox sender;
     Mailbox recipient;
     if (!IsHostName(m_host)) return Fail("\"" + m_host + "\" is no name of a mail server");
@@ -146,7 +149,8 @@ bool CurlMailManager::Send(const MailMessage& message) {
     const TransferEnd end = m_transfer.RunExchange([this] { return KeepsGoing(); });
     curl_easy_setopt(exchange, CURLOPT_MIMEPOST, nullptr);
     m_isConnected = end == TransferEnd::kDone;
-    if (end == TransferEnd::kStopped) return Fail("it was stopped");
+    m_wasStopped = end == TransferEnd::kStopped;
+    if (m_wasStopped) return Fail("it was stopped");
     return m_isConnected || Fail(m_transfer.FailureText());
 }
 

@@ -22,6 +22,7 @@ public:
     // mail servers take, is left out, and the body says so. May pump.
     virtual bool Send(const MailMessage& message) = 0;
     virtual std::string FailureText() const = 0;  // why the last Send failed, for the user
+    virtual bool WasStopped() const = 0;          // by the user, who would not wait for the server
 };
 
 class MailSender {

@@ -26,6 +26,7 @@ public:
     std::vector<MailMessage> sent;
     std::vector<std::string> asked;      // recipients, those that failed included
     std::function<void()> whileSending;  // may let time go by
+    bool wasStopped = false;             // what fails does so because the user has stopped it
     std::string server;                  // of the last manager: "host 465 ssl user:password"
 
 private:
@@ -50,6 +51,7 @@ private:
             return false;
         }
         std::string FailureText() const override { return m_failure; }
+        bool WasStopped() const override { return m_sender.wasStopped && !m_failure.empty(); }
 
     private:
         FakeMailSender& m_sender;

@@ -1,7 +1,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <signal.h>
 
+#include "platform/event_loop.h"
 #include "qpr_program.h"
+#include "rig/loopback_server.h"
 #include "rig/python_server.h"
 
 namespace quirepress {
@@ -52,6 +55,26 @@ TEST_F(QprNotify, MailsWhatItIsToldTo) {
     EXPECT_THAT(result.errors, HasSubstr("Error in configuration, message not sent to: nobody@example.org"));
     EXPECT_THAT(result.errors, HasSubstr("Message(s) Sent Successfully."));
     EXPECT_EQ(nlohmann::json::parse(server.Message(3))["body"], "This is a test message\n");
+}
+
+TEST_F(QprNotify, CtrlCEndsTheWaitForASilentServerOnceAndForAll) {
+    const LoopbackServer server(LoopbackServer::Swallow);
+    Set({"EMAILTO", "one@example.org"});
+    Set({"EMAILFROM", "qpr@example.org"});
+    Set({"SMTP", server.Address()});
+    Set({"ERROR"});
+    Set({"JOB"});
+    const auto program = m_qpr.Start({"--home", m_qpr.m_home.Path(), "--spooler", "embedded", "--unattended",
+                                      "print", "gone.ps", "away.ps", "lost.ps"});
+    ASSERT_TRUE(program);
+    EventLoop& loop = *m_qpr.m_services.loop;
+    while (program->IsRunning() && server.Connections() == 0) loop.Wait(10);
+    ASSERT_EQ(kill(static_cast<pid_t>(program->Id()), SIGINT), 0);
+    EXPECT_EQ(m_qpr.Finish(*program).exitCode, 130);
+    EXPECT_EQ(server.Connections(), 1) << "another message has waited";
+    const std::string errors = m_qpr.m_home.Read("error.log");
+    EXPECT_THAT(errors, HasSubstr("Email not sent: it was stopped"));
+    EXPECT_THAT(errors, HasSubstr("2 earlier message(s) not sent"));
 }
 
 TEST_F(QprNotify, WantsAKindAndATextOrATest) {

@@ -152,6 +152,26 @@ TEST_F(NotificationsTest, AServerThatKeepsSilentIsLeftAloneForAWhile) {
     EXPECT_EQ(m_mail.asked.size(), 7U);
 }
 
+// Who has pressed Ctrl-C once does not have to wait again.
+TEST_F(NotificationsTest, AServerThatSomebodyHasNotWaitedForIsLeftAloneToTheEndOfTheRun) {
+    m_options.m_errorLog = m_email.m_printError = m_email.m_printsFinished = true;
+    m_email.m_recipients = {"one@example.org"};
+    m_mail.FailFor("one@example.org", "it was stopped");
+    m_mail.wasStopped = true;
+    for (const int kind : {2, 2, 2, 4}) m_notifications.Notify(kind, "body", "");
+    EXPECT_EQ(m_mail.asked.size(), 1U);
+    EXPECT_EQ(m_notifications.LastReport().failed, 1);
+    const std::string errors = m_around.folder.Read("error.log");
+    EXPECT_THAT(errors, HasSubstr("2 earlier message(s) not sent"));
+    EXPECT_THAT(errors, HasSubstr("Email not sent: the mail server did not answer a short while ago"));
+
+    m_around.loop.Advance(5 * 60'000);
+    m_mail.HealAll();
+    m_notifications.Notify(4, "body", "");
+    ASSERT_EQ(m_mail.sent.size(), 1U);
+    EXPECT_EQ(m_mail.sent[0].body, "body") << "the end was not held back for the next run";
+}
+
 TEST_F(NotificationsTest, TheTestMessageGoesToEverybody) {
     m_mail.FailFor("two@example.org", "the server said no");
     m_notifications.SendTestMessage();

@@ -227,6 +227,7 @@ TEST_F(CurlMailSenderTest, StopsWhenTheUserWantsItTo) {
         auto manager = Open(server.Port());
         EXPECT_FALSE(manager->Send(Message()));
         EXPECT_EQ(manager->FailureText(), "it was stopped");
+        EXPECT_TRUE(manager->WasStopped());
         manager.reset();
         EXPECT_LT(system.loop->MonotonicMilliseconds() - start, 5'000) << answers;
     }
