@@ -297,7 +297,8 @@ RunSummary PrintRun::GiveWayToCutOffRun() {
     m_passes = CountPasses(false);
     m_services.outcomes.BeginRun(m_printer, m_passes, [this] { return m_stop; });
     m_services.outcomes.EndRefusedRun(m_services.list, m_passes, kCutOffRunWaits);
-    return EndedEarly(RunSummary::End::kRefused);
+    m_services.loop.Pump();  // a stop may have been the answer
+    return EndedEarly(m_stop ? RunSummary::End::kStopped : RunSummary::End::kRefused);
 }
 
 bool PrintRun::IsBalanced(const CutOffRun* cutOff) const {

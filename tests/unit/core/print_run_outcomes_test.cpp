@@ -520,6 +520,10 @@ TEST_F(PrintRunOutcomesTest, ACutOffRunIsNotForgottenByTheNext) {
     EXPECT_THAT(ReportText(".csv"), HasSubstr("b.ps,0.0,,,Not printed,\"A run that was cut off waits"));
     EXPECT_THAT(notices.told, ElementsAre(testing::AllOf(StartsWith("2:"), HasSubstr("cut off waits"))));
 
+    // Ctrl-C at the question.
+    InPump([&] { return prompts.questions.size() == 2; }, [&] { run.Stop(); });
+    EXPECT_EQ(run.OnButtonPrint().end, RunSummary::End::kStopped);
+
     CutOffRun cutOff;
     ASSERT_EQ(snapshot.Load(cutOff), SnapshotResult::kLoaded);
     EXPECT_EQ(run.FinishCutOffRun(cutOff).done, 2);
