@@ -128,7 +128,7 @@ WayResult RowAttempt::AttemptDocument(const RunItem& item) {
             m_services.snapshot.NotePrinter(m_services.list, m_row.Index(), item.printer);
         }
         // An attempt that goes to another printer needs its own.
-        if (std::exchange(m_separated, item.printer) != item.printer) PrintSeparatorBefore();
+        if (std::exchange(m_separated, item.printer) != item.printer) PrintSeparatorBefore(item.printer);
         if (m_row.IsStopped()) return StoppedWay();
         m_row.ShowRowStatus("Printing file:");
     }
@@ -161,9 +161,12 @@ WayResult RowAttempt::PrintSeparator(RunSeparators::Place place) {
     return result;
 }
 
-void RowAttempt::PrintSeparatorBefore() {
-    if (m_row.Find() && m_services.separators.IsDueBefore(m_row.Index()))
-        TellSeparator(PrintSeparator(RunSeparators::Place::kBefore));
+void RowAttempt::PrintSeparatorBefore(const std::string& printer) {
+    if (!m_row.Find() || !m_services.separators.IsDueBefore(m_row.Index(), printer)) return;
+    const WayResult result = PrintSeparator(RunSeparators::Place::kBefore);
+    TellSeparator(result);
+    if (result.end == WayResult::End::kPrinted && m_row.Find())
+        m_services.separators.NotePrintedBefore(m_row.Index(), printer);
 }
 
 void RowAttempt::PrintSeparatorAfter(const WayResult& result) {

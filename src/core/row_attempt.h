@@ -35,7 +35,7 @@ private:
     WayResult AttemptBalanced(RunItem item);
     WayResult AttemptDocument(const RunItem& item);
     WayResult PrintSeparator(RunSeparators::Place place);
-    void PrintSeparatorBefore();
+    void PrintSeparatorBefore(const std::string& printer);
     void TellSeparator(const WayResult& result);
     WayResult OfferToWays(const RunItem& item);
 

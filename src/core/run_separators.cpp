@@ -98,9 +98,13 @@ bool RunSeparators::IsWanted(const Set& set, int row) const {
     return isSetUp && !m_services.separators.m_requestedOnly && IsDocument(m_services.list, row);
 }
 
-bool RunSeparators::IsDueBefore(int row) const {
+bool RunSeparators::IsDueBefore(int row, const std::string& printer) const {
     const Set set = SetOf(Place::kBefore);
-    return IsWanted(set, row) && (!set.isByFolder || !m_hasFolder || FolderOfRow(row) != m_folder);
+    if (!IsWanted(set, row)) return false;
+    if (!set.isByFolder) return true;
+    const std::string folder = FolderOfRow(row);
+    if (!m_headed.printers.empty()) return folder != m_headed.folder || m_headed.printers.count(printer) == 0;
+    return !m_hasFolder || folder != m_folder;
 }
 
 bool RunSeparators::IsDueAfter(int row, bool isPrinted) const {
@@ -112,8 +116,15 @@ bool RunSeparators::IsDueAfter(int row, bool isPrinted) const {
     return next < 0 || FolderOfRow(next) != m_folder;
 }
 
+void RunSeparators::NotePrintedBefore(int row, const std::string& printer) {
+    const std::string folder = FolderOfRow(row);
+    if (folder != m_headed.folder) m_headed = {folder, {}};
+    m_headed.printers.insert(printer);
+}
+
 void RunSeparators::NotePrinted(int row) {
     if (!IsDocument(m_services.list, row)) return;
+    m_headed = {};
     m_folder = FolderOfRow(row);
     m_hasFolder = true;
 }

@@ -46,12 +46,15 @@ public:
     ~RunSeparators();
 
     // Each walk over the list begins with a folder that nothing was printed from.
-    void BeginWalk() { m_folder.clear(), m_hasFolder = false; }
+    void BeginWalk() { m_folder.clear(), m_hasFolder = false, m_headed = {}; }
     // Whether the options want one there without a row that asks for it; `row` is a document of the list that
-    // has its turn, and afterwards has had it. The folder's last document may have failed: what came before
-    // it still gets its separator.
-    bool IsDueBefore(int row) const;
+    // has its turn on this printer, and afterwards has had it. The folder's last document may have failed:
+    // what came before it still gets its separator.
+    bool IsDueBefore(int row, const std::string& printer) const;
     bool IsDueAfter(int row, bool isPrinted) const;
+    // A separator came out there, for the document behind it; until that is printed, too, others of its
+    // folder may stand behind it.
+    void NotePrintedBefore(int row, const std::string& printer);
     void NotePrinted(int row);
 
     // Makes `item` the document of the separator of this row, which is a document or a separator row; its
@@ -75,6 +78,12 @@ private:
     RunSeparatorServices m_services;
     std::string m_folder;  // of the document that was printed last
     bool m_hasFolder = false;
+    // A folder that has its separator, and of which nothing has come out behind it.
+    struct Headed {
+        std::string folder;
+        std::set<std::string> printers;  // that have printed the separator; none: there is no such folder
+    };
+    Headed m_headed;
     std::unique_ptr<ScratchFolder> m_scratch;  // of generated files without a name: another run has its own
     std::set<std::string> m_slowPrinters;  // that a separator did not leave in time: nobody waits there again
 };

@@ -498,6 +498,36 @@ TEST_F(PrintRunPrintersTest, SeparatorsStandAroundTheirDocuments) {
     EXPECT_THAT(folder.Read(kPrintLogName), testing::Not(HasSubstr("eparator")));
 }
 
+// The separator stands for the documents that come out behind it, whichever of the folder is the first.
+TEST_F(PrintRunPrintersTest, AFolderWhoseFirstDocumentFailsHasOneSeparator) {
+    separatorOptions.m_separatorFileName = folder.Write("cover.ps", "cover");
+    separatorOptions.m_printOnDirChangeOnly = true;
+    AddFiles({"x/a.odd", "x/b.odd", "x/c.ps", "x/d.ps"});
+    EXPECT_EQ(run.OnButtonPrint().done, 2);
+    EXPECT_EQ(Printed(), (TextList{"cover.ps", "c.ps", "d.ps"}));
+
+    // What goes on after the separator of another folder stands behind the wrong one.
+    list.Clear();
+    AddFiles({"x/a.ps", "y/b.odd", "x/c.ps"});
+    run.OnButtonPrint();
+    EXPECT_EQ(Printed(3), (TextList{"cover.ps", "a.ps", "cover.ps", "cover.ps", "c.ps"}));
+
+    // Nor does a separator on one printer stand before what comes out on another.
+    list.Clear();
+    balanceOptions.m_printers[0] = {"Laser", "", 0};
+    balanceOptions.m_printers[1] = {"Plotter", "", 0};
+    ItemTexts first;
+    ItemTexts second;
+    first.balancedPrinters = "1";
+    second.balancedPrinters = "2";
+    AddFile("x/a.odd", "bytes", first);
+    AddFile("x/b.odd", "bytes", second);
+    AddFile("x/c.odd", "bytes", first);
+    AddFile("x/d.ps", "bytes", second);
+    run.OnButtonPrint();
+    EXPECT_EQ(Printed(8), (TextList{"cover.ps", "cover.ps", "d.ps"}));
+}
+
 // Nothing overtakes a separator, and a printer that keeps it holds the run up once.
 TEST_F(PrintRunPrintersTest, TheDocumentWaitsForItsSeparatorAndNotForEver) {
     separatorOptions.m_separatorFileName = folder.Write("cover.ps", "cover");
