@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <signal.h>
+
+#include <csignal>
 
 #include "platform/event_loop.h"
 #include "qpr_program.h"
