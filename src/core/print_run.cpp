@@ -1,7 +1,6 @@
 #include "core/print_run.h"
 
 #include <algorithm>
-#include <deque>
 #include <iterator>
 #include <limits>
 #include <utility>
@@ -11,7 +10,6 @@
 #include "backends/viewer_windows.h"
 #include "base/format.h"
 #include "base/numbers.h"
-#include "core/file_target.h"
 #include "core/print_list.h"
 #include "core/print_run_source.h"
 #include "core/print_run_walk.h"
@@ -34,10 +32,6 @@ namespace {
 constexpr int kMonitorTimer = 2;
 constexpr int kQueuePollMilliseconds = 250;
 constexpr int kMostCopies = 9'999;
-constexpr std::string_view kCutOffRunWaits =
-    "A run that was cut off waits: \"qpr restore --print\" prints what is left of it, "
-    "\"qpr restore --discard\" forgets it.";
-
 RunSummary EndedEarly(RunSummary::End end) {
     RunSummary summary;
     summary.end = end;
@@ -231,74 +225,6 @@ void PrintRun::TellFailedAppends(RunSummary& summary) {
     for (const PrintedRow& row : failed)
         if (outcomes.HandleFile(row, PrintEnd::kFailed, failure) == RowHandled::kFailed)
             summary.NoteNotFiled(row.path, failure);
-}
-
-// A run that was cut off and still has rows to print is not lost by the next one.
-bool PrintRun::MayForgetCutOffRun() {
-    if (!m_services.options.m_snapshotRestore) return true;
-    RunSnapshot& snapshot = m_services.snapshot;
-    CutOffRun left;
-    if (snapshot.Load(left) != SnapshotResult::kLoaded) return true;
-    const auto waits = [&left](const CutOffRun::Row& row) {
-        return row.texts[kColumnSelected] == "Yes" && row.mark.pass < left.copies;
-    };
-    if (std::none_of(left.rows.begin(), left.rows.end(), waits)) {
-        EndCutOffRun(left);
-    } else if (!m_services.prompts.AskYesNo(
-                   "Print Error!", "A run was cut off, and part of it is not printed. Forget it?", false)) {
-        snapshot.Leave();
-        m_services.prompts.ShowBox("Print Error!", kCutOffRunWaits);
-        return false;
-    }
-    snapshot.Remove();
-    return true;
-}
-
-// All of it was printed: what its end has left undone is done before the next run. Nothing of it comes out
-// again, and its rows leave the list as they were.
-void PrintRun::EndCutOffRun(const CutOffRun& cutOff) {
-    PrintList& list = m_services.list;
-    std::deque<ListItem> rows = list.ExchangeRows({});
-    PutRowsBack(list, cutOff);
-    if (HasUnfiledRows()) {
-        m_appended = TakeUpMergedFile(m_services.append, cutOff.mergedFile);
-        m_services.processing.Clear();
-        m_services.outcomes.BeginRun(cutOff.printer, cutOff.copies, [this] { return m_stop; });
-        RunObserver nobody;
-        RunWalk walk(m_services, {m_ways, nobody, m_hangWatch, m_stop, cutOff.printer, m_appended.path,
-                                  cutOff.copies, cutOff.isBalanced, &cutOff});
-        walk.EndCutOffRows();
-        m_services.outcomes.EndRun(list, cutOff.copies, false);
-        ReleaseMergedFile(m_services.append.files, m_appended);
-        m_filedBefore = walk.Summary();
-    }
-    list.ExchangeRows(std::move(rows));
-}
-
-bool PrintRun::HasUnfiledRows() {
-    PrintList& list = m_services.list;
-    for (int row = 0; row < list.RowCount(); ++row) {
-        const RunMark& mark = list.MarkOf(row);
-        const bool hasEnded = mark.outcome != RowOutcome::kNotSelected || mark.isAppended;
-        const MoveAction action = ParseMoveTo(list.Text(row, kColumnMoveTo)).action;
-        const bool erasesJob = action == MoveAction::kEraseWithJob || action == MoveAction::kEraseJob;
-        const bool hasJob =
-            erasesJob && m_services.files.Inspect(list.JobFileOf(row)).kind == FileKind::kRegular;
-        if (hasEnded && (!mark.isFiled || hasJob)) return true;
-    }
-    return false;
-}
-
-// Nobody may be there to read the box.
-RunSummary PrintRun::GiveWayToCutOffRun() {
-    // Not more: a merged file may be that of the run that waits.
-    ClearMarks();
-    m_printer = m_chosenPrinter.empty() ? m_services.selection.OwnDefaultPrinter() : m_chosenPrinter;
-    m_passes = CountPasses(false);
-    m_services.outcomes.BeginRun(m_printer, m_passes, [this] { return m_stop; });
-    m_services.outcomes.EndRefusedRun(m_services.list, m_passes, kCutOffRunWaits);
-    m_services.loop.Pump();  // a stop may have been the answer
-    return EndedEarly(m_stop ? RunSummary::End::kStopped : RunSummary::End::kRefused);
 }
 
 bool PrintRun::IsBalanced(const CutOffRun* cutOff) const {
