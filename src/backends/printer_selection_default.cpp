@@ -89,9 +89,12 @@ void RunDefault::BringBackLeft() {
     if (!lock) return;  // its run is under way
     Note note;
     const std::string now = m_spooler.DefaultPrinter();
-    if (!ReadNote(note)) {
+    const bool isRead = ReadNote(note);
+    // Ended while the print system wrote the user's choice, which is then none: nobody has chosen that.
+    const bool isLost = !note.before.choice.empty() && m_spooler.DefaultChoice().empty();
+    if (!isRead) {
         m_debugLog.Trace("The note of the default printer can't be read\r\n");
-    } else if (!now.empty() && !Holds(note.setTo, now)) {
+    } else if (!now.empty() && !Holds(note.setTo, now) && !isLost) {
         m_debugLog.Trace("The default printer was chosen anew: %s\r\n", now);
     } else if (RestoreChoice(note.before) == 0) {
         m_debugLog.Trace("The default printer that an ended run has left is set back: %s to %s\r\n", now,

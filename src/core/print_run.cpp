@@ -111,7 +111,7 @@ RunSummary PrintRun::WalkWithPrinter(const CutOffRun* cutOff) {
     RunWalk walk(m_services, {m_ways, m_observer != nullptr ? *m_observer : nobody, m_hangWatch, m_stop,
                               m_printer, m_appended.path, m_passes, IsBalanced(cutOff), cutOff});
     // The snapshot of this run takes it for told.
-    walk.TellUnknownRow();
+    walk.TellUnknownRows();
     if (!CreateSnapshot(cutOff)) return walk.EndEarly(RunSummary::End::kRefused);
     m_services.prompts.ShowStatus("Starting");
     const RunSummary::End obstacle = PreparePrinter();

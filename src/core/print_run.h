@@ -141,7 +141,7 @@ private:
     AppendOutcome AppendRows();
     void TellFailedAppends(RunSummary& summary);
     bool MayForgetCutOffRun();
-    void EndCutOffRun(const CutOffRun& cutOff);
+    bool EndCutOffRun(const CutOffRun& cutOff);
     bool HasUnfiledRows();
     RunSummary GiveWayToCutOffRun();
     bool IsBalanced(const CutOffRun* cutOff) const;

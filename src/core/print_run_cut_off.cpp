@@ -23,6 +23,21 @@ constexpr std::string_view kCutOffRunWaits =
     "A run that was cut off waits: \"qpr restore --print\" prints what is left of it, "
     "\"qpr restore --discard\" forgets it.";
 
+bool HasUnknownRows(const CutOffRun& cutOff) {
+    int row = 0;
+    return std::any_of(cutOff.rows.begin(), cutOff.rows.end(),
+                       [&](const CutOffRun::Row&) { return IsOfUnknownOutcome(cutOff, row++); });
+}
+
+bool HasRowsToPrint(const CutOffRun& cutOff) {
+    int index = 0;
+    return std::any_of(cutOff.rows.begin(), cutOff.rows.end(), [&](const CutOffRun::Row& row) {
+        const bool hadItsTurn = IsOfUnknownOutcome(cutOff, index++);
+        const int pass = hadItsTurn ? cutOff.copy : row.mark.pass;
+        return row.texts[kColumnSelected] == "Yes" && pass < cutOff.copies;
+    });
+}
+
 }  // namespace
 
 // A run that was cut off and still has rows to print is not lost by the next one.
@@ -31,28 +46,27 @@ bool PrintRun::MayForgetCutOffRun() {
     RunSnapshot& snapshot = m_services.snapshot;
     CutOffRun left;
     if (snapshot.Load(left) != SnapshotResult::kLoaded) return true;
-    const auto waits = [&left](const CutOffRun::Row& row) {
-        return row.texts[kColumnSelected] == "Yes" && row.mark.pass < left.copies;
-    };
-    if (std::none_of(left.rows.begin(), left.rows.end(), waits)) {
-        EndCutOffRun(left);
-    } else if (!m_services.prompts.AskYesNo(
-                   "Print Error!", "A run was cut off, and part of it is not printed. Forget it?", false)) {
-        snapshot.Leave();
-        m_services.prompts.ShowBox("Print Error!", kCutOffRunWaits);
-        return false;
+    const bool mayGo =
+        HasRowsToPrint(left)
+            ? m_services.prompts.AskYesNo(
+                  "Print Error!", "A run was cut off, and part of it is not printed. Forget it?", false)
+            : EndCutOffRun(left);
+    if (mayGo) {
+        snapshot.Remove();
+        return true;
     }
-    snapshot.Remove();
-    return true;
+    snapshot.Leave();
+    m_services.prompts.ShowBox("Print Error!", kCutOffRunWaits);
+    return false;
 }
 
 // All of it was printed: what its end has left undone is done before the next run. Nothing of it comes out
-// again, and its rows leave the list as they were.
-void PrintRun::EndCutOffRun(const CutOffRun& cutOff) {
+// again, and its rows leave the list as they were. False when a stop came between.
+bool PrintRun::EndCutOffRun(const CutOffRun& cutOff) {
     PrintList& list = m_services.list;
     std::deque<ListItem> rows = list.ExchangeRows({});
     PutRowsBack(list, cutOff);
-    if (HasUnfiledRows()) {
+    if (HasUnfiledRows() || HasUnknownRows(cutOff)) {
         m_appended = TakeUpMergedFile(m_services.append, cutOff.mergedFile);
         m_services.processing.Clear();
         m_services.outcomes.BeginRun(cutOff.printer, cutOff.copies, [this] { return m_stop; });
@@ -60,11 +74,12 @@ void PrintRun::EndCutOffRun(const CutOffRun& cutOff) {
         RunWalk walk(m_services, {m_ways, nobody, m_hangWatch, m_stop, cutOff.printer, m_appended.path,
                                   cutOff.copies, cutOff.isBalanced, &cutOff});
         walk.EndCutOffRows();
-        m_services.outcomes.EndRun(list, cutOff.copies, false);
+        m_services.outcomes.EndRun(list, cutOff.copies, m_stop);
         ReleaseMergedFile(m_services.append.files, m_appended);
         m_filedBefore = walk.Summary();
     }
     list.ExchangeRows(std::move(rows));
+    return !m_stop;
 }
 
 bool PrintRun::HasUnfiledRows() {

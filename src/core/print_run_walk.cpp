@@ -58,6 +58,7 @@ RunSummary RunWalk::WalkList() {
         // Every copy of the list begins with the same set-up.
         if (copy != first) ResetSetUp();
         m_row.BeginCopy(copy);
+        list.SetCurrentRow(-1);
         isWhole = WalkOnce();
     }
     list.SetCurrentRow(-1);
@@ -66,12 +67,15 @@ RunSummary RunWalk::WalkList() {
     return summary;
 }
 
-void RunWalk::TellUnknownRow() {
+void RunWalk::TellUnknownRows() {
     const CutOffRun* cutOff = m_request.cutOff;
-    if (cutOff == nullptr || cutOff->rowAtWork < 0 || !IsOfUnknownOutcome(*cutOff, cutOff->rowAtWork)) return;
+    if (cutOff == nullptr) return;
     m_row.BeginCopy(cutOff->copy);
-    m_ending.TellUnknown(cutOff->rowAtWork,
-                         cutOff->printerAtWork.empty() ? cutOff->printer : cutOff->printerAtWork);
+    for (int row = 0; row < static_cast<int>(cutOff->rows.size()); ++row) {
+        if (!IsOfUnknownOutcome(*cutOff, row)) continue;
+        const bool isKnown = row == cutOff->rowAtWork && !cutOff->printerAtWork.empty();
+        m_ending.TellUnknown(row, isKnown ? cutOff->printerAtWork : cutOff->printer);
+    }
 }
 
 RunSummary RunWalk::EndEarly(RunSummary::End end) {
@@ -88,6 +92,7 @@ void RunWalk::ReportEarlierRows() {
 
 void RunWalk::EndCutOffRows() {
     m_row.BeginRun(m_services.list.RowCount(), m_request.passes);
+    TellUnknownRows();
     m_row.BeginCopy(m_request.passes);
     ReportEarlierRows();
     m_ending.FinishCutOffRows();
@@ -124,11 +129,12 @@ void RunWalk::ReportEarlierRow(int row) {
     // Documents that are in the merged file share its lot.
     const bool isInMerged =
         list.MarkOf(row).isAppended && list.MarkOf(row).outcome == RowOutcome::kNotSelected;
+    const bool hasComeOut = list.MarkOf(row).isAppended && list.MarkOf(row).pass > 0;
     int ended = row;
     for (int other = 0; isInMerged && other < list.RowCount(); ++other)
         if (isMerged(other)) ended = other;
     m_services.outcomes.ReportEarlierRow({item, list.MarkOf(ended), list.Text(ended, kColumnStatus),
-                                          isMerged(row), IsTicked(list, row) || isInMerged,
+                                          isMerged(row), IsTicked(list, row) || isInMerged || hasComeOut,
                                           IsOfUnknownOutcome(*m_request.cutOff, ended)});
 }
 

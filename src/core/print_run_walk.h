@@ -32,7 +32,7 @@ public:
     // The summary's counts, end and time; the printer was checked. May pump.
     RunSummary WalkList();
     // Of a run that is taken up: the row that was at work. May pump.
-    void TellUnknownRow();
+    void TellUnknownRows();
     // Instead of WalkList, when something is in the way.
     RunSummary EndEarly(RunSummary::End end);
     // Of a run that had printed all of its rows: its files. May pump.

@@ -11,6 +11,7 @@
 #include "base/numbers.h"
 #include "base/text.h"
 #include "core/print_list.h"
+#include "core/processing_defaults.h"
 #include "core/run_way.h"
 #include "platform/file_tools.h"
 #include "platform/files.h"
@@ -159,22 +160,24 @@ void ReadJournal(Fields& lines, CutOffRun& run) {
     }
 }
 
-// A row that has ended, nobody knows how: a disk that loses what it was told to keep. Settings count again.
-void TellLostEnd(CutOffRun::Row& row) {
-    const std::string& path = row.texts[kColumnFilename];
+bool IsSetting(std::string_view path) {
+    return KindOfItem(path) == ItemKind::kCommand &&
+           (PrinterSelection::TakesItem(path) || ProcessingDefaults::TakesItem(path));
+}
+
+// A disk that loses what it was told to keep.
+void NoteLostEnd(CutOffRun::Row& row) {
     if (row.texts[kColumnSelected] != "Yes") return;
-    const bool isSetting = KindOfItem(path) == ItemKind::kCommand && PrinterSelection::TakesItem(path);
-    row.mark.outcome = isSetting ? RowOutcome::kDone : RowOutcome::kFailed;
-    row.mark.isFiled = row.mark.isFiled || !isSetting;
-    if (!isSetting) row.texts[kColumnStatus] = kStatusUnknown;
+    row.isEndLost = !IsSetting(row.texts[kColumnFilename]);
+    if (!row.isEndLost) row.mark.outcome = RowOutcome::kDone;
 }
 
 }  // namespace
 
 bool IsOfUnknownOutcome(const CutOffRun& cutOff, int row) {
-    if (row != cutOff.rowAtWork) return false;
-    const std::string& path = cutOff.rows[static_cast<std::size_t>(row)].texts[kColumnFilename];
-    return KindOfItem(path) != ItemKind::kCommand || !PrinterSelection::TakesItem(path);
+    if (row < 0) return false;
+    const CutOffRun::Row& asked = cutOff.rows[static_cast<std::size_t>(row)];
+    return asked.isEndLost || (row == cutOff.rowAtWork && !IsSetting(asked.texts[kColumnFilename]));
 }
 
 void PutRowsBack(PrintList& list, const CutOffRun& cutOff) {
@@ -372,7 +375,7 @@ SnapshotResult RunSnapshot::Load(CutOffRun& run) {
     if (isFound && checkpoint.finished < count && checkpoint.begun < count) {
         read.copy = checkpoint.copy;
         for (int row = std::max(checkpoint.first, 0); row <= checkpoint.finished; ++row)
-            if (std::exchange(read.rows[row].mark.pass, read.copy) < read.copy) TellLostEnd(read.rows[row]);
+            if (std::exchange(read.rows[row].mark.pass, read.copy) < read.copy) NoteLostEnd(read.rows[row]);
         if (checkpoint.begun >= 0 && read.rows[checkpoint.begun].mark.pass < read.copy)
             read.rowAtWork = checkpoint.begun;
     } else {

@@ -30,6 +30,7 @@ struct CutOffRun : RunHead {
         std::array<std::string, kColumnCount> texts;
         RunMark mark;
         std::string jobFile;
+        bool isEndLost = false;  // it has ended, and the disk has lost how
     };
     int copy = 1;               // the walk that was under way
     std::vector<Row> rows;      // those that were finished in this walk have its number as their mark's pass
@@ -41,7 +42,8 @@ constexpr std::string_view kSnapshotFailed = "Can't write to SnapshotRestore.Lis
 constexpr std::string_view kSnapshotInUse =
     "Another run is under way in this working folder; this one can't be restored if it is cut off.";
 
-// Nobody can tell whether this row came out. A setting that was at work just gets its turn again.
+// Nobody can tell whether this row came out. A setting that was at work just gets its turn again, one whose
+// end was lost is applied again.
 bool IsOfUnknownOutcome(const CutOffRun& cutOff, int row);
 
 // The rows of the list are those of the run, from here on. What is of unknown outcome is said to be so, and

@@ -29,10 +29,13 @@ public:
         return isGone ? -1 : FakeSpooler::ListPrinters(printers);
     }
     std::string DefaultPrinter() override { return isGone ? "" : FakeSpooler::DefaultPrinter(); }
+    // As on CUPS: what is default without anybody's choice is the server's.
+    std::string DefaultChoice() override { return hasLostChoice ? "" : DefaultPrinter(); }
     int MakeDefaultPrinter(std::string_view printer) override {
         return isGone ? -1 : FakeSpooler::MakeDefaultPrinter(printer);
     }
     bool isGone = false;
+    bool hasLostChoice = false;
 };
 
 class PrinterSelectionTest : public testing::Test, protected Surroundings {
@@ -333,6 +336,13 @@ TEST_F(PrinterSelectionTest, AStartSetsBackWhatAnEndedRunHasLeft) {
     selection.BringDefaultBack();
     EXPECT_EQ(spooler.DefaultPrinter(), "Cellar");
     EXPECT_FALSE(folder.Has(kNote));
+    // What the print system has lost while it wrote it was chosen by nobody.
+    CutOffRun("Label");
+    spooler.hasLostChoice = true;
+    ASSERT_EQ(spooler.MakeDefaultPrinter("Office"), 0);
+    selection.BringDefaultBack();
+    EXPECT_EQ(spooler.DefaultPrinter(), "Cellar");
+    spooler.hasLostChoice = false;
     ASSERT_EQ(spooler.MakeDefaultPrinter("Label"), 0);
     note.insert(note.size() - 1, "s");  // cut short, it names "Label"
     for (std::size_t size = 0; size < note.size(); ++size) {

@@ -602,6 +602,68 @@ TEST_F(PrintRunOutcomesTest, WhatTheEndOfARunHasLeftIsDoneByTheNext) {
     EXPECT_FALSE(IsThere(job));
     ASSERT_EQ(list.RowCount(), 1);
     EXPECT_EQ(Text(0, kColumnStatus), "Done");
+
+    // A stop in between leaves the rest to the next.
+    keep("kept.", "SnapshotRestore.");
+    folder.Write("night.job", "a.ps\r\nb.ps\r\n");
+    notices.onNotify = [&] { run.Stop(); };
+    EXPECT_EQ(run.OnButtonPrint().end, RunSummary::End::kStopped);
+    notices.onNotify = nullptr;
+    EXPECT_TRUE(IsThere(folder.PathOf("SnapshotRestore.List")));
+    EXPECT_EQ(run.OnButtonPrint().done, 1);
+    EXPECT_FALSE(IsThere(folder.PathOf("SnapshotRestore.List")));
+    EXPECT_FALSE(IsThere(job));
+}
+
+// The last row was at work: nothing waits, and somebody has to hear of it.
+TEST_F(PrintRunOutcomesTest, ARunThatWasCutOffAtItsLastRowHoldsUpNoOther) {
+    options.m_snapshotRestore = options.m_errorLog = true;
+    AddRow("a.ps", folder.PathOf("out"));
+    const std::string last = AddRow("last.ps", "qprdelete");
+    {
+        RunSnapshot cut(files, WithTrailingSeparator(folder.Path()));
+        ASSERT_EQ(cut.Create(list, {"Laser", 1}, 1), "");
+        ASSERT_TRUE(cut.NoteBegun(list, 0, 1));
+        list.MarkOf(0).pass = list.MarkOf(0).printed = 1;
+        list.MarkOf(0).outcome = RowOutcome::kDone;
+        ASSERT_TRUE(cut.NoteFinished(list, 0));
+        ASSERT_TRUE(cut.NoteBegun(list, 1, 1));
+    }
+    list.Clear();
+    AddRow("own.ps", "");
+    EXPECT_EQ(run.OnButtonPrint().done, 1);
+    EXPECT_THAT(Printed(), ElementsAre("own.ps"));
+    EXPECT_TRUE(IsThere(folder.PathOf("out/a.ps")) && IsThere(last));
+    EXPECT_THAT(ErrorRecords(), HasSubstr("last.ps"));
+}
+
+TEST_F(PrintRunOutcomesTest, ACopyAfterTheRestoreBeginsAtTheTop) {
+    options.m_generateReports = true;
+    const std::string merged = folder.Write("QPRMerged_11.pdf", "bytes");
+    list.InsertFileIntoList(merged, 1, "", {});
+    AddRow("in.pdf", "");
+    list.InsertFileIntoList("Plotter.printer", 1, "", {});
+    AddRow("unticked.ps", "");
+    AddRow("last.ps", "");
+    for (const int row : {1, 3}) list.SetText(row, kColumnSelected, "No");
+    list.MarkOf(1).isAppended = true;
+    {
+        RunSnapshot cut(files, WithTrailingSeparator(folder.Path()));
+        ASSERT_EQ(cut.Create(list, {"Laser", 2, false, merged}, 1), "");
+        for (const int row : {0, 2}) {
+            ASSERT_TRUE(cut.NoteBegun(list, row, 1));
+            list.MarkOf(row).pass = list.MarkOf(row).printed = 1;
+            list.MarkOf(row).outcome = RowOutcome::kDone;
+            ASSERT_TRUE(cut.NoteFinished(list, row));
+        }
+        ASSERT_TRUE(cut.NoteBegun(list, 4, 1));
+    }
+    CutOffRun cutOff;
+    ASSERT_EQ(snapshot.Load(cutOff), SnapshotResult::kLoaded);
+    EXPECT_EQ(run.FinishCutOffRun(cutOff).failed, 1);
+    EXPECT_THAT(Printed(), ElementsAre("QPRMerged_11.pdf", "last.ps"));
+    EXPECT_EQ(spooler.Sent().back().printer, "Plotter");
+    EXPECT_THAT(ReportText(".txt"), HasSubstr("Printed               3 "));
 }
 
 // The rows below would come out on another printer.

@@ -194,11 +194,12 @@ TEST_F(RunSnapshotTest, AnEndThatIsLostIsUnknownAndSettingsAreAppliedAgain) {
     CutOffRun cutOff;
     ASSERT_EQ(Load(cutOff), SnapshotResult::kLoaded);
     EXPECT_EQ(cutOff.rowAtWork, 3);
-    for (int row = 1; row < 3; ++row) {
-        EXPECT_EQ(cutOff.rows[row].texts[kColumnStatus], kStatusUnknown) << row;
-        EXPECT_EQ(cutOff.rows[row].mark.outcome, RowOutcome::kFailed) << row;
+    PutRowsBack(list, cutOff);
+    for (int row = 1; row < 4; ++row) {
+        EXPECT_EQ(Text(row, kColumnStatus), kStatusUnknown) << row;
+        EXPECT_TRUE(IsOfUnknownOutcome(cutOff, row)) << row;
     }
-    EXPECT_EQ(cutOff.rows[0].mark.outcome, RowOutcome::kDone);
+    EXPECT_EQ(list.MarkOf(0).outcome, RowOutcome::kDone);
 }
 
 TEST_F(RunSnapshotTest, RefusesWhatIsNotWhole) {
