@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "base/credentials.h"
 #include "logs/debug_log.h"
 #include "logs/error_log.h"
 #include "logs/print_log.h"
@@ -36,7 +37,7 @@ KeyColumns ErrorKeyColumns() {
 // Empty when the name is wider than its column, which no look at the column finds.
 std::string ErrorRecordKey(const std::string& path) {
     const RecordColumn& column = SourceColumn().columns.front();
-    if (path.size() > column.width) return {};
+    if (HideCredentials(path).size() > column.width) return {};  // as it is written
     return FormatRecord(SourceColumn(), {path}).substr(column.start, column.width);
 }
 

@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "base/credentials.h"
 #include "base/format.h"
 #include "logs/document_stamp.h"
 #include "settings/log_options.h"
@@ -47,9 +48,9 @@ public:
     }
 
 private:
-    // Texts go into a log without line ends and NULs.
+    // Texts go into a log without passwords, line ends and NULs.
     static std::string AsWritten(std::string_view field) {
-        std::string text(field);
+        std::string text = HideCredentials(field);
         std::replace_if(
             text.begin(), text.end(), [](char c) { return c == '\r' || c == '\n' || c == '\0'; }, ' ');
         return text;
