@@ -30,7 +30,7 @@ TYPES;application/msword application/rtf application/vnd.ms-excel application/vn
 TYPES;application/vnd.oasis.opendocument.text application/vnd.oasis.opendocument.spreadsheet
 PDF;soffice -env:UserInstallation=%T --headless --norestore --convert-to pdf --outdir %d %*
 LIMIT;600
-BATCH;25
+BATCH;50
 
 COMMAND;Web pages
 TYPES;.htm .html .xhtml .xml .svg text/html
@@ -41,19 +41,19 @@ COMMAND;Web pages without a browser
 TYPES;.htm .html .xhtml text/html
 PDF;soffice -env:UserInstallation=%T --headless --norestore "--infilter=HTML (StarWriter)" --convert-to pdf:writer_pdf_Export --outdir %d %*
 LIMIT;120
-BATCH;25
+BATCH;50
 
 COMMAND;Pictures
 TYPES;.wmf .emf .svg .webp .jpg .jpeg .jpe .png .gif .tif .tiff .bmp .pcx .psd .tga image/*
 PDF;soffice -env:UserInstallation=%T --headless --norestore --convert-to pdf:draw_pdf_Export --outdir %d %*
 LIMIT;120
-BATCH;25
+BATCH;50
 
 COMMAND;Texts and saved mail
 TYPES;.txt .text .log .md .ini .cfg .conf .json .yaml .yml .eml .mht .xml text/* message/rfc822
 PDF;soffice -env:UserInstallation=%T --headless --norestore "--infilter=Text (encoded):UTF8" --convert-to pdf:writer_pdf_Export --outdir %d %*
 LIMIT;120
-BATCH;25
+BATCH;50
 )text";
 }
 

@@ -20,7 +20,7 @@ TEST(PrintCommands, OfTheFirstStartAreAllUsed) {
     EXPECT_THAT(flaws, IsEmpty());
     ASSERT_GE(table.commands.size(), 4U);
     EXPECT_EQ(table.commands[0].words[0], "soffice");
-    EXPECT_EQ(table.commands[0].batch, 25);
+    EXPECT_EQ(table.commands[0].batch, 50);
     EXPECT_EQ(table.scriptLimitSeconds, 0);
 }
 
