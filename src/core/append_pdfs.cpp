@@ -247,11 +247,16 @@ void ReleaseMergedFile(Files& files, AppendOutcome& outcome) {
     outcome = {};
 }
 
+int FindMergedRow(const PrintList& list, std::string_view mergedFile) {
+    int row = mergedFile.empty() ? -1 : list.RowCount() - 1;
+    while (row >= 0 && list.Text(row, kColumnFilename) != mergedFile) --row;
+    return row;
+}
+
 AppendedCount ShareMergedCopies(PrintList& list, std::string_view mergedFile) {
     AppendedCount count;
-    int merged = 0;
-    while (merged < list.RowCount() && list.Text(merged, kColumnFilename) != mergedFile) ++merged;
-    if (mergedFile.empty() || merged == list.RowCount()) return count;
+    const int merged = FindMergedRow(list, mergedFile);
+    if (merged < 0) return count;
     const RunMark shared = list.MarkOf(merged);
     const std::string status(list.Text(merged, kColumnStatus));
     if (shared.outcome == RowOutcome::kNotSelected) return count;

@@ -60,6 +60,8 @@ AppendOutcome TakeUpMergedFile(const AppendServices& services, const std::string
 void ReleaseMergedFile(Files& files, AppendOutcome& outcome);
 
 // At the end of a run: the rows that AppendPdfs has unticked are ticked again, for the next run.
+// The row of the merged file; -1: there is none.
+int FindMergedRow(const PrintList& list, std::string_view mergedFile);
 // Of a run that was stopped before the last copy of its merged file: the documents in it came out as often as
 // it did. Answers how many they are.
 struct AppendedCount {

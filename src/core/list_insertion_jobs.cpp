@@ -27,11 +27,11 @@ int ListInsertion::InsertJob(const std::string& path) {
     const auto origin = std::make_shared<RowOrigin>(RowOrigin{RowOrigin::Kind::kJobFile, path, {}, m_origin});
     const auto outer = std::exchange(m_origin, origin);
     for (const std::string& line : job.lines) {
+        // Where not all of its rows are there nothing may be done to it as a whole.
         if (m_list.KeepGoing())
             InsertJobLine(line, path);
         else
-            origin->path
-                .clear();  // not all of its rows are there, so that nothing may be done to it as a whole
+            origin->path.clear();
     }
     m_origin = outer;
     return 1;

@@ -14,6 +14,7 @@
 #include "logs/error_log.h"
 #include "platform/clock.h"
 #include "platform/event_loop.h"
+#include "platform/file_tools.h"
 #include "platform/files.h"
 #include "platform/prompts.h"
 #include "settings/general_options.h"
@@ -159,15 +160,10 @@ RowHandled PostPrint::HandleFile(const Order& order) {
 RowHandled PostPrint::EraseFile(const Order& order) {
     FileResult result = FileResult::kFailed;
     const bool isDone = Retry(std::string(FolderOf(order.path)), [&] {
-        // One that is gone already is no failure, but with its folder it may come back; what has taken its
-        // place is not touched.
-        const std::string_view folder = FolderOf(order.path);
+        // One that is gone already is no failure; what has taken its place is not touched.
         const FileKind kind = m_services.files.Inspect(order.path).kind;
-        result = FileResult::kNoAccess;
-        if (kind == FileKind::kMissing)
-            result = m_services.files.Inspect(folder.empty() ? "." : folder).kind == FileKind::kFolder
-                         ? FileResult::kDone
-                         : FileResult::kMissing;
+        result = kind == FileKind::kMissing ? FileResult::kMissing : FileResult::kNoAccess;
+        if (IsGone(m_services.files, order.path)) result = FileResult::kDone;
         if (kind == FileKind::kRegular) result = m_services.files.Erase(order.path);
         const std::string status =
             Format("Delete file status %d", static_cast<int>(result == FileResult::kDone));

@@ -6,6 +6,7 @@
 #include "base/format.h"
 #include "base/path.h"
 #include "base/text.h"
+#include "core/append_pdfs.h"
 #include "core/print_list.h"
 #include "core/print_run_source.h"
 #include "core/processing_defaults.h"
@@ -123,18 +124,14 @@ bool RunWalk::TakeUpCutOffRun() {
 void RunWalk::ReportEarlierRow(int row) {
     PrintList& list = m_services.list;
     const RunItem item = ReadRunItem(m_services, row);
-    const auto isMerged = [&](int other) {
-        return !m_request.mergedFile.empty() && list.Text(other, kColumnFilename) == m_request.mergedFile;
-    };
+    const int merged = FindMergedRow(list, m_request.mergedFile);
+    const RunMark& mark = list.MarkOf(row);
     // Documents that are in the merged file share its lot.
-    const bool isInMerged =
-        list.MarkOf(row).isAppended && list.MarkOf(row).outcome == RowOutcome::kNotSelected;
-    const bool hasComeOut = list.MarkOf(row).isAppended && list.MarkOf(row).pass > 0;
-    int ended = row;
-    for (int other = 0; isInMerged && other < list.RowCount(); ++other)
-        if (isMerged(other)) ended = other;
+    const bool isInMerged = mark.isAppended && mark.outcome == RowOutcome::kNotSelected && merged >= 0;
+    const int ended = isInMerged ? merged : row;
+    const bool hasCopies = IsTicked(list, row) || isInMerged || (mark.isAppended && mark.pass > 0);
     m_services.outcomes.ReportEarlierRow({item, list.MarkOf(ended), list.Text(ended, kColumnStatus),
-                                          isMerged(row), IsTicked(list, row) || isInMerged || hasComeOut,
+                                          row == merged, hasCopies,
                                           IsOfUnknownOutcome(*m_request.cutOff, ended)});
 }
 

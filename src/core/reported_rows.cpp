@@ -23,7 +23,7 @@ ReportedRow::End EndOf(RowOutcome outcome) {
 
 void AddEarlierRow(const EarlierRow& row, std::vector<ReportedRow>& rows) {
     const RunMark& mark = row.mark;
-    int ended = row.isTicked ? mark.pass : 1;
+    int ended = row.hasCopies ? mark.pass : 1;
     if (row.isUnknown) --ended;
     if (mark.outcome == RowOutcome::kNotSelected) return;
     ReportedRow reported;

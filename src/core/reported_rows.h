@@ -16,7 +16,7 @@ struct EarlierRow {
     const RunMark& mark;  // of a document in a merged file, that file's
     std::string_view status;
     bool isMerged = false;   // documents that were merged into it have rows of their own
-    bool isTicked = true;    // the others are missed once, whatever the copies
+    bool hasCopies = true;   // the others are missed once
     bool isUnknown = false;  // the copy at work is told apart
 };
 

@@ -9,6 +9,7 @@
 #include "backends/viewer_windows.h"
 #include "base/format.h"
 #include "base/numbers.h"
+#include "core/append_pdfs.h"
 #include "core/file_target.h"
 #include "core/print_list.h"
 #include "core/print_run_source.h"
@@ -157,9 +158,7 @@ void RowEnding::EndAppendedRows(const WayResult& result) {
         if (m_row.Find()) row = m_row.Index();
     }
     // The walk goes on below the merged file.
-    int row = list.RowCount() - 1;
-    while (row >= 0 && list.Text(row, kColumnFilename) != m_request.mergedFile) --row;
-    list.SetCurrentRow(row);
+    list.SetCurrentRow(FindMergedRow(list, m_request.mergedFile));
 }
 
 // In the list and on the disk.
@@ -190,14 +189,13 @@ void RowEnding::FinishCutOffRows() {
         const RunMark& mark = list.MarkOf(row);
         return mark.pass >= m_row.Copies() && mark.outcome != RowOutcome::kNotSelected;
     };
-    for (int row = 0; row < list.RowCount(); ++row) {
-        if (!IsMergedRow(row) || !isEnded(row)) continue;
+    const int merged = FindMergedRow(list, m_request.mergedFile);
+    if (merged >= 0 && isEnded(merged)) {
         WayResult result;
-        if (list.MarkOf(row).outcome == RowOutcome::kDone) result.end = WayResult::End::kPrinted;
-        result.status = list.Text(row, kColumnStatus);
-        m_row.Begin(row);
+        if (list.MarkOf(merged).outcome == RowOutcome::kDone) result.end = WayResult::End::kPrinted;
+        result.status = list.Text(merged, kColumnStatus);
+        m_row.Begin(merged);
         EndAppendedRows(result);
-        break;
     }
     for (int row = 0; row < list.RowCount() && !m_row.IsStopped(); ++row) {
         if (!isEnded(row)) continue;

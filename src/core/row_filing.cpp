@@ -11,6 +11,7 @@
 #include "core/run_downloads.h"
 #include "core/run_outcomes.h"
 #include "core/run_snapshot.h"
+#include "platform/file_tools.h"
 
 namespace quirepress {
 
@@ -45,14 +46,8 @@ void RowFiling::FileCutOffRow() {
     PrintList& list = m_services.list;
     const int row = m_row.Index();
     RunMark& mark = list.MarkOf(row);
-    // One that is gone from its folder was filed, just not noted as such; not one whose whole folder is out
-    // of reach.
-    const std::string_view path = list.Text(row, kColumnFilename);
-    const std::string_view folder = FolderOf(path);
-    const auto isThere = [this](std::string_view place) {
-        return m_services.files.Inspect(place).kind != FileKind::kMissing;
-    };
-    if (!mark.isFiled && !isThere(path) && isThere(folder.empty() ? "." : folder)) {
+    // One that is gone was filed, just not noted as such.
+    if (!mark.isFiled && IsGone(m_services.files, list.Text(row, kColumnFilename))) {
         mark.isFiled = true;
         m_services.snapshot.NoteFiled(list, row);
     }
@@ -117,8 +112,7 @@ void RowFiling::FileAs(int row, PrintEnd end, bool mayBeCopied) {
         m_row.ShowRowStatus(status + ", " + failure);
     }
     if (handled == RowHandled::kErased && end == PrintEnd::kPrinted) m_row.ShowRowStatus("Deleted");
-    if (isAtWork && m_row.Find()) m_services.snapshot.NoteFiled(list, m_row.Index());
-    if (!isAtWork && m_row.Find()) m_services.snapshot.NoteFiled(list, row);
+    if (m_row.Find()) m_services.snapshot.NoteFiled(list, isAtWork ? m_row.Index() : row);
 }
 
 }  // namespace quirepress

@@ -141,6 +141,12 @@ FileResult CopyFileDurably(Files& files, std::string_view from, std::string_view
     return target.Finish(false);
 }
 
+bool IsGone(Files& files, std::string_view path) {
+    const std::string_view folder = FolderOf(path);
+    return files.Inspect(path).kind == FileKind::kMissing &&
+           files.Inspect(folder.empty() ? "." : folder).kind == FileKind::kFolder;
+}
+
 bool HaveSameBytes(Files& files, std::string_view path, std::string_view other) {
     FileResult result = FileResult::kDone;
     const std::unique_ptr<InputFile> one = files.OpenForReading(path, result);

@@ -57,6 +57,9 @@ FileResult CopyFileDurably(Files& files, std::string_view from, std::string_view
 
 // A file, or a folder with all that is in it; links are erased, not followed. What could be erased is gone
 // even when it fails. kDone when nothing is there.
+// Whether the file is not there although its folder is: one whose folder is out of reach may come back.
+bool IsGone(Files& files, std::string_view path);
+
 // Whether both can be read and hold the same bytes.
 bool HaveSameBytes(Files& files, std::string_view path, std::string_view other);
 

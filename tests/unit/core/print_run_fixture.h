@@ -221,6 +221,26 @@ public:
         return [this, row] { return run.IsRunning() && list.CurrentRow() == row; };
     }
 
+    // Leaves a run of this list that was cut off when these rows were done and this one was at work.
+    void LeaveCutOff(const RunHead& head, const std::vector<int>& done = {}, int atWork = -1) {
+        RunSnapshot cut(files, WithTrailingSeparator(folder.Path()));
+        EXPECT_EQ(cut.Create(list, head, 1), "");
+        for (const int row : done) {
+            EXPECT_TRUE(cut.NoteBegun(list, row, 1));
+            list.MarkOf(row).pass = list.MarkOf(row).printed = 1;
+            list.MarkOf(row).outcome = RowOutcome::kDone;
+            EXPECT_TRUE(cut.NoteFinished(list, row));
+        }
+        if (atWork >= 0) {
+            EXPECT_TRUE(cut.NoteBegun(list, atWork, 1));
+        }
+    }
+    CutOffRun LoadCutOff() {
+        CutOffRun cutOff;
+        EXPECT_EQ(snapshot.Load(cutOff), SnapshotResult::kLoaded);
+        return cutOff;
+    }
+
     RunWays MakeWays() {
         RunWays ways;
         ways.push_back(MakeProcessingWay(processing));

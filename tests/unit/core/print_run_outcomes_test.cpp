@@ -407,9 +407,7 @@ TEST_F(PrintRunOutcomesTest, ARunThatIsTakenUpFilesWhatWasPrinted) {
         // Its volume is not there.
         std::filesystem::rename(folder.PathOf("away"), folder.PathOf("off"));
     }
-    CutOffRun cutOff;
-    ASSERT_EQ(snapshot.Load(cutOff), SnapshotResult::kLoaded);
-    const RunSummary summary = run.FinishCutOffRun(cutOff);
+    const RunSummary summary = run.FinishCutOffRun(LoadCutOff());
     EXPECT_EQ(summary.done, 8);
     EXPECT_EQ(summary.notFiled, 2);
     EXPECT_THAT(Text(list.RowCount() - 1, kColumnStatus), StartsWith("Done, not moved: "));
@@ -431,14 +429,8 @@ TEST_F(PrintRunOutcomesTest, ARunThatIsTakenUpFilesWhatWasPrinted) {
 TEST_F(PrintRunOutcomesTest, WhatIsOfUnknownOutcomeInOneCopyStaysAfterTheOthers) {
     options.m_generateReports = true;
     const std::string unknown = AddRow("a.ps", "qprdelete", folder.PathOf("bad"));
-    {
-        RunSnapshot cut(files, WithTrailingSeparator(folder.Path()));
-        ASSERT_EQ(cut.Create(list, {"Laser", 2, false}, 1), "");
-        ASSERT_TRUE(cut.NoteBegun(list, 0, 1));
-    }
-    CutOffRun cutOff;
-    ASSERT_EQ(snapshot.Load(cutOff), SnapshotResult::kLoaded);
-    EXPECT_EQ(run.FinishCutOffRun(cutOff).failed, 1);
+    LeaveCutOff({"Laser", 2, false}, {}, 0);
+    EXPECT_EQ(run.FinishCutOffRun(LoadCutOff()).failed, 1);
     EXPECT_THAT(Printed(), SizeIs(1));
     EXPECT_TRUE(IsThere(unknown));
     EXPECT_THAT(ReportText(".txt"), HasSubstr("Unknown whether it was printed"));
@@ -459,9 +451,7 @@ TEST_F(PrintRunOutcomesTest, AMergedDocumentOfUnknownOutcomeIsToldByItsParts) {
         ASSERT_TRUE(cut.NoteBegun(list, 0, 1));
         cut.NotePrinter(list, 0, "Plotter");
     }
-    CutOffRun cutOff;
-    ASSERT_EQ(snapshot.Load(cutOff), SnapshotResult::kLoaded);
-    EXPECT_EQ(run.FinishCutOffRun(cutOff).failed, 2);
+    EXPECT_EQ(run.FinishCutOffRun(LoadCutOff()).failed, 2);
     EXPECT_THAT(notices.told.at(0), testing::AllOf(HasSubstr("a.pdf, "), HasSubstr("b.pdf")));
     EXPECT_THAT(ErrorRecords(), testing::AllOf(HasSubstr("b.pdf"), HasSubstr("Plotter"),
                                                testing::Not(HasSubstr("QPRMerged"))));
@@ -474,17 +464,8 @@ TEST_F(PrintRunOutcomesTest, WhatIsUnknownIsToldThoughTheRunThatIsTakenUpCannotB
     AddRow("done.ps", "");
     AddRow("unknown.ps", "");
     AddRow("next.ps", "");
-    {
-        RunSnapshot cut(files, WithTrailingSeparator(folder.Path()));
-        ASSERT_EQ(cut.Create(list, {"Gone", 1}, 1), "");
-        ASSERT_TRUE(cut.NoteBegun(list, 0, 1));
-        list.MarkOf(0).pass = list.MarkOf(0).printed = 1;
-        list.MarkOf(0).outcome = RowOutcome::kDone;
-        ASSERT_TRUE(cut.NoteFinished(list, 0));
-        ASSERT_TRUE(cut.NoteBegun(list, 1, 1));
-    }
-    CutOffRun cutOff;
-    ASSERT_EQ(snapshot.Load(cutOff), SnapshotResult::kLoaded);
+    LeaveCutOff({"Gone", 1}, {0}, 1);
+    CutOffRun cutOff = LoadCutOff();
     const RunSummary refused = run.FinishCutOffRun(cutOff);
     EXPECT_EQ(refused.end, RunSummary::End::kNoPrinter);
     EXPECT_EQ(refused.done + refused.failed, 2);
@@ -494,7 +475,7 @@ TEST_F(PrintRunOutcomesTest, WhatIsUnknownIsToldThoughTheRunThatIsTakenUpCannotB
                 testing::AllOf(HasSubstr("Printed               1 "), HasSubstr("Not printed           1")));
     std::filesystem::remove_all(folder.PathOf("Reports"));
     folder.Write("error.log", "");
-    ASSERT_EQ(snapshot.Load(cutOff), SnapshotResult::kLoaded);
+    cutOff = LoadCutOff();
     cutOff.printer = "Laser";
     EXPECT_EQ(run.FinishCutOffRun(cutOff).failed, 1);
     EXPECT_THAT(Printed(), ElementsAre("next.ps"));
@@ -507,8 +488,7 @@ TEST_F(PrintRunOutcomesTest, ACutOffRunIsNotForgottenByTheNext) {
     options.m_snapshotRestore = options.m_errorLog = options.m_generateReports = true;
     AddRow("a.ps", "");
     AddRow("b.ps", "");
-    const std::string here = WithTrailingSeparator(folder.Path());
-    { ASSERT_EQ(RunSnapshot(files, here).Create(list, {"Plotter", 1, false}, 1), ""); }
+    LeaveCutOff({"Plotter", 1, false});
     const std::string merged = folder.Write("Temp/QPRMerged_17.pdf", "of the run that waits");
     const auto longAgo = std::chrono::hours(24 * 365 * 6);
     std::filesystem::last_write_time(merged, std::filesystem::last_write_time(merged) - longAgo);
@@ -524,12 +504,11 @@ TEST_F(PrintRunOutcomesTest, ACutOffRunIsNotForgottenByTheNext) {
     InPump([&] { return prompts.questions.size() == 2; }, [&] { run.Stop(); });
     EXPECT_EQ(run.OnButtonPrint().end, RunSummary::End::kStopped);
 
-    CutOffRun cutOff;
-    ASSERT_EQ(snapshot.Load(cutOff), SnapshotResult::kLoaded);
+    CutOffRun cutOff = LoadCutOff();
     EXPECT_EQ(run.FinishCutOffRun(cutOff).done, 2);
     EXPECT_EQ(run.OnButtonPrint().done, 2);
 
-    { ASSERT_EQ(RunSnapshot(files, here).Create(list, {"Plotter", 2, false}, 1), ""); }
+    LeaveCutOff({"Plotter", 2, false});
     prompts.AnswerNext(true);
     EXPECT_EQ(run.OnButtonPrint().done, 2);
     EXPECT_EQ(snapshot.Load(cutOff), SnapshotResult::kNone);
@@ -538,13 +517,11 @@ TEST_F(PrintRunOutcomesTest, ACutOffRunIsNotForgottenByTheNext) {
 TEST_F(PrintRunOutcomesTest, ARunThatWasTakenUpAndStoppedMayBeTakenUpAgain) {
     AddRow("a.ps", "");
     AddRow("b.ps", "", "", std::string(300'000, 'x'));
-    const std::string here = WithTrailingSeparator(folder.Path());
-    { ASSERT_EQ(RunSnapshot(files, here).Create(list, {"Laser", 1, false}, 1), ""); }
-    CutOffRun cutOff;
-    ASSERT_EQ(snapshot.Load(cutOff), SnapshotResult::kLoaded);
+    LeaveCutOff({"Laser", 1, false});
+    CutOffRun cutOff = LoadCutOff();
     recorder.onFinished = [&](const RunProgress&) { run.Stop(); };
     EXPECT_EQ(run.FinishCutOffRun(cutOff).end, RunSummary::End::kStopped);
-    ASSERT_EQ(snapshot.Load(cutOff), SnapshotResult::kLoaded);
+    cutOff = LoadCutOff();
     recorder.onFinished = nullptr;
     // A document that was stopped before anything came out waits, too.
     recorder.onProgress = [&](const RunProgress& progress) {
@@ -553,7 +530,7 @@ TEST_F(PrintRunOutcomesTest, ARunThatWasTakenUpAndStoppedMayBeTakenUpAgain) {
     EXPECT_EQ(run.FinishCutOffRun(cutOff).end, RunSummary::End::kStopped);
     EXPECT_EQ(Text(1, kColumnStatus), "Error - Stopped, nothing was printed");
     recorder.onProgress = nullptr;
-    ASSERT_EQ(snapshot.Load(cutOff), SnapshotResult::kLoaded);
+    cutOff = LoadCutOff();
     EXPECT_EQ(run.FinishCutOffRun(cutOff).done, 2);
     EXPECT_EQ(Printed(), (TextList{"a.ps", "b.ps"}));
 }
@@ -585,9 +562,7 @@ TEST_F(PrintRunOutcomesTest, WhatTheEndOfARunHasLeftIsDoneByTheNext) {
     keep("kept.", "SnapshotRestore.");
     folder.Write("night.job", "a.ps\r\nb.ps\r\n");
     list.Clear();
-    CutOffRun cutOff;
-    ASSERT_EQ(snapshot.Load(cutOff), SnapshotResult::kLoaded);
-    EXPECT_EQ(run.FinishCutOffRun(cutOff).end, RunSummary::End::kFinished);
+    EXPECT_EQ(run.FinishCutOffRun(LoadCutOff()).end, RunSummary::End::kFinished);
     EXPECT_THAT(Printed(), SizeIs(2));
     EXPECT_FALSE(IsThere(job));
     EXPECT_FALSE(IsThere(folder.PathOf("SnapshotRestore.List")));
@@ -620,15 +595,7 @@ TEST_F(PrintRunOutcomesTest, ARunThatWasCutOffAtItsLastRowHoldsUpNoOther) {
     options.m_snapshotRestore = options.m_errorLog = true;
     AddRow("a.ps", folder.PathOf("out"));
     const std::string last = AddRow("last.ps", "qprdelete");
-    {
-        RunSnapshot cut(files, WithTrailingSeparator(folder.Path()));
-        ASSERT_EQ(cut.Create(list, {"Laser", 1}, 1), "");
-        ASSERT_TRUE(cut.NoteBegun(list, 0, 1));
-        list.MarkOf(0).pass = list.MarkOf(0).printed = 1;
-        list.MarkOf(0).outcome = RowOutcome::kDone;
-        ASSERT_TRUE(cut.NoteFinished(list, 0));
-        ASSERT_TRUE(cut.NoteBegun(list, 1, 1));
-    }
+    LeaveCutOff({"Laser", 1}, {0}, 1);
     list.Clear();
     AddRow("own.ps", "");
     EXPECT_EQ(run.OnButtonPrint().done, 1);
@@ -647,20 +614,8 @@ TEST_F(PrintRunOutcomesTest, ACopyAfterTheRestoreBeginsAtTheTop) {
     AddRow("last.ps", "");
     for (const int row : {1, 3}) list.SetText(row, kColumnSelected, "No");
     list.MarkOf(1).isAppended = true;
-    {
-        RunSnapshot cut(files, WithTrailingSeparator(folder.Path()));
-        ASSERT_EQ(cut.Create(list, {"Laser", 2, false, merged}, 1), "");
-        for (const int row : {0, 2}) {
-            ASSERT_TRUE(cut.NoteBegun(list, row, 1));
-            list.MarkOf(row).pass = list.MarkOf(row).printed = 1;
-            list.MarkOf(row).outcome = RowOutcome::kDone;
-            ASSERT_TRUE(cut.NoteFinished(list, row));
-        }
-        ASSERT_TRUE(cut.NoteBegun(list, 4, 1));
-    }
-    CutOffRun cutOff;
-    ASSERT_EQ(snapshot.Load(cutOff), SnapshotResult::kLoaded);
-    EXPECT_EQ(run.FinishCutOffRun(cutOff).failed, 1);
+    LeaveCutOff({"Laser", 2, false, merged}, {0, 2}, 4);
+    EXPECT_EQ(run.FinishCutOffRun(LoadCutOff()).failed, 1);
     EXPECT_THAT(Printed(), ElementsAre("QPRMerged_11.pdf", "last.ps"));
     EXPECT_EQ(spooler.Sent().back().printer, "Plotter");
     EXPECT_THAT(ReportText(".txt"), HasSubstr("Printed               3 "));
@@ -672,20 +627,18 @@ TEST_F(PrintRunOutcomesTest, SettingsThatAreGoneEndARunThatIsTakenUp) {
     AddRow("a.pdf", "");
     list.MarkOf(0).pass = 1;
     list.MarkOf(0).outcome = RowOutcome::kDone;
-    const std::string here = WithTrailingSeparator(folder.Path());
-    { ASSERT_EQ(RunSnapshot(files, here).Create(list, {"Laser", 1, false}, 1), ""); }
+    LeaveCutOff({"Laser", 1, false});
     std::filesystem::remove(folder.PathOf("x.pro"));
-    CutOffRun cutOff;
-    ASSERT_EQ(snapshot.Load(cutOff), SnapshotResult::kLoaded);
+    CutOffRun cutOff = LoadCutOff();
     EXPECT_EQ(run.FinishCutOffRun(cutOff).end, RunSummary::End::kRefused);
     EXPECT_THAT(Printed(), IsEmpty());
-    ASSERT_EQ(snapshot.Load(cutOff), SnapshotResult::kLoaded);
+    cutOff = LoadCutOff();
     snapshot.Leave();
 
     // Where they had failed before, the rows below fail as they would have.
     list.MarkOf(0).outcome = RowOutcome::kFailed;
-    { ASSERT_EQ(RunSnapshot(files, here).Create(list, {"Laser", 1, false}, 1), ""); }
-    ASSERT_EQ(snapshot.Load(cutOff), SnapshotResult::kLoaded);
+    LeaveCutOff({"Laser", 1, false});
+    cutOff = LoadCutOff();
     EXPECT_EQ(run.FinishCutOffRun(cutOff).failed, 2);
     EXPECT_THAT(Printed(), IsEmpty());
 }

@@ -334,15 +334,13 @@ TEST_F(PrintRunPrintersTest, WhatWasStoppedInTheMiddleIsNotBegunAnew) {
     colorOptions.m_split = true;
     pdfs.colors = "cm";
     AddFile("colors.pdf", "%PDF");
-    const std::string here = WithTrailingSeparator(folder.Path());
-    { ASSERT_EQ(RunSnapshot(files, here).Create(list, {"Laser", 1}, 1), ""); }
-    CutOffRun cutOff;
-    ASSERT_EQ(snapshot.Load(cutOff), SnapshotResult::kLoaded);
+    LeaveCutOff({"Laser", 1});
+    CutOffRun cutOff = LoadCutOff();
     spooler.KeepJobs(true);
     InPump([this] { return !Printed().empty(); }, [this] { run.Stop(); });
     EXPECT_EQ(run.FinishCutOffRun(cutOff).end, RunSummary::End::kStopped);
     EXPECT_EQ(Text(0, kColumnStatus), "Error - Printed to page 1 only");
-    ASSERT_EQ(snapshot.Load(cutOff), SnapshotResult::kLoaded);
+    cutOff = LoadCutOff();
     EXPECT_EQ(run.FinishCutOffRun(cutOff).failed, 1);
     EXPECT_EQ(Printed().size(), 1U);
 }
@@ -467,11 +465,8 @@ TEST_F(PrintRunPrintersTest, SeparatorsStandAroundTheirDocuments) {
     list.Clear();
     AddFiles({"x/a.ps", "x/b.ps"});
     list.MarkOf(0) = {1, 1, RowOutcome::kDone};
-    const std::string here = WithTrailingSeparator(folder.Path());
-    { ASSERT_EQ(RunSnapshot(files, here).Create(list, {"Laser", 1, false}, 1), ""); }
-    CutOffRun cutOff;
-    ASSERT_EQ(snapshot.Load(cutOff), SnapshotResult::kLoaded);
-    EXPECT_EQ(run.FinishCutOffRun(cutOff).done, 2);
+    LeaveCutOff({"Laser", 1, false});
+    EXPECT_EQ(run.FinishCutOffRun(LoadCutOff()).done, 2);
     EXPECT_EQ(Printed(15), (TextList{"b.ps", "end.ps"}));
 
     // A merged file stands for the documents in it.
