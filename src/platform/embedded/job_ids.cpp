@@ -40,7 +40,15 @@ FileResult JobIds::Give(const std::function<bool(std::int64_t)>& take,
     if (id == 1 || id > kHighest || !take(id)) {
         anew = true;
         id = std::max(id, highestSeen() + 1);
-        if (id > kHighest || !take(id)) return FileResult::kFailed;
+        // A program that has just begun looks whether what it finds was left behind, and may hold a number
+        // that is being taken: then the next one is as good.
+        constexpr int kMostTries = 10;
+        int tries = 1;
+        while (id <= kHighest && tries < kMostTries && !take(id)) {
+            ++id;
+            ++tries;
+        }
+        if (id > kHighest || tries == kMostTries) return FileResult::kFailed;
     }
     return NoteLast(id, anew);
 }

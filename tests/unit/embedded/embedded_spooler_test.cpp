@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include "platform/embedded/job_ids.h"
 #include "unit/embedded/spooler_bench.h"
 
 namespace quirepress {
@@ -26,6 +27,27 @@ TEST_F(EmbeddedSpoolerTest, TheFirstPrinterIsMadeOnce) {
     EXPECT_EQ(m_spooler->ListPrinters(printers), 0);
     EXPECT_THAT(printers, IsEmpty());
     EXPECT_FALSE(folder.Has("Printers/Quirepress"));
+}
+
+TEST_F(EmbeddedSpoolerTest, ANumberThatIsHeldForAMomentIsPassedOver) {
+    const JobIds ids(files, folder.PathOf("ids"));
+    int held = 2;
+    const auto take = [&held](std::int64_t) { return held-- <= 0; };
+    std::int64_t id = 0;
+    EXPECT_EQ(ids.Give(
+                  take, [] { return 0; }, id),
+              FileResult::kDone);
+    EXPECT_EQ(id, 3);
+    held = 1;
+    EXPECT_EQ(ids.Give(
+                  take, [] { return 3; }, id),
+              FileResult::kDone);
+    EXPECT_EQ(id, 4);
+    held = 1'000'000;
+    EXPECT_EQ(ids.Give(
+                  take, [] { return 4; }, id),
+              FileResult::kFailed);
+    EXPECT_GT(held, 999'900) << "it gives up";
 }
 
 TEST_F(EmbeddedSpoolerTest, IdsAreNeverGivenAgain) {
